@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: MIT
+//
+// Notebook: a Quattro Pro for Windows notebook, opened from a path or from bytes in memory.
+//
+//     const auto notebook = qps::Notebook::open("budget.wb2");
+//     if (!notebook) return fail(notebook.error().message);
+//     for (const qps::Sheet& sheet : notebook->sheets())
+//       for (const qps::Item& item : notebook->items(sheet))
+//         if (const auto cell = item.cell())
+//           print(sheet.name, cell->row(), cell->column(), cell->text());
+//
+// Nothing here throws on account of the file's contents; what cannot be read becomes an Error.
+// (std::bad_alloc remains possible when the machine has no memory for an error message.)
+//
+// Threads: one at a time in the whole process, whatever the notebook. Ranges of one or of several
+// notebooks may be advanced in turn, but not at the same time: the reader renders the values of
+// user-defined formats in areas that all sheets share.
+#ifndef QPSREADER_HOST_NOTEBOOK_HPP
+#define QPSREADER_HOST_NOTEBOOK_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "host/expected.hpp"
+#include "host/file_kind.hpp"
+#include "host/item.hpp"
+#include "host/text_arena.hpp"
+
+namespace qps {
+
+struct OpenOptions {
+  // The most bytes that the notebook may hold at a time: what the reader keeps, the list of
+  // worksheets, the texts of items (those in arenas too), and a file that had to be read as a whole
+  // because it is a pipe. 0 is no limit.
+  std::size_t memoryLimit = 0;
+};
+
+// One worksheet. `name` holds as long as the notebook (or one of its ranges) lives.
+struct Sheet {
+  std::uint32_t index = 0;  // its place in Notebook::sheets(), from 0
+  std::uint32_t startOffset =
+      0;                  // of its first record, in bytes from the start of the record stream
+  std::string_view name;  // at most 63 bytes of the file's own character set
+};
+
+// What the records before the first worksheet say.
+struct NotebookFacts {
+  FileKind kind = FileKind::kUnknown;  // kPlainNotebook or kCompoundNotebook
+  const char* containerStream = "";    // the stream's name in the compound document; "" when plain
+  std::uint16_t formatVersion = 0;     // the first value of record 0: 0x1001, 0x1002, ...
+  std::uint32_t fontCount = 0;
+  std::uint32_t styleCount = 0;
+  std::uint32_t namedStyleCount = 0;
+  std::uint32_t userFormatCount = 0;
+};
+
+struct ItemRangeState;  // host/notebook.cpp
+struct NotebookState;
+
+// The items of one worksheet, in the file's order, to be walked through once:
+//
+//     auto items = notebook.items(sheet);
+//     for (const qps::Item& item : items) ...
+//     if (const auto error = items.error()) ...   // otherwise the sheet came out whole
+//
+// It has a stream of its own and keeps what it needs of the notebook alive: it may outlive it, be
+// moved while an iterator is in use, and be left before its end. A moved-from range is empty.
+class ItemRange {
+ public:
+  class Iterator;
+
+  ItemRange(ItemRange&&) noexcept;
+  ItemRange& operator=(ItemRange&&) noexcept;
+  ~ItemRange();
+
+  // Moves to the next item and returns an iterator there (a second begin() does not start again).
+  Iterator begin();
+  static std::default_sentinel_t end() { return std::default_sentinel; }
+
+  // Why the worksheet could not be opened, or ended too early: damaged (its end record was not
+  // reached), or a text did not fit the memory limit (its cell came without a text). None when all
+  // is well, as far as the items have been delivered. The first call for a notebook after the last
+  // item walks its record headers once (see Notebook::damage).
+  std::optional<Error> error() const;
+
+ private:
+  friend class Notebook;
+  explicit ItemRange(std::unique_ptr<ItemRangeState> state);
+
+  static bool advance(ItemRangeState& state);
+  static const Item& current(const ItemRangeState& state);
+
+  std::unique_ptr<ItemRangeState> state_;
+};
+
+// An input iterator over the one Item that the range reuses.
+class ItemRange::Iterator {
+ public:
+  using iterator_concept = std::input_iterator_tag;
+  using value_type = Item;
+  using difference_type = std::ptrdiff_t;
+  using reference = const Item&;
+
+  const Item& operator*() const { return *item_; }
+  const Item* operator->() const { return item_; }
+
+  Iterator& operator++() {
+    if (!advance(*state_)) state_ = nullptr;
+    return *this;
+  }
+  void operator++(int) { ++*this; }
+
+  friend bool operator==(const Iterator& it, std::default_sentinel_t) {
+    return it.state_ == nullptr;
+  }
+
+ private:
+  friend class ItemRange;
+  explicit Iterator(ItemRangeState* state)
+      : state_(state), item_(state == nullptr ? nullptr : &current(*state)) {}
+
+  ItemRangeState* state_;
+  const Item* item_;
+};
+
+// Move-only; a moved-from notebook is empty: no sheets, and ranges without items.
+class Notebook {
+ public:
+  // Opens the file and lists its worksheets; it has at least one. A regular file is read in blocks
+  // as it is needed, so it must stay as it is meanwhile (one that is cut short meanwhile shows as
+  // damaged); anything else (a pipe, a device) is read as a whole, up to 4 GiB.
+  static Expected<Notebook> open(const std::filesystem::path& path,
+                                 const OpenOptions& options = {});
+
+  // The same from memory. The bytes are not copied: they must outlive the notebook and its ranges.
+  static Expected<Notebook> open(std::span<const std::byte> bytes, const OpenOptions& options = {});
+
+  Notebook(Notebook&&) noexcept;
+  Notebook& operator=(Notebook&&) noexcept;
+  ~Notebook();
+
+  // In the file's order. Worksheets that the file does not describe are left out.
+  std::span<const Sheet> sheets() const;
+
+  // The first worksheet with exactly this name (in the file's character set), or null.
+  const Sheet* findSheet(std::string_view name) const;
+
+  // Opens a worksheet of this notebook. A failure shows as a range without items, and in its
+  // error(). Several ranges may be alive at a time: each has its own stream over the same bytes.
+  //
+  // Without an arena an item's text holds until the next item. With one, texts go there without
+  // another copy and live as long as it does; the arena must stay in place and outlive the range.
+  ItemRange items(const Sheet& sheet) const;
+  ItemRange items(const Sheet& sheet, TextArena& arena) const;
+
+  // An arena within this notebook's memory limit.
+  TextArena textArena() const;
+
+  const NotebookFacts& facts() const;
+
+  // Whether the notebook is cut short, or its records cannot be followed to the end record: the
+  // reader itself delivers what comes before the damage and ends as if nothing had been. None for a
+  // whole notebook (whatever bytes follow its end record). The first call walks the headers of all
+  // records, once: about a twentieth of the cost of reading the cells.
+  std::optional<Error> damage() const;
+
+  // What the notebook, its ranges and its arenas hold at the moment, in bytes.
+  std::size_t memoryInUse() const;
+
+ private:
+  explicit Notebook(std::shared_ptr<NotebookState> state);
+
+  std::shared_ptr<NotebookState> state_;
+};
+
+}  // namespace qps
+
+#endif  // QPSREADER_HOST_NOTEBOOK_HPP
