@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+//
+// TextBuffer: text built in a fixed area of the caller's, cut at its capacity. Every display text
+// of the reader is made through it, and no other place in render/ or format/ needs to know about
+// bounds. Numbers are printed exactly and always with "." for the point, whatever the process's
+// locale.
+#ifndef QPSREADER_RENDER_TEXT_BUFFER_H
+#define QPSREADER_RENDER_TEXT_BUFFER_H
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <span>
+#include <string_view>
+
+namespace qps {
+
+class TextBuffer {
+ public:
+  // An empty text in `area`, which has at least one byte and outlives the buffer. The text keeps at
+  // most area.size() - 1 characters and is zero-terminated after every operation.
+  explicit TextBuffer(std::span<char> area)
+      : begin_(area.data()), end_(begin_), last_(begin_ + area.size() - 1) {
+    *end_ = '\0';
+  }
+  TextBuffer(const TextBuffer&) = delete;
+  TextBuffer& operator=(const TextBuffer&) = delete;
+
+  // Each append keeps what fits and notes in truncated() when that is not all.
+  void append(char character) {
+    if (end_ == last_) {
+      truncated_ = true;
+      return;
+    }
+    *end_++ = character;
+    *end_ = '\0';
+  }
+
+  void append(std::string_view text) {
+    const size_t kept = std::min(text.size(), room());
+    truncated_ |= kept < text.size();
+    std::memcpy(end_, text.data(), kept);
+    end_ += kept;
+    *end_ = '\0';
+  }
+
+  // As "%.*d" prints, but a 0 under `minDigits` 0 or 1 is "0".
+  void appendInteger(int32_t value, int minDigits = 1);
+
+  // As "%.*f" prints a finite value, digit for digit; decimals are 0 to 511 (kMostDecimals).
+  void appendFixed(double value, int decimals);
+
+  // As "%.*E" prints a finite value: 1.23E+05.
+  void appendScientific(double value, int decimals);
+
+  void clear() {
+    end_ = begin_;
+    *end_ = '\0';
+    truncated_ = false;
+  }
+
+  // Cuts the text to its first `size` characters; a shorter text stays as it is.
+  void truncateTo(size_t size) {
+    end_ = begin_ + std::min(size, this->size());
+    *end_ = '\0';
+  }
+
+  size_t size() const { return static_cast<size_t>(end_ - begin_); }
+  bool empty() const { return end_ == begin_; }
+  std::string_view view() const { return {begin_, size()}; }
+  const char* c_str() const { return begin_; }
+
+  // Something did not fit since the construction or the last clear().
+  bool truncated() const { return truncated_; }
+
+ private:
+  size_t room() const { return static_cast<size_t>(last_ - end_); }
+
+  char* begin_;
+  char* end_;   // where the next character and, until then, the terminator stands
+  char* last_;  // the area's last byte: only ever a terminator
+  bool truncated_ = false;
+};
+
+}  // namespace qps
+
+#endif  // QPSREADER_RENDER_TEXT_BUFFER_H

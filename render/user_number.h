@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+//
+// The user-defined numeric formats, such as N'$'9,999.00: one section of one ("N...;N...;N..." has
+// up to three, for positive values, zero and negative values; the caller picks one for the value).
+// A section is parsed once for its text and rendered once for every value.
+//
+//   0 9    a digit; 9 leaves out zeros that lead the number before the point
+//   ,      anywhere before the point: thousands are grouped
+//   .      the point
+//   %      the whole result is the value in percent, with as many decimals as the section has
+//   digits
+//          after its point
+//   E      the whole result is "%.*E", with as many decimals as characters stand between the point
+//          and the last E (2 when there are none)
+//   '...'  copied as it stands; nothing in it counts
+//   + - ;  nothing
+//
+// Any other character is copied when text precedes it, and dropped at the beginning.
+#ifndef QPSREADER_RENDER_USER_NUMBER_H
+#define QPSREADER_RENDER_USER_NUMBER_H
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace qps {
+
+// The characters of a section, and of a rendered text, that are kept.
+inline constexpr int kMostUserNumberChars = 511;
+
+// A parsed section. `text` is the caller's, which must outlive the section.
+struct NumberSection {
+  enum class Form : uint8_t {
+    kNone,        // the text does not begin with "N": there is nothing to render
+    kDigits,      // the placeholders and literals of the text, one after the other
+    kPercent,     // the text has "%" before any "E"
+    kScientific,  // the text has "E" before any "%"
+  };
+
+  std::string_view text;  // behind the "N", at most kMostUserNumberChars - 1 characters
+  int16_t integerPlaceholders = 0;
+  int16_t fractionPlaceholders = 0;
+  int16_t exponentPrecision = 0;
+  bool grouping = false;
+  Form form = Form::kNone;
+};
+
+NumberSection parseNumberSection(std::string_view text);
+
+// Renders the finite `magnitude` of a value that is not below 0 when `nonNegative`. `formatSection`
+// is 0 for the first section, 1 for the zero section and 2 for the negative section; in the first
+// two a negative value gets a "-".
+//
+// The result, which may be empty, stands zero-terminated in an area that all calls share, and is
+// valid until the next call. There is none when the section's text did not begin with "N".
+std::optional<std::string_view> qpsFormatUserNumber(const NumberSection& section,
+                                                    uint32_t formatSection, double magnitude,
+                                                    bool nonNegative);
+
+}  // namespace qps
+
+#endif  // QPSREADER_RENDER_USER_NUMBER_H
