@@ -4,6 +4,7 @@
 #include "tests/support/notebook_builder.h"
 
 #include <bit>
+#include <iterator>
 
 namespace qps::test {
 
@@ -88,142 +89,14 @@ Self& NotebookBuilder::record(unsigned type, const Body& body) {
   return rawHeader(type, static_cast<unsigned>(body.bytes().size())).raw(body.bytes());
 }
 
-Self& NotebookBuilder::header(unsigned version) {
-  return record(rec::kHeader, Body().u16(version));
-}
-
-Self& NotebookBuilder::dimensions(unsigned columns, unsigned rows) {
-  return record(rec::kDimensions, Body().u32(0).u16(columns - 1).u16(rows - 1));
-}
-
-Self& NotebookBuilder::notebookText(unsigned type, std::string_view text) {
-  return record(type, Body().zeroText(text));
-}
-
-Self& NotebookBuilder::refusal(unsigned value) {
-  return record(rec::kRefusal, Body().u16(value));
-}
-
-Self& NotebookBuilder::font(unsigned size, unsigned attributes, std::string_view name) {
-  return record(rec::kFont, Body().u16(size).u8(attributes).u8(0).zeroText(name));
-}
-
-Self& NotebookBuilder::namedStyle(unsigned id, unsigned styleNumber, std::string_view name) {
-  return record(rec::kNamedStyle, Body().u16(id).u16((styleNumber - 1) << 3).zeroText(name));
-}
-
-Self& NotebookBuilder::style(const Style& fields) {
-  return record(rec::kStyle, fields.body());
-}
-
-Self& NotebookBuilder::userFormat(unsigned index, std::string_view text) {
-  return record(rec::kUserFormat, Body().u16(index).zeroText(text));
-}
-
-Self& NotebookBuilder::valueTable() {
-  return record(rec::kValueTable, Body().fill(16));
-}
-
-Self& NotebookBuilder::flag(unsigned type, unsigned value) {
-  return record(type, Body().u8(value));
-}
-
-Self& NotebookBuilder::settings(bool on) {
-  return record(on ? rec::kSettingsOn : rec::kSettingsOff, Body().u16(0));
-}
-
-Self& NotebookBuilder::sheetStart(unsigned number) {
-  return record(rec::kSheetStart, Body().u8(number).u8(0));
-}
-
-Self& NotebookBuilder::sheetEnd() {
-  return record(rec::kSheetEnd);
-}
-
-Self& NotebookBuilder::sheetName(std::string_view name) {
-  return record(rec::kSheetName, Body().zeroText(name));
-}
-
-Self& NotebookBuilder::table(unsigned columns, unsigned rows) {
-  return record(rec::kTable, Body().u16(columns - 1).u16(0).u16(rows - 1));
-}
-
-Self& NotebookBuilder::defaultRowHeight(unsigned height) {
-  return record(rec::kDefaultRowHeight, Body().u16(height));
-}
-
-Self& NotebookBuilder::defaultColumnWidth(unsigned width) {
-  return record(rec::kDefaultColumnWidth, Body().u16(width));
-}
-
-Self& NotebookBuilder::rowHeight(unsigned row, unsigned height) {
-  return record(rec::kRowHeight, Body().u16(row).u16(height));
-}
-
-Self& NotebookBuilder::rowHeights(unsigned firstRow, unsigned lastRow, unsigned height) {
-  return record(rec::kRowHeights, Body().u16(firstRow).u16(lastRow).u16(height));
-}
-
-Self& NotebookBuilder::columnWidth(unsigned column, unsigned width) {
-  return record(rec::kColumnWidth, Body().u16(column).u16(width));
-}
-
-Self& NotebookBuilder::hiddenRows(const Body& bitmap) {
-  return record(rec::kHiddenRows, bitmap);
-}
-
-Self& NotebookBuilder::hiddenColumns(const Body& bitmap) {
-  return record(rec::kHiddenColumns, bitmap);
-}
-
-Self& NotebookBuilder::unkept224() {
-  return record(rec::kUnkept224, Body().u16(0));
-}
-
-Self& NotebookBuilder::columnStyle(unsigned column, unsigned styleNumber) {
-  return record(rec::kColumnStyle, Body().u16(column).u16(styleNumber));
-}
-
-Self& NotebookBuilder::blank(At at) {
-  return record(rec::kBlank, cellBody(at));
-}
-
-Self& NotebookBuilder::integer(At at, int value) {
-  return record(rec::kInteger, cellBody(at).u16(static_cast<unsigned>(value)));
-}
-
-Self& NotebookBuilder::number(At at, double value) {
-  return record(rec::kNumber, cellBody(at).f64(value));
-}
-
-Self& NotebookBuilder::label(At at, std::string_view text) {
-  return record(rec::kLabel, cellBody(at).u8('\'').zeroText(text));
-}
-
-Self& NotebookBuilder::string(At at, std::string_view text) {
-  return record(rec::kString, cellBody(at).u8('\'').zeroText(text));
-}
-
-Self& NotebookBuilder::formula(At at, double cached) {
-  return record(rec::kFormula, cellBody(at).f64(cached).u32(0));
-}
-
-Self& NotebookBuilder::formulaWithString(At at) {
-  return record(rec::kFormula, cellBody(at).fill(6).u16(0x7FF8).u32(0));
-}
-
 Self& NotebookBuilder::formulaSpecial(At at, unsigned kind, unsigned low16, unsigned word) {
   // Bytes 10 and 11 of the body are the kind, and the upper half of the integer at 8 to 11.
   return record(rec::kFormula, cellBody(at).u16(0).u16(low16).u16(kind).u16(word).u32(0));
 }
 
-Self& NotebookBuilder::end() {
-  return record(rec::kEnd);
-}
-
 NotebookBuilder everyRecordNotebook() {
   NotebookBuilder book;
-  book.header().dimensions(3, 20);
+  book.header().dimensions(3, 23);
   book.notebookText(rec::kText37, "dropped").settings(true);
   book.notebookText(rec::kText37, "text 37").notebookText(rec::kText38, "text 38");
   book.flag(rec::kFlag257, 0).flag(rec::kFlag258, 1).settings(false).refusal(0).valueTable();
@@ -240,7 +113,7 @@ NotebookBuilder everyRecordNotebook() {
                 .namedStyle = format % 2});
   }
   for (unsigned sheet = 0; sheet < 2; ++sheet) {
-    book.sheetStart(sheet).sheetName(sheet == 0 ? "First" : "Second").table(3, 20);
+    book.sheetStart(sheet).sheetName(sheet == 0 ? "First" : "Second").table(3, 23);
     book.defaultRowHeight(250).defaultColumnWidth(1000).columnWidth(1, 800).columnWidth(2, 0x8050);
     book.rowHeight(1, 300).rowHeights(3, 6, 400).hiddenRows(Body().u8(0x21).u8(0x80));
     book.hiddenColumns(Body().u8(0x10)).unkept224().columnStyle(0, 2);

@@ -101,6 +101,9 @@ struct At {
   unsigned style = 1;
 };
 
+// The six bytes that every cell's body begins with.
+Body cellBody(At at);
+
 class NotebookBuilder {
  public:
   using Self = NotebookBuilder;
@@ -110,45 +113,87 @@ class NotebookBuilder {
   Self& raw(const Bytes& bytes);
 
   // The notebook's definitions.
-  Self& header(unsigned version = 4098);
-  Self& dimensions(unsigned columns, unsigned rows);
-  Self& notebookText(unsigned type, std::string_view text);  // rec::kText37, rec::kText38
-  Self& refusal(unsigned value);
-  Self& font(unsigned size, unsigned attributes, std::string_view name);
-  Self& namedStyle(unsigned id, unsigned styleNumber, std::string_view name);
-  Self& style(const Style& fields = {});
-  Self& userFormat(unsigned index, std::string_view text);  // its code is 112 + index
-  Self& valueTable();
-  Self& flag(unsigned type, unsigned value);  // rec::kFlag257, rec::kFlag258
-  Self& settings(bool on);
+  Self& header(unsigned version = 4098) { return record(rec::kHeader, Body().u16(version)); }
+  Self& dimensions(unsigned columns, unsigned rows) {
+    return record(rec::kDimensions, Body().u32(0).u16(columns - 1).u16(rows - 1));
+  }
+  // `type` is rec::kText37 or rec::kText38.
+  Self& notebookText(unsigned type, std::string_view text) {
+    return record(type, Body().zeroText(text));
+  }
+  Self& refusal(unsigned value) { return record(rec::kRefusal, Body().u16(value)); }
+  Self& font(unsigned size, unsigned attributes, std::string_view name) {
+    return record(rec::kFont, Body().u16(size).u8(attributes).u8(0).zeroText(name));
+  }
+  Self& namedStyle(unsigned id, unsigned styleNumber, std::string_view name) {
+    return record(rec::kNamedStyle, Body().u16(id).u16((styleNumber - 1) << 3).zeroText(name));
+  }
+  Self& style(const Style& fields = {}) { return record(rec::kStyle, fields.body()); }
+  // The format's code is 112 + index.
+  Self& userFormat(unsigned index, std::string_view text) {
+    return record(rec::kUserFormat, Body().u16(index).zeroText(text));
+  }
+  Self& valueTable() { return record(rec::kValueTable, Body().fill(16)); }
+  // `type` is rec::kFlag257 or rec::kFlag258.
+  Self& flag(unsigned type, unsigned value) { return record(type, Body().u8(value)); }
+  Self& settings(bool on) {
+    return record(on ? rec::kSettingsOn : rec::kSettingsOff, Body().u16(0));
+  }
 
   // A worksheet.
-  Self& sheetStart(unsigned number = 0);
-  Self& sheetEnd();
-  Self& sheetName(std::string_view name);
-  Self& table(unsigned columns, unsigned rows);
-  Self& defaultRowHeight(unsigned height);
-  Self& defaultColumnWidth(unsigned width);
-  Self& rowHeight(unsigned row, unsigned height);
-  Self& rowHeights(unsigned firstRow, unsigned lastRow, unsigned height);
-  Self& columnWidth(unsigned column, unsigned width);
-  Self& hiddenRows(const Body& bitmap);
-  Self& hiddenColumns(const Body& bitmap);
-  Self& unkept224();
-  Self& columnStyle(unsigned column, unsigned styleNumber);
+  Self& sheetStart(unsigned number = 0) {
+    return record(rec::kSheetStart, Body().u8(number).u8(0));
+  }
+  Self& sheetEnd() { return record(rec::kSheetEnd); }
+  Self& sheetName(std::string_view name) { return record(rec::kSheetName, Body().zeroText(name)); }
+  Self& table(unsigned columns, unsigned rows) {
+    return record(rec::kTable, Body().u16(columns - 1).u16(0).u16(rows - 1));
+  }
+  Self& defaultRowHeight(unsigned height) {
+    return record(rec::kDefaultRowHeight, Body().u16(height));
+  }
+  Self& defaultColumnWidth(unsigned width) {
+    return record(rec::kDefaultColumnWidth, Body().u16(width));
+  }
+  Self& rowHeight(unsigned row, unsigned height) {
+    return record(rec::kRowHeight, Body().u16(row).u16(height));
+  }
+  Self& rowHeights(unsigned firstRow, unsigned lastRow, unsigned height) {
+    return record(rec::kRowHeights, Body().u16(firstRow).u16(lastRow).u16(height));
+  }
+  Self& columnWidth(unsigned column, unsigned width) {
+    return record(rec::kColumnWidth, Body().u16(column).u16(width));
+  }
+  Self& hiddenRows(const Body& bitmap) { return record(rec::kHiddenRows, bitmap); }
+  Self& hiddenColumns(const Body& bitmap) { return record(rec::kHiddenColumns, bitmap); }
+  Self& unkept224() { return record(rec::kUnkept224, Body().u16(0)); }
+  Self& columnStyle(unsigned column, unsigned styleNumber) {
+    return record(rec::kColumnStyle, Body().u16(column).u16(styleNumber));
+  }
 
   // Its cells.
-  Self& blank(At at);
-  Self& integer(At at, int value);
-  Self& number(At at, double value);
-  Self& label(At at, std::string_view text);
-  Self& string(At at, std::string_view text);
-  Self& formula(At at, double cached);
-  Self& formulaWithString(At at);  // the string record that follows carries the text
+  Self& blank(At at) { return record(rec::kBlank, cellBody(at)); }
+  Self& integer(At at, int value) {
+    return record(rec::kInteger, cellBody(at).u16(static_cast<unsigned>(value)));
+  }
+  Self& number(At at, double value) { return record(rec::kNumber, cellBody(at).f64(value)); }
+  Self& label(At at, std::string_view text) {
+    return record(rec::kLabel, cellBody(at).u8('\'').zeroText(text));
+  }
+  Self& string(At at, std::string_view text) {
+    return record(rec::kString, cellBody(at).u8('\'').zeroText(text));
+  }
+  Self& formula(At at, double cached) {
+    return record(rec::kFormula, cellBody(at).f64(cached).u32(0));
+  }
+  // The string record that follows carries the text.
+  Self& formulaWithString(At at) {
+    return record(rec::kFormula, cellBody(at).fill(6).u16(0x7FF8).u32(0));
+  }
   // A special result: 0 is an error, 3 the integer 0x30000 + low16, others have no value.
   Self& formulaSpecial(At at, unsigned kind, unsigned low16 = 0, unsigned word = 0x7FF0);
 
-  Self& end();  // record 1
+  Self& end() { return record(rec::kEnd); }  // record 1
 
   // Offset of the header of the n-th record 202, counted from 0.
   uint32_t sheetOffset(size_t sheet = 0) const { return sheetOffsets_.at(sheet); }
@@ -158,9 +203,6 @@ class NotebookBuilder {
   Bytes bytes_;
   std::vector<uint32_t> sheetOffsets_;
 };
-
-// The six bytes that every cell's body begins with.
-Body cellBody(At at);
 
 // A notebook with one of every record above, for sweeps, fuzzing seeds and benchmarks: two
 // worksheets, every kind of cell, and every format family.
