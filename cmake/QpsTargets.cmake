@@ -1,35 +1,65 @@
 # SPDX-License-Identifier: MIT
-# How this project's targets are compiled and linked; each fact once.
+# How this project's targets are compiled and linked; each fact once. Nothing here reaches a target
+# of a project that embeds this one.
+include(CheckPIESupported)
+check_pie_supported()
 
-set(QPS_GNU_LIKE $<OR:$<CXX_COMPILER_ID:GNU>,$<CXX_COMPILER_ID:Clang>>)
+# Sanitizers bring their own checks and their own way of resolving symbols.
+if(CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+  set(QPS_SANITIZED TRUE)
+endif()
 
-# Warnings for our own code; they are errors where QPSREADER_WERROR is on (every preset), and never in
-# a stranger's build.
+# Warnings for our own code; they are errors where QPSREADER_WERROR is on (every preset), and never
+# in a stranger's build.
 function(qps_set_warnings target)
-  target_compile_options(${target} PRIVATE
-    $<${QPS_GNU_LIKE}:-Wall -Wextra -Wconversion -Wshadow>
-    $<$<AND:$<BOOL:${QPSREADER_WERROR}>,${QPS_GNU_LIKE}>:-Werror>)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wshadow
+    $<$<BOOL:${QPSREADER_WERROR}>:-Werror>)
 endfunction()
 
-# Code that stays within the reader's means: the standard library without exceptions, RTTI, a heap or
-# guarded statics; only what is marked is exported.
-function(qps_set_reader_means target)
+# Everything that is installed: position-independent and hardened. _FORTIFY_SOURCE needs an
+# optimising compiler, and takes the place of whatever the compiler or a package build defined.
+function(qps_set_hardening target)
+  set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  if(WIN32)
+    return()
+  endif()
+  target_compile_options(${target} PRIVATE -fstack-protector-strong)
+  target_link_options(${target} PRIVATE
+    -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
+  if(NOT QPS_SANITIZED)
+    set(optimised $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
+    target_compile_options(${target} PRIVATE
+      $<${optimised}:-U_FORTIFY_SOURCE> $<${optimised}:-D_FORTIFY_SOURCE=2>)
+    target_link_options(${target} PRIVATE -Wl,--no-undefined)
+  endif()
+endfunction()
+
+# Code of ours that is installed, whatever it is part of.
+function(qps_set_product target)
   set_target_properties(${target} PROPERTIES
-    POSITION_INDEPENDENT_CODE ON
     C_VISIBILITY_PRESET hidden
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
-  target_compile_options(${target} PRIVATE
-    $<${QPS_GNU_LIKE}:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
+  # Compiled once for every use: on Windows too, where a DLL exports by its .def file.
+  target_compile_definitions(${target} PRIVATE $<$<BOOL:${WIN32}>:QPS_STATIC>)
   qps_set_warnings(${target})
+  qps_set_hardening(${target})
 endfunction()
 
-# A plug-in: hardened, without undefined symbols, exporting exactly the names in the file `exports`.
+# Code that stays within the reader's means: the standard library without exceptions, RTTI, a heap
+# or guarded statics.
+function(qps_set_reader_means target)
+  qps_set_product(${target})
+  target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics)
+endfunction()
+
+# A library that exports exactly the names in the file `exports`.
 function(qps_set_plugin target exports)
   file(STRINGS ${exports} names REGEX "^[A-Za-z]")
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${exports})
-  set_target_properties(${target} PROPERTIES LINK_DEPENDS ${exports})
+  set_target_properties(${target} PROPERTIES LINK_DEPENDS ${exports} LINKER_LANGUAGE CXX)
+  qps_set_hardening(${target})
   if(WIN32)
     list(JOIN names "\n" lines)
     set(script ${CMAKE_CURRENT_BINARY_DIR}/${target}.def)
@@ -39,38 +69,74 @@ function(qps_set_plugin target exports)
     list(JOIN names ";\n    " lines)
     set(script ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
     file(CONFIGURE OUTPUT ${script} CONTENT "{\n  global:\n    @lines@;\n  local: *;\n};\n" @ONLY)
-    target_link_options(${target} PRIVATE -Wl,--version-script=${script} -Wl,-z,relro,-z,now
-      -Wl,-z,noexecstack -Wl,--as-needed)
-    if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
-      target_link_options(${target} PRIVATE -Wl,--no-undefined)
-    endif()
+    target_link_options(${target} PRIVATE -Wl,--version-script=${script})
   endif()
 endfunction()
 
-function(qps_add_reader_objects target)
-  add_library(${target} OBJECT)
-  qps_set_reader_means(${target})
-  # One compilation serves the static and the shared library: a Windows DLL exports by its .def file.
-  target_compile_definitions(${target} PRIVATE $<$<BOOL:${WIN32}>:QPS_STATIC>)
+# A program that finds the shared reader in ../lib (or where CMAKE_INSTALL_LIBDIR says) of its own
+# place, in the build tree and installed. As DT_RPATH: with the newer DT_RUNPATH, a library of that
+# name in a folder of LD_LIBRARY_PATH would come first.
+function(qps_set_program target)
+  qps_set_product(${target})
+  if(NOT WIN32)
+    file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(${target} PROPERTIES
+      BUILD_RPATH_USE_ORIGIN ON INSTALL_RPATH "$ORIGIN/${libraries}")
+    target_link_options(${target} PRIVATE -Wl,--disable-new-dtags)
+  endif()
 endfunction()
 
+# The rooms add their sources to the object library; the two libraries are made of it.
 function(qps_add_reader_libraries objects)
-  set(includes
-    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
-    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/qpsreader>)
-
   add_library(qpsreader SHARED $<TARGET_OBJECTS:${objects}>)
   set_target_properties(qpsreader PROPERTIES
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINKER_LANGUAGE CXX
-    EXPORT_NAME reader)
-  target_include_directories(qpsreader INTERFACE ${includes})
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} EXPORT_NAME reader)
   qps_set_plugin(qpsreader ${PROJECT_SOURCE_DIR}/reader/exports.txt)
+  qps_set_public_includes(qpsreader)
   add_library(qpsreader::reader ALIAS qpsreader)
 
   add_library(qpsreader_static STATIC $<TARGET_OBJECTS:${objects}>)
   set_target_properties(qpsreader_static PROPERTIES
     OUTPUT_NAME qpsreader LINKER_LANGUAGE CXX EXPORT_NAME reader_static)
   target_compile_definitions(qpsreader_static INTERFACE QPS_STATIC)
-  target_include_directories(qpsreader_static INTERFACE ${includes})
+  qps_set_public_includes(qpsreader_static)
   add_library(qpsreader::reader_static ALIAS qpsreader_static)
+endfunction()
+
+# qps_add_ole_library(SOURCES...): zbolefio.dll, which is the file's name on every platform. It is
+# loaded at run time only, from the folder where the reader lies.
+function(qps_add_ole_library)
+  add_library(zbolefio_objects OBJECT ${ARGN})
+  qps_set_reader_means(zbolefio_objects)
+  add_library(zbolefio MODULE $<TARGET_OBJECTS:zbolefio_objects>)
+  set_target_properties(zbolefio PROPERTIES PREFIX "" SUFFIX .dll)
+  if(WIN32 AND CMAKE_RUNTIME_OUTPUT_DIRECTORY)
+    set_target_properties(zbolefio PROPERTIES
+      LIBRARY_OUTPUT_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+  endif()
+  qps_set_plugin(zbolefio ${PROJECT_SOURCE_DIR}/olefio/exports.txt)
+endfunction()
+
+# qps_add_host_library(SOURCES...): the embedded host, one archive. Which reader goes with it is the
+# choice of who links it: qpsreader::host takes the shared one, qpsreader::host_static the static.
+function(qps_add_host_library)
+  add_library(qpshost STATIC ${ARGN})
+  set_target_properties(qpshost PROPERTIES EXPORT_NAME host_archive)
+  target_compile_features(qpshost INTERFACE cxx_std_20)
+  target_link_libraries(qpshost PUBLIC ${CMAKE_DL_LIBS})
+  qps_set_product(qpshost)
+  qps_set_public_includes(qpshost)
+
+  foreach(suffix "" _static)
+    add_library(qpshost_with_reader${suffix} INTERFACE)
+    target_link_libraries(qpshost_with_reader${suffix} INTERFACE qpshost qpsreader${suffix})
+    set_target_properties(qpshost_with_reader${suffix} PROPERTIES EXPORT_NAME host${suffix})
+    add_library(qpsreader::host${suffix} ALIAS qpshost_with_reader${suffix})
+  endforeach()
+endfunction()
+
+function(qps_set_public_includes target)
+  target_include_directories(${target} INTERFACE
+    $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 endfunction()

@@ -1,0 +1,32 @@
+# SPDX-License-Identifier: MIT
+# What `cmake --install` lays down: libraries, headers, the CMake package `qpsreader` and pkg-config
+# files. The tree may be moved as a whole afterwards.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS qpsreader qpsreader_static qpshost qpshost_with_reader qpshost_with_reader_static
+  EXPORT qpsreaderTargets)
+# Beside the reader, where the embedded host looks for it.
+if(WIN32)
+  install(TARGETS zbolefio LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR})
+else()
+  install(TARGETS zbolefio LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
+install(DIRECTORY ${PROJECT_BINARY_DIR}/include/qpsreader
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+set(packageFolder ${CMAKE_INSTALL_LIBDIR}/cmake/qpsreader)
+install(EXPORT qpsreaderTargets NAMESPACE qpsreader:: DESTINATION ${packageFolder})
+configure_package_config_file(cmake/qpsreaderConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/qpsreaderConfig.cmake INSTALL_DESTINATION ${packageFolder}
+  NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/qpsreaderConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/qpsreaderConfig.cmake
+  ${PROJECT_BINARY_DIR}/qpsreaderConfigVersion.cmake DESTINATION ${packageFolder})
+
+file(RELATIVE_PATH QPS_PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+foreach(name qpsreader qpshost)
+  configure_file(cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${name}.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()

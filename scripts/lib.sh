@@ -1,0 +1,59 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: MIT
+# What the scripts here share; each sources it first. It moves to the top of the source tree and
+# leaves the caller's folder in `calledFrom`.
+set -euo pipefail
+# shellcheck disable=SC2034
+calledFrom=$PWD
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+# What a build of the release preset takes.
+# shellcheck disable=SC2034
+buildPackages=(cmake ninja-build g++ libcli11-dev libgtest-dev rapidjson-dev)
+
+die() {
+  printf '%s: %s\n' "${0##*/}" "$*" >&2
+  exit 1
+}
+
+# need PACKAGE...: installs the Debian packages that are missing, or says which they are when it
+# may not. Elsewhere than on Debian the build itself reports what it lacks.
+need() {
+  command -v dpkg-query > /dev/null || return 0
+  local package missing=() sudo=()
+  for package in "$@"; do
+    dpkg-query -W -f='${db:Status-Status}\n' "$package" 2> /dev/null | grep -qx installed ||
+      missing+=("$package")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  if [ "$(id -u)" != 0 ]; then
+    sudo -n true 2> /dev/null || die "please install these Debian packages: ${missing[*]}"
+    sudo=(sudo -n)
+  fi
+  echo "installing ${missing[*]}" >&2
+  local apt=("${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -qq -o DPkg::Lock::Timeout=600)
+  quietly apt-update "${apt[@]}" update || echo "${0##*/}: working with the old package lists" >&2
+  quietly apt-install "${apt[@]}" install --no-install-recommends "${missing[@]}" ||
+    die "could not install ${missing[*]}"
+}
+
+# quietly NAME COMMAND...: runs the command with its output in build/log/NAME.txt, and shows the
+# end of that when it fails.
+quietly() {
+  local log=build/log/$1.txt
+  shift
+  mkdir -p build/log
+  "$@" > "$log" 2>&1 && return
+  local status=$?
+  tail -n 60 "$log" >&2
+  echo "${0##*/}: failed: $* (whole output: $log)" >&2
+  return $status
+}
+
+# buildPreset PRESET [TARGET...]: configures and builds, quietly.
+buildPreset() {
+  local preset=$1
+  shift
+  quietly "$preset-configure" cmake --preset "$preset" &&
+    quietly "$preset-build" cmake --build --preset "$preset" ${1:+--target "$@"}
+}
