@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+//
+// Following a chain: at most as many steps as there are sectors, whatever the table and the
+// directory say.
+#include "olefio/sector_space.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "olefio/compound_format.h"
+#include "olefio/number_set.h"
+
+namespace qps::ole {
+
+bool SectorSpace::open(Extents sectors, unsigned shift, Extents table, unsigned tableShift) {
+  sectors_ = std::move(sectors);
+  shift_ = shift;
+  return table_.open(std::move(table), tableShift);
+}
+
+bool SectorSpace::follow(std::uint32_t first, std::uint64_t bytes, Extents& chain) {
+  const std::uint64_t sectorBytes = std::uint64_t{1} << shift_;
+  // The mini stream may end inside its last sector.
+  const std::uint64_t count = (sectors_.size() + sectorBytes - 1) >> shift_;
+  NumberSet visited(pool_);
+  if (!visited.reserve(
+          static_cast<std::uint32_t>(std::min<std::uint64_t>(count, kFirstSpecialSector)))) {
+    return false;
+  }
+  for (std::uint32_t sector = first; chain.size() < bytes && visited.insert(sector);
+       sector = table_.next(sector)) {
+    Run piece = sectors_.at(std::uint64_t{sector} << shift_);
+    piece.bytes = std::min(piece.bytes, sectorBytes);
+    if (!chain.append(piece)) return false;
+  }
+  chain.cutTo(bytes);
+  return true;
+}
+
+}  // namespace qps::ole

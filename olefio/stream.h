@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+//
+// A stream of the document as an SSStream: what the reader of records works on. It reads small
+// pieces from a buffer and large ones straight into the caller's memory.
+#ifndef QPSREADER_OLEFIO_STREAM_H
+#define QPSREADER_OLEFIO_STREAM_H
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "olefio/extents.h"
+#include "olefio/host_file.h"
+#include "olefio/pool.h"
+#include "reader/host_tables.h"
+
+namespace qps::ole {
+
+// The table's operations, beyond what its header says:
+//   open   goes back to the first byte; 0 when there is no stream
+//   read   ends where the stream ends, or where its chain or the file ends before that
+//   seek   may go beyond the end, as in most files; reading there gives no bytes
+//   close  ends the reading: no bytes come and no seek succeeds until the stream is opened again
+class Stream : public SSStream {
+ public:
+  Stream(HostFile& file, SSMemoryPool& pool);
+  Stream(const Stream&) = delete;
+  Stream& operator=(const Stream&) = delete;
+
+  // Makes these bytes of the file the stream, closed. False when the pool has no block.
+  [[nodiscard]] bool attach(Extents bytes);
+  void detach();
+
+  bool rewind();
+  void endReading() { isReading_ = false; }
+
+ private:
+  // Reading forward asks the host for this much at once, or for the rest of a shorter run. In whole
+  // sectors of either version.
+  static constexpr std::size_t kBufferBytes = 8192;
+  static constexpr std::uint64_t kBufferAlignment = 512;
+
+  std::size_t readBytes(std::span<std::byte> target);
+  std::size_t takeBuffered(std::span<std::byte> target);
+  bool fillBuffer();
+  bool seekTo(std::ptrdiff_t offset, std::int32_t origin);
+
+  HostFile& file_;
+  SSMemoryPool& pool_;
+  Extents bytes_;
+  PoolArray<std::byte> buffer_;
+  std::uint64_t bufferStart_ = 0;  // the stream's position of the buffer's first byte
+  std::uint64_t bufferBytes_ = 0;
+  std::uint64_t position_ = 0;  // at most PTRDIFF_MAX
+  bool isAttached_ = false;
+  bool isReading_ = false;
+};
+
+}  // namespace qps::ole
+
+#endif  // QPSREADER_OLEFIO_STREAM_H
