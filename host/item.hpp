@@ -100,12 +100,13 @@ class Item {
 
   Kind kind() const { return static_cast<Kind>(raw_.kind); }
 
-  // Each of these has a value for the kind in its name, and none for the other kinds.
+  // Each of these has a value for the kind in its name, and none for the other kinds. A notebook
+  // text (of either kind) also has none when it did not fit the memory limit.
   std::optional<CellView> cell() const;
   std::optional<SheetInfo> sheetInfo() const;
   std::optional<Run> columnWidths() const;
   std::optional<Run> rowHeight() const;
-  std::optional<std::string_view> notebookText() const;  // both texts; never empty
+  std::optional<std::string_view> notebookText() const;
 
   // The record itself. Bytes that its kind does not fill are 0.
   const SSItem& raw() const { return raw_; }

@@ -28,7 +28,7 @@
 #include <string_view>
 
 #include "host/expected.hpp"
-#include "host/file_kind.hpp"
+#include "host/file_facts.hpp"
 #include "host/item.hpp"
 #include "host/text_arena.hpp"
 
@@ -47,17 +47,6 @@ struct Sheet {
   std::uint32_t startOffset =
       0;                  // of its first record, in bytes from the start of the record stream
   std::string_view name;  // at most 63 bytes of the file's own character set
-};
-
-// What the records before the first worksheet say.
-struct NotebookFacts {
-  FileKind kind = FileKind::kUnknown;  // kPlainNotebook or kCompoundNotebook
-  const char* containerStream = "";    // the stream's name in the compound document; "" when plain
-  std::uint16_t formatVersion = 0;     // the first value of record 0: 0x1001, 0x1002, ...
-  std::uint32_t fontCount = 0;
-  std::uint32_t styleCount = 0;
-  std::uint32_t namedStyleCount = 0;
-  std::uint32_t userFormatCount = 0;
 };
 
 struct ItemRangeState;  // host/notebook.cpp
@@ -162,6 +151,7 @@ class Notebook {
   // An arena within this notebook's memory limit.
   TextArena textArena() const;
 
+  // What the records before the first worksheet say.
   const NotebookFacts& facts() const;
 
   // Whether the notebook is cut short, or its records cannot be followed to the end record: the

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+//
+// The loader over LoadLibraryEx. With an absolute path and these flags the system looks for what
+// the library itself needs beside the library and in the system folder only.
+#include <windows.h>
+
+#include <array>
+#include <string_view>
+
+#include "host/library_loader.hpp"
+#include "reader/qps_reader.h"
+
+namespace qps {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The file of a loaded module; null is the program. Empty when the path is longer than the system's
+// limit for paths.
+fs::path moduleFile(HMODULE module) {
+  std::array<wchar_t, 32768> path{};
+  const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
+  if (length == 0 || length == path.size()) return {};
+  return fs::path(std::wstring_view(path.data(), length));
+}
+
+fs::path readerFile() {
+  HMODULE module = nullptr;
+  const auto operation = reinterpret_cast<const wchar_t*>(&qpsGetSSReaderInterface);
+  if (GetModuleHandleExW(
+          GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+          operation, &module) == 0)
+    return {};
+  return moduleFile(module);
+}
+
+}  // namespace
+
+std::vector<fs::path> librarySearchFolders() {
+  std::vector<fs::path> folders;
+  const auto add = [&folders](const fs::path& folder) {
+    if (folder.is_absolute()) folders.push_back(folder);
+  };
+  add(readerFile().parent_path());
+  const fs::path programFolder = moduleFile(nullptr).parent_path();
+  if (programFolder.filename() == "bin") add(programFolder.parent_path() / "lib");
+  add(QPS_INSTALLED_LIBRARY_FOLDER);
+  return folders;
+}
+
+void* loadLibraryByName(const char* name) {
+  const std::string_view bare = name;
+  if (bare.empty() || bare == "." || bare == ".." || bare.find_first_of("/\\:") != bare.npos)
+    return nullptr;
+  for (const fs::path& folder : librarySearchFolders()) {
+    const fs::path file = (folder / bare).make_preferred();
+    const HMODULE library = LoadLibraryExW(
+        file.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
+    if (library != nullptr) return reinterpret_cast<void*>(library);
+  }
+  return nullptr;
+}
+
+void* librarySymbol(void* library, const char* symbol) {
+  return reinterpret_cast<void*>(GetProcAddress(reinterpret_cast<HMODULE>(library), symbol));
+}
+
+void unloadLibrary(void* library) {
+  FreeLibrary(reinterpret_cast<HMODULE>(library));
+}
+
+}  // namespace qps

@@ -1,0 +1,279 @@
+// SPDX-License-Identifier: MIT
+//
+// Notebook over the reader's operations. One NotebookState holds what all parts of a notebook
+// share: bytes, pool, services and the list of worksheets. Ranges keep it alive; arenas keep the
+// pool alive. Each range has a stream and a reader handle of its own.
+#include "host/notebook.hpp"
+
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include "host/diagnosis.hpp"
+#include "host/heap_pool.hpp"
+#include "host/host_services.hpp"
+#include "host/notebook_bytes.hpp"
+#include "reader/qps_reader.h"
+#include "sheetinfo/worksheet_list.h"
+
+namespace qps {
+namespace {
+
+struct CloseReader {
+  void operator()(QPSReader* reader) const { QPSCloseReader(reader); }
+};
+using ReaderHandle = std::unique_ptr<QPSReader, CloseReader>;
+
+struct CloseSheet {
+  void operator()(QPSSheet* sheet) const { QPSCloseSheet(sheet); }
+};
+using SheetHandle = std::unique_ptr<QPSSheet, CloseSheet>;
+
+Error memoryLimitError() {
+  return {Reason::kMemoryLimit, "the memory limit was reached"};
+}
+
+}  // namespace
+
+struct NotebookState {
+  explicit NotebookState(const OpenOptions& options)
+      : pool(std::make_shared<HeapPool>(options.memoryLimit)), services(*pool), bytes(*pool) {}
+  NotebookState(const NotebookState&) = delete;
+  NotebookState& operator=(const NotebookState&) = delete;
+  ~NotebookState() { pool->free(sheets.data()); }
+
+  std::optional<Error> list();
+  bool keepSheets(const SSWorkSheetList& list);
+  std::optional<Error> readError() const;
+  const std::optional<Error>& findDamageOnce();
+
+  std::shared_ptr<HeapPool> pool;
+  HostServices services;
+  NotebookBytes bytes;
+  std::optional<NotebookStream> stream;  // for the listing and the diagnosis
+  ReaderHandle reader;                   // owns the worksheet table, and with it the sheets' names
+  std::span<Sheet> sheets;               // a pool block
+  NotebookFacts facts;
+  std::optional<std::optional<Error>> damage;  // known once somebody asked
+};
+
+// Lists the worksheets and reads the facts, once the bytes are there.
+std::optional<Error> NotebookState::list() {
+  if (bytes.empty()) return Error{Reason::kEmpty, "the file is empty"};
+  SSStream& file = stream.emplace(bytes).table();
+  reader.reset(QPSAllocateReader(nullptr, nullptr, &file, &services, nullptr, nullptr));
+  if (!reader) return memoryLimitError();
+
+  SSWorkSheetList list{};
+  const bool listed = QPSGetWorkSheetInfo(reader.get(), &list, 0) != 0;
+  if (auto failure = readError()) return failure;
+  if (!listed) return diagnoseListing(file, services);
+  if (pool->limitHit() || !keepSheets(list)) return memoryLimitError();
+
+  auto found = readFacts(file, services);
+  if (!found) return found.error();
+  facts = *found;
+  return std::nullopt;
+}
+
+bool NotebookState::keepSheets(const SSWorkSheetList& list) {
+  void* const block = pool->allocateZeroed(list.count, sizeof(Sheet));
+  if (block == nullptr) return false;
+  auto* const kept = static_cast<Sheet*>(block);
+  std::uint32_t count = 0;
+  for (const SSWorkSheetEntry& entry : std::span(list.entries, list.count)) {
+    if (entry.typeFlags == 0) continue;  // counted by the file but not described
+    const std::string_view name(entry.name, ::strnlen(entry.name, sizeof entry.name));
+    ::new (kept + count) Sheet{.index = count, .startOffset = entry.startOffset, .name = name};
+    ++count;
+  }
+  sheets = {kept, count};
+  return true;
+}
+
+// The system's reason, when the file could not be read to where it should end.
+std::optional<Error> NotebookState::readError() const {
+  const std::string failure = bytes.file() != nullptr ? bytes.file()->readError() : "";
+  if (failure.empty()) return std::nullopt;
+  return Error{Reason::kUnreadable, failure};
+}
+
+const std::optional<Error>& NotebookState::findDamageOnce() {
+  if (!damage) damage = findDamage(stream->table(), services);
+  return *damage;
+}
+
+struct ItemRangeState {
+  ItemRangeState(std::shared_ptr<NotebookState> owner, const Sheet& sheet, TextArena* given);
+  ItemRangeState(const ItemRangeState&) = delete;
+  ItemRangeState& operator=(const ItemRangeState&) = delete;
+
+  bool advance();
+  std::optional<Error> error();
+
+  static void* allocateText(void* context, void* block, std::size_t size, std::uint32_t flags);
+  void adoptNotebookText();
+  void close();
+
+  std::shared_ptr<NotebookState> notebook;
+  NotebookStream stream;
+  TextArena ownTexts;
+  TextArena* texts;
+  std::uint32_t sheetStart;
+  std::uint64_t refusalsBefore;
+  bool textRefused = false;
+  bool opened = false;
+  bool started = false;
+  ReaderHandle reader;
+  SheetHandle sheet;  // null before opening, when that failed, and after the last item
+  Item item;
+};
+
+ItemRangeState::ItemRangeState(std::shared_ptr<NotebookState> owner, const Sheet& which,
+                               TextArena* given)
+    : notebook(std::move(owner)),
+      stream(notebook->bytes),
+      ownTexts(notebook->pool),
+      texts(given != nullptr ? given : &ownTexts),
+      sheetStart(which.startOffset),
+      refusalsBefore(notebook->pool->refusals()) {
+  reader.reset(
+      QPSAllocateReader(nullptr, nullptr, &stream.table(), &notebook->services, nullptr, nullptr));
+  if (reader) sheet.reset(QPSInitSheet(reader.get(), this, sheetStart, allocateText, nullptr));
+  opened = sheet != nullptr;
+}
+
+void* ItemRangeState::allocateText(void* context, void*, std::size_t size, std::uint32_t) {
+  auto& self = *static_cast<ItemRangeState*>(context);
+  void* const text = self.texts->allocate(size);
+  if (text == nullptr) self.textRefused = true;
+  return text;
+}
+
+bool ItemRangeState::advance() {
+  started = true;
+  if (!sheet) return false;
+  if (texts == &ownTexts) ownTexts.clear();
+  std::memset(&item.raw_, 0, sizeof item.raw_);
+  if (QPSProcessSheet(sheet.get(), &item.raw_) != 0) {
+    close();
+    return false;
+  }
+  const Item::Kind kind = item.kind();
+  if (kind == Item::Kind::kRecord37Text || kind == Item::Kind::kRecord38Text) adoptNotebookText();
+  return true;
+}
+
+// The notebook's texts come in pool blocks that belong to the host: they move to where the other
+// texts are, so that one rule says how long any text lives.
+void ItemRangeState::adoptNotebookText() {
+  char* const block = item.raw_.notebookText.text;
+  if (block == nullptr) return;
+  const std::size_t bytes = std::strlen(block) + 1;
+  void* const text = allocateText(this, nullptr, bytes, 0);
+  if (text != nullptr) std::memcpy(text, block, bytes);
+  item.raw_.notebookText.text = static_cast<char*>(text);
+  notebook->pool->free(block);
+}
+
+// What a sheet needs goes back at its end, not only with the range.
+void ItemRangeState::close() {
+  sheet.reset();
+  reader.reset();
+}
+
+std::optional<Error> ItemRangeState::error() {
+  if (auto failure = notebook->readError()) return failure;
+  if (textRefused || notebook->pool->refusals() != refusalsBefore) return memoryLimitError();
+  if (sheet) return std::nullopt;
+  // One walk over the whole notebook clears all of its sheets; one over the sheet only when not.
+  if (notebook->findDamageOnce()) {
+    if (auto damage = findSheetDamage(stream.table(), notebook->services, sheetStart))
+      return damage;
+  }
+  if (opened) return std::nullopt;
+  return Error{Reason::kDamaged, "damaged: the worksheet at byte " + std::to_string(sheetStart) +
+                                     " cannot be opened"};
+}
+
+ItemRange::ItemRange(std::unique_ptr<ItemRangeState> state) : state_(std::move(state)) {}
+ItemRange::ItemRange(ItemRange&&) noexcept = default;
+ItemRange& ItemRange::operator=(ItemRange&&) noexcept = default;
+ItemRange::~ItemRange() = default;
+
+ItemRange::Iterator ItemRange::begin() {
+  if (!state_) return Iterator(nullptr);
+  const bool here = state_->started ? state_->sheet != nullptr : state_->advance();
+  return Iterator(here ? state_.get() : nullptr);
+}
+
+bool ItemRange::advance(ItemRangeState& state) {
+  return state.advance();
+}
+const Item& ItemRange::current(const ItemRangeState& state) {
+  return state.item;
+}
+
+std::optional<Error> ItemRange::error() const {
+  if (!state_) return std::nullopt;
+  return state_->error();
+}
+
+Expected<Notebook> Notebook::open(const std::filesystem::path& path, const OpenOptions& options) {
+  auto state = std::make_shared<NotebookState>(options);
+  if (auto failure = state->bytes.open(path)) return *std::move(failure);
+  if (auto failure = state->list()) return *std::move(failure);
+  return Notebook(std::move(state));
+}
+
+Expected<Notebook> Notebook::open(std::span<const std::byte> bytes, const OpenOptions& options) {
+  auto state = std::make_shared<NotebookState>(options);
+  state->bytes.borrow(bytes);
+  if (auto failure = state->list()) return *std::move(failure);
+  return Notebook(std::move(state));
+}
+
+Notebook::Notebook(std::shared_ptr<NotebookState> state) : state_(std::move(state)) {}
+Notebook::Notebook(Notebook&&) noexcept = default;
+Notebook& Notebook::operator=(Notebook&&) noexcept = default;
+Notebook::~Notebook() = default;
+
+std::span<const Sheet> Notebook::sheets() const {
+  return state_ ? std::span<const Sheet>(state_->sheets) : std::span<const Sheet>();
+}
+
+const Sheet* Notebook::findSheet(std::string_view name) const {
+  for (const Sheet& sheet : sheets())
+    if (sheet.name == name) return &sheet;
+  return nullptr;
+}
+
+ItemRange Notebook::items(const Sheet& sheet) const {
+  if (!state_) return ItemRange(nullptr);
+  return ItemRange(std::make_unique<ItemRangeState>(state_, sheet, nullptr));
+}
+
+ItemRange Notebook::items(const Sheet& sheet, TextArena& arena) const {
+  if (!state_) return ItemRange(nullptr);
+  return ItemRange(std::make_unique<ItemRangeState>(state_, sheet, &arena));
+}
+
+TextArena Notebook::textArena() const {
+  return TextArena(state_ ? state_->pool : nullptr);
+}
+
+const NotebookFacts& Notebook::facts() const {
+  static constexpr NotebookFacts kNone;
+  return state_ ? state_->facts : kNone;
+}
+
+std::optional<Error> Notebook::damage() const {
+  if (!state_) return std::nullopt;
+  return state_->findDamageOnce();
+}
+
+std::size_t Notebook::memoryInUse() const {
+  return state_ ? state_->pool->bytesInUse() : 0;
+}
+
+}  // namespace qps
