@@ -9,7 +9,7 @@ set(QPS_PUBLIC_HEADERS
   items/ss_item.h
   sheetinfo/worksheet_list.h
   host/expected.hpp
-  host/file_kind.hpp
+  host/file_facts.hpp
   host/item.hpp
   host/notebook.hpp
   host/text_arena.hpp)
