@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Proves a built library or program by what stands in the file. The tools come as NM, READELF and
+# OBJDUMP, so that other machines' files can be read too.
+#
+#   check.sh exports FILE LIST       exports exactly the names in LIST
+#   check.sh imports FILE PATTERNS   imports nothing but what a line of PATTERNS matches
+#   check.sh hardened FILE           is hardened, as a library or a program
+#   check.sh rpath FILE WANTED       has WANTED as its DT_RPATH, and no DT_RUNPATH
+#   check.sh flags COMMANDS ROOMS    every file of ROOMS (a|b) was compiled with the hardening flags
+set -euo pipefail
+export LC_ALL=C
+
+fail() {
+  printf 'FAILED: %s\n' "$*"
+  exit 1
+}
+
+# The lines of a list without its comments.
+rows() {
+  grep -v '^\(#.*\)\?$' "$1"
+}
+
+exportsOf() {
+  if [[ $($OBJDUMP -f "$1") = *file\ format\ pei-* ]]; then
+    $OBJDUMP -p "$1" | sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[ *[0-9]*\] //p'
+  else
+    $NM -D --defined-only "$1" | sed 's/^[0-9a-f ]* [A-Za-z] //; s/@.*//'
+  fi
+}
+
+case $1 in
+  exports)
+    diff <(rows "$3" | sort) <(exportsOf "$2" | sort) || fail "wanted (<) and exported (>) differ"
+    ;;
+  imports)
+    imports=$($NM -D --undefined-only "$2" | sed 's/^ *[A-Za-z] //; s/@.*//')
+    [ -n "$imports" ] || fail "nm shows no import at all"
+    if bad=$(grep -Exv -f <(rows "$3") <<< "$imports"); then fail "forbidden imports:" "$bad"; fi
+    ;;
+  hardened)
+    headers=$($READELF -hlW "$2") dynamic=$($READELF -dW "$2")
+    [[ $headers =~ Type:\ +DYN ]] || fail "the code is not position-independent"
+    [[ $headers =~ GNU_RELRO ]] || fail "no RELRO"
+    grep -q "GNU_STACK.* RW  *0x" <<< "$headers" || fail "the stack is executable"
+    [[ $dynamic =~ BIND_NOW|Flags:.*NOW ]] || fail "no BIND_NOW"
+    [[ ! $dynamic =~ TEXTREL ]] || fail "text relocations"
+    $NM -D "$2" | grep -q ' U __stack_chk_fail' || fail "no stack protector"
+    ;;
+  rpath)
+    paths=$($READELF -dW "$2" | sed -n 's/.*(\(R[UN]*PATH\)).*\[\(.*\)\]/\1 \2/p')
+    [ "$paths" = "RPATH $3" ] || fail "wanted RPATH $3, found ${paths:-none}"
+    ;;
+  flags)
+    commands=$(grep '"command":' "$2" | grep -E "/($3)/[a-z_0-9]+\.cpp\"") || fail "no file of $3"
+    for flag in -O[23s] -fstack-protector-strong -D_FORTIFY_SOURCE=2; do
+      if grep -ve " $flag " <<< "$commands"; then fail "compiled without $flag"; fi
+    done
+    ;;
+  *) fail "no such check: $1" ;;
+esac
