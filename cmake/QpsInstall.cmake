@@ -6,11 +6,8 @@ include(CMakePackageConfigHelpers)
 install(TARGETS qpsreader qpsreader_static qpshost qpshost_with_reader qpshost_with_reader_static
   EXPORT qpsreaderTargets)
 # Beside the reader, where the embedded host looks for it.
-if(WIN32)
-  install(TARGETS zbolefio LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR})
-else()
-  install(TARGETS zbolefio LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-endif()
+install(TARGETS zbolefio
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY ${PROJECT_BINARY_DIR}/include/qpsreader
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 

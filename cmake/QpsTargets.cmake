@@ -60,6 +60,14 @@ function(qps_set_plugin target exports)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${exports})
   set_target_properties(${target} PROPERTIES LINK_DEPENDS ${exports} LINKER_LANGUAGE CXX)
   qps_set_hardening(${target})
+  # The reader and the library that it asks for lie side by side, also where nothing collects the
+  # outputs of all folders.
+  foreach(kind LIBRARY RUNTIME)
+    if(NOT CMAKE_${kind}_OUTPUT_DIRECTORY)
+      set_target_properties(${target} PROPERTIES
+        ${kind}_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+    endif()
+  endforeach()
   if(WIN32)
     list(JOIN names "\n" lines)
     set(script ${CMAKE_CURRENT_BINARY_DIR}/${target}.def)
@@ -101,20 +109,6 @@ function(qps_add_reader_libraries objects)
   target_compile_definitions(qpsreader_static INTERFACE QPS_STATIC)
   qps_set_public_includes(qpsreader_static)
   add_library(qpsreader::reader_static ALIAS qpsreader_static)
-endfunction()
-
-# qps_add_ole_library(SOURCES...): zbolefio.dll, which is the file's name on every platform. It is
-# loaded at run time only, from the folder where the reader lies.
-function(qps_add_ole_library)
-  add_library(zbolefio_objects OBJECT ${ARGN})
-  qps_set_reader_means(zbolefio_objects)
-  add_library(zbolefio MODULE $<TARGET_OBJECTS:zbolefio_objects>)
-  set_target_properties(zbolefio PROPERTIES PREFIX "" SUFFIX .dll)
-  if(WIN32 AND CMAKE_RUNTIME_OUTPUT_DIRECTORY)
-    set_target_properties(zbolefio PROPERTIES
-      LIBRARY_OUTPUT_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
-  endif()
-  qps_set_plugin(zbolefio ${PROJECT_SOURCE_DIR}/olefio/exports.txt)
 endfunction()
 
 # qps_add_host_library(SOURCES...): the embedded host, one archive. Which reader goes with it is the
