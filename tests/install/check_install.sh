@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # check_install.sh WAY BUILD SOURCE WORK: builds both examples in the empty folder WORK as a stranger
 # would, with the shared and the static libraries, and runs them on examples/budget.wb2. WAY is
-# package or pkg-config (BUILD installed and then moved), or subdirectory or fetch (SOURCE embedded).
+# package or pkg-config (BUILD installed and then moved), or embedded (SOURCE as a subproject).
 # CC and CXX are the compilers.
 set -euo pipefail
 way=$1 build=$2 source=$3 work=$4
@@ -42,8 +42,8 @@ if [ "$way" = pkg-config ]; then
   export LD_LIBRARY_PATH=$libraries
 else
   cmake -S . -B bin -DCMAKE_BUILD_TYPE=Release -DCMAKE_C_COMPILER="$CC" -DCMAKE_CXX_COMPILER="$CXX" \
-    -DEXAMPLES="$work/examples" -DQPSREADER_WAY="$way" -DQPSREADER_SOURCE="$source" \
-    -DCMAKE_PREFIX_PATH="$work/installed" > cmake.txt 2>&1 || fail "$(cat cmake.txt)"
+    -DEXAMPLES="$work/examples" -DCMAKE_PREFIX_PATH="$work/installed" \
+    -DQPSREADER_SOURCE="$([ "$way" = package ] || echo "$source")" > cmake.txt 2>&1 || fail "$(cat cmake.txt)"
   cmake --build bin --parallel > build.txt 2>&1 || fail "$(cat build.txt)"
   if [ -z "$libraries" ]; then
     libraries=$(dirname "$(find bin -name libqpsreader.so)")
