@@ -6,6 +6,7 @@
 #ifndef QPSREADER_RENDER_DIGITS_H
 #define QPSREADER_RENDER_DIGITS_H
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -16,8 +17,10 @@ namespace qps {
 
 // What writeDigits may touch from `out` on; the digits themselves are at most 20.
 inline constexpr size_t kDigitsRoom = 24;
+inline constexpr size_t kGroupedDigitsRoom = 32;
 
 inline constexpr uint64_t kHundredMillion = 100'000'000;
+inline constexpr uint64_t kEightZeros = 0x3030'3030'3030'3030;  // "00000000"
 
 // "00" to "99".
 inline constexpr std::array<char, 200> kDigitPairs = [] {
@@ -49,7 +52,7 @@ constexpr uint64_t eightDigits(uint32_t value) {
 
 // Stores eight digits as eightDigits gives them; `out` has room for eight bytes.
 inline void storeDigits(char* out, uint64_t digits) {
-  uint64_t text = digits + 0x3030'3030'3030'3030;
+  uint64_t text = digits + kEightZeros;
   if constexpr (std::endian::native == std::endian::big) {
     for (size_t i = 0; i < 8; ++i, text >>= 8)
       out[i] = static_cast<char>(text & 0xFF);
@@ -58,13 +61,24 @@ inline void storeDigits(char* out, uint64_t digits) {
   }
 }
 
-// `value` below 10^8 with as many digits as it has ("0" for 0). Writes eight bytes.
-inline char* writeUpToEightDigits(char* out, uint32_t value) {
+// How many of eight characters are the "0" that ends them.
+inline size_t endingZeros(const char* eight) {
+  uint64_t text;
+  std::memcpy(&text, eight, 8);
+  text ^= kEightZeros;
+  const bool lastIsLow = std::endian::native == std::endian::big;
+  return static_cast<size_t>(lastIsLow ? std::countr_zero(text) : std::countl_zero(text)) / 8;
+}
+
+// `value` below 10^8 with as many digits as it has, and at least `minDigits` (0 to 8; 0 is as 1).
+// Writes eight bytes.
+inline char* writeUpToEightDigits(char* out, uint32_t value, int minDigits = 1) {
   const uint64_t digits = eightDigits(value);
   // The last digit always shows: the bit set there keeps the count of leading zeros at most seven.
-  const int leadingZeros = std::countr_zero(digits | uint64_t{1} << 56) / 8;
-  storeDigits(out, digits >> (leadingZeros * 8));
-  return out + (8 - leadingZeros);
+  const int zeros = std::countr_zero(digits | uint64_t{1} << 56) / 8;
+  const int dropped = std::min(zeros, 8 - minDigits);
+  storeDigits(out, digits >> (dropped * 8));
+  return out + (8 - dropped);
 }
 
 // The last `count` (1 to 8) of the eight digits of `value` below 10^8. Writes eight bytes.
@@ -86,15 +100,40 @@ inline char* writeDigits(char* out, uint64_t value) {
   return writeLastDigits(out, static_cast<uint32_t>(value % kHundredMillion), 8);
 }
 
-// Copies `count` (1 or more) digits with "," before each group of three that has digits before it.
-inline char* copyGrouped(char* out, const char* digits, size_t count) {
-  const char* const end = digits + count;
-  for (size_t group = (count - 1) % 3 + 1; group != 0; --group)
-    *out++ = *digits++;
-  for (; digits != end; digits += 3, out += 4) {
-    *out = ',';
-    std::memcpy(out + 1, digits, 3);
-  }
+// The six digits of `value` below 10^6 as eight numbers, one a byte from the lowest: a place for a
+// separator (0), three digits, and the same again. floor(x / 100) = x * 41 >> 12 for x < 1000.
+constexpr uint64_t sixDigits(uint32_t value) {
+  const uint64_t threes = value / 1'000 | uint64_t{value % 1'000} << 32;
+  const uint64_t hundreds = (threes * 41 >> 12) & 0x0000000F'0000000F;
+  const uint64_t twos = threes - hundreds * 100;
+  const uint64_t tens = (twos * 103 >> 10) & 0x0000000F'0000000F;
+  return hundreds << 8 | tens << 16 | (twos - tens * 10) << 24;
+}
+
+// ",123,456": all of what sixDigits gives.
+inline char* writeSixGroupedDigits(char* out, uint32_t value) {
+  storeDigits(out, sixDigits(value) - 0x0000'0004'0000'0004);
+  return out + 8;
+}
+
+// `value` below 10^6 from its first digit on: "123,456", "7".
+inline char* writeUpToSixGroupedDigits(char* out, uint32_t value) {
+  const uint64_t digits = sixDigits(value);
+  const int dropped = std::countr_zero(digits | uint64_t{1} << 56) / 8;
+  storeDigits(out, (digits - 0x0000'0004'0000'0004) >> (dropped * 8));
+  return out + (8 - dropped);
+}
+
+// `value` with "," between each three digits. May write kGroupedDigitsRoom bytes.
+inline char* writeGroupedDigits(char* out, uint64_t value) {
+  constexpr uint64_t kMillion = 1'000'000;
+  uint32_t sixes[3];
+  int count = 0;
+  for (; value >= kMillion; value /= kMillion)
+    sixes[count++] = static_cast<uint32_t>(value % kMillion);
+  out = writeUpToSixGroupedDigits(out, static_cast<uint32_t>(value));
+  while (count != 0)
+    out = writeSixGroupedDigits(out, sixes[--count]);
   return out;
 }
 

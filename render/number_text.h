@@ -16,7 +16,9 @@ namespace qps {
 void qpsInsertThousands(TextBuffer& text, std::string_view number);
 
 // Appends "%.*f" of a finite value that is not below 0, with separators as qpsInsertThousands.
-void appendGrouped(TextBuffer& text, double value, int decimals);
+inline void appendGrouped(TextBuffer& text, double value, int decimals) {
+  text.appendFixed(value, decimals, Separators::kThousands);
+}
 
 // Appends "%.*f" of a finite value without the zeros that end it, and without the point if nothing
 // is left behind it: with precision 8, 2.5 gives 2.5, 3 gives 3 and -1e-9 gives -0. Under precision

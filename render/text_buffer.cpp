@@ -3,8 +3,7 @@
 
 #include <charconv>
 
-#include "render/digits.h"
-#include "render/fixed_point.h"
+#include "render/number_text.h"
 
 namespace qps {
 namespace {
@@ -14,27 +13,39 @@ constexpr size_t kScientificTextRoom = 2 + 1 + kMostDecimals + 5;
 
 }  // namespace
 
-void TextBuffer::appendInteger(int32_t value, int minDigits) {
-  char digits[kDigitsRoom];
+void TextBuffer::appendAnyInteger(int32_t value, int minDigits) {
+  if (value < 0) append('-');
   const uint32_t magnitude =
       value < 0 ? 0U - static_cast<uint32_t>(value) : static_cast<uint32_t>(value);
-  const auto count = static_cast<int>(writeDigits(digits, magnitude) - digits);
-  if (value < 0) append('-');
-  for (int i = count; i < minDigits; ++i)
-    append('0');
-  append(std::string_view(digits, static_cast<size_t>(count)));
+  char spare[kDigitsRoom];
+  const bool fits = room() >= kDigitsRoom;
+  char* out = fits ? end_ : spare;
+  char* end = magnitude < kHundredMillion ? writeUpToEightDigits(out, magnitude, minDigits)
+                                          : writeDigits(out, magnitude);
+  if (fits) {
+    end_ = end;
+    *end_ = '\0';
+  } else {
+    append(std::string_view(spare, static_cast<size_t>(end - spare)));
+  }
 }
 
-void TextBuffer::appendFixed(double value, int decimals) {
+void TextBuffer::appendFixed(double value, int decimals, Separators separators) {
   if (room() >= kExactFixedRoom) {
-    if (char* end = writeExactFixed(end_, value, decimals, Separators::kNone)) {
+    if (char* end = writeExactFixed(end_, value, decimals, separators)) {
       end_ = end;
       *end_ = '\0';
       return;
     }
   }
   char text[kFixedTextRoom];
-  append(std::string_view(text, static_cast<size_t>(writeFixed(text, value, decimals) - text)));
+  const char* end = writeFixed(text, value, decimals);
+  const std::string_view number(text, static_cast<size_t>(end - text));
+  if (separators == Separators::kThousands) {
+    qpsInsertThousands(*this, number);
+  } else {
+    append(number);
+  }
 }
 
 void TextBuffer::appendScientific(double value, int decimals) {

@@ -10,9 +10,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <span>
 #include <string_view>
+
+#include "render/digits.h"
+#include "render/fixed_point.h"
 
 namespace qps {
 
@@ -38,18 +40,29 @@ class TextBuffer {
   }
 
   void append(std::string_view text) {
-    const size_t kept = std::min(text.size(), room());
-    truncated_ |= kept < text.size();
-    std::memcpy(end_, text.data(), kept);
-    end_ += kept;
+    if (text.size() <= room()) {
+      end_ += text.copy(end_, text.size());
+    } else {
+      end_ += text.copy(end_, room());
+      truncated_ = true;
+    }
     *end_ = '\0';
   }
 
-  // As "%.*d" prints, but a 0 under `minDigits` 0 or 1 is "0".
-  void appendInteger(int32_t value, int minDigits = 1);
+  // As "%.*d" prints with `minDigits` of 0 to 8, but a 0 under 0 is "0".
+  void appendInteger(int32_t value, int minDigits = 1) {
+    constexpr uint32_t kHundred = 100;
+    if (minDigits == 2 && static_cast<uint32_t>(value) < kHundred && room() >= 2) {
+      end_ = writeTwoDigits(end_, static_cast<uint32_t>(value));
+      *end_ = '\0';
+      return;
+    }
+    appendAnyInteger(value, minDigits);
+  }
 
   // As "%.*f" prints a finite value, digit for digit; decimals are 0 to 511 (kMostDecimals).
-  void appendFixed(double value, int decimals);
+  // Separators are for values that are not below 0: 1,234,567.89.
+  void appendFixed(double value, int decimals, Separators separators = Separators::kNone);
 
   // As "%.*E" prints a finite value: 1.23E+05.
   void appendScientific(double value, int decimals);
@@ -75,6 +88,7 @@ class TextBuffer {
   bool truncated() const { return truncated_; }
 
  private:
+  void appendAnyInteger(int32_t value, int minDigits);
   size_t room() const { return static_cast<size_t>(last_ - end_); }
 
   char* begin_;

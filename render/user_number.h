@@ -20,6 +20,7 @@
 #define QPSREADER_RENDER_USER_NUMBER_H
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string_view>
 
@@ -43,6 +44,12 @@ struct NumberSection {
   int16_t exponentPrecision = 0;
   bool grouping = false;
   Form form = Form::kNone;
+
+  // Most sections are a number between two texts, such as '$'9,999.00' net': for magnitudes from
+  // `plainFrom` on (infinity: for none) the result is just that.
+  double plainFrom = std::numeric_limits<double>::infinity();
+  std::string_view prefix;
+  std::string_view suffix;
 };
 
 NumberSection parseNumberSection(std::string_view text);

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#include "render/number_text.h"
+
+#include <cstddef>
+#include <cstring>
+
+#include "reader/qps_reader.h"
+#include "render/digits.h"
+
+namespace qps {
+
+void qpsInsertThousands(TextBuffer& text, std::string_view number) {
+  const size_t whole = std::min(number.find('.'), number.size());
+  if (whole == 0) {
+    text.append(number);
+    return;
+  }
+  // One group at a time, so that a number of any length is cut where the text is full.
+  const size_t first = (whole - 1) % 3 + 1;
+  text.append(number.substr(0, first));
+  for (size_t at = first; at < whole; at += 3) {
+    text.append(',');
+    text.append(number.substr(at, 3));
+  }
+  text.append(number.substr(whole));
+}
+
+void qpsFormatTrimmed(TextBuffer& text, double value, int precision) {
+  const size_t start = text.size();
+  text.appendFixed(value, precision);
+  const std::string_view printed = text.view();
+  size_t end = printed.size();
+  if (end > start + 8) end -= endingZeros(&printed[end - 8]);
+  while (end > start + 1 && printed[end - 1] == '0')
+    --end;
+  if (end > start && printed[end - 1] == '.') --end;
+  text.truncateTo(end);
+}
+
+void appendScientificFallback(TextBuffer& text, double value) {
+  char area[16];  // -1.23E+008 and its terminator
+  TextBuffer(area).appendScientific(value, 2);
+  qps2to3E(area);
+  text.append(std::string_view(area));
+}
+
+}  // namespace qps
+
+void qps2to3E(char* text) {
+  constexpr size_t kMostChars = 273;
+  const size_t length = std::strlen(text);
+  const char* e = std::strchr(text, 'E');
+  // The exponent's two digits stand two characters behind the E, at the end.
+  if (length > kMostChars || e == nullptr || text + length - e != 4) return;
+  char* digits = text + length - 2;
+  std::memmove(digits + 1, digits, 3);
+  *digits = '0';
+}

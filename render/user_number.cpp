@@ -1,0 +1,284 @@
+// SPDX-License-Identifier: MIT
+#include "render/user_number.h"
+
+#include <cmath>
+#include <cstddef>
+
+#include "render/literal.h"
+#include "render/number_text.h"
+#include "render/text_buffer.h"
+
+namespace qps {
+namespace {
+
+constexpr size_t kAreaBytes = kMostUserNumberChars + 1;
+
+char userNumberBuffer[kAreaBytes];
+
+// One walk over a section with placeholders, writing a number's digits where they stand.
+//
+// The number is printed with as many decimals as there are placeholders behind the point. Zeros
+// fill it up before the point when the section has more placeholders there than the number has
+// digits; when it has fewer, the first of them takes all the digits that have none of their own.
+class DigitWalk {
+ public:
+  DigitWalk(const NumberSection& section, std::string_view number, TextBuffer& out)
+      : out_(out), number_(number), grouping_(section.grouping), signChars_(out.size()) {
+    wholeLeft_ = static_cast<int>(std::min(number.find('.'), number.size()));
+    excess_ = std::max(wholeLeft_ - section.integerPlaceholders, 0);
+    zerosLeft_ = std::max(section.integerPlaceholders - wholeLeft_, 0);
+    wholeIsPlaced_ = section.integerPlaceholders != 0;
+  }
+
+  void run(std::string_view rest) {
+    while (!rest.empty()) {
+      const char character = rest.front();
+      rest.remove_prefix(1);
+      switch (character) {
+        case '0':
+        case '9':
+          placeDigit(character);
+          break;
+        case '.':
+          placePoint();
+          break;
+        case kQuote:
+          out_.append(takeLiteral(rest));
+          break;
+        case '+':
+        case '-':
+        case ';':
+          break;
+        default:
+          // The sign is no text for a separator to stand behind: N9,999 shows -5, not -,5.
+          if (out_.size() > signChars_) out_.append(character);
+      }
+    }
+  }
+
+ private:
+  void placeDigit(char placeholder) {
+    writeExcess();
+    const bool isZero = zerosLeft_ > 0 || (!number_.empty() && number_.front() == '0');
+    if (!pastPoint_ && placeholder == '9' && isZero && !digitWritten_) {
+      takeDigit();
+    } else {
+      writeDigit();
+    }
+  }
+
+  // The digits that have no placeholder. The section's own "," stands before its last three
+  // placeholders, so no separator is written there.
+  void writeExcess() {
+    for (; excess_ > 0; --excess_) {
+      writeDigit();
+      --wholeLeft_;
+      if (grouping_ && wholeLeft_ > 3 && wholeLeft_ % 3 == 0) out_.append(',');
+    }
+  }
+
+  void placePoint() {
+    if (!pastPoint_ && !wholeIsPlaced_) writeUnplacedWhole();
+    pastPoint_ = true;
+    if (!number_.empty()) number_.remove_prefix(1);
+    out_.append('.');
+  }
+
+  // A section without placeholders before its point shows the whole part there, unless it is 0.
+  void writeUnplacedWhole() {
+    const std::string_view whole = number_.substr(0, static_cast<size_t>(wholeLeft_));
+    number_.remove_prefix(whole.size());
+    excess_ = 0;
+    if (whole == "0") return;
+    if (grouping_) {
+      qpsInsertThousands(out_, whole);
+    } else {
+      out_.append(whole);
+    }
+    digitWritten_ = true;
+  }
+
+  // A digit that the number does not have (a section with two points asks for one) is not written.
+  void writeDigit() {
+    if (zerosLeft_ == 0 && number_.empty()) return;
+    out_.append(takeDigit());
+    digitWritten_ = true;
+  }
+
+  char takeDigit() {
+    if (zerosLeft_ > 0) {
+      --zerosLeft_;
+      return '0';
+    }
+    const char digit = number_.front();
+    number_.remove_prefix(1);
+    return digit;
+  }
+
+  TextBuffer& out_;
+  std::string_view number_;  // what is left of its text
+  int zerosLeft_ = 0;        // zeros still to come before it
+  int excess_ = 0;           // digits before the point that have no placeholder
+  int wholeLeft_ = 0;        // digits before the point, with the excess
+  bool wholeIsPlaced_ = false;
+  bool grouping_;
+  bool pastPoint_ = false;
+  bool digitWritten_ = false;
+  size_t signChars_;
+};
+
+void renderDigits(const NumberSection& section, bool minus, double magnitude, TextBuffer& out) {
+  if (minus) out.append('-');
+  if (magnitude >= section.plainFrom) {
+    out.append(section.prefix);
+    out.appendFixed(magnitude, section.fractionPlaceholders,
+                    section.grouping ? Separators::kThousands : Separators::kNone);
+    out.append(section.suffix);
+    return;
+  }
+  char area[kAreaBytes];
+  TextBuffer number(area);
+  number.appendFixed(magnitude, section.fractionPlaceholders);
+  DigitWalk(section, number.view(), out).run(section.text);
+}
+
+void renderPercent(const NumberSection& section, double value, TextBuffer& out) {
+  const double percent = value * 100.0;
+  if (!std::isfinite(percent)) {
+    appendScientificFallback(out, value);
+    return;
+  }
+  out.appendFixed(percent, section.fractionPlaceholders);
+  out.append('%');
+}
+
+// Whether the placeholders before the point stand as a grouped number does (9,999 or 99,999,990),
+// or, without grouping, one by one.
+bool isPlainWhole(std::string_view whole, bool grouping) {
+  constexpr size_t kGroupChars = 4;
+  if (!grouping) return whole.find(',') == std::string_view::npos;
+  if (whole.size() <= kGroupChars || whole.front() == ',') return false;
+  for (size_t i = 0; i < whole.size(); ++i) {
+    const bool separated = (whole.size() - i) % kGroupChars == 0;
+    if (separated != (whole[i] == ',')) return false;
+  }
+  return true;
+}
+
+// Fills in the plain form of a section that has one, and leaves all others to the walk. From the
+// magnitude on that has a digit for every placeholder that must show one, the walk writes the
+// digits one after the other.
+void findPlainForm(NumberSection& section) {
+  std::string_view rest = section.text;
+  // What stands before the first literal or digit is dropped.
+  rest.remove_prefix(std::min(rest.find_first_of("'09,."), rest.size()));
+  std::string_view prefix;
+  if (rest.starts_with(kQuote)) {
+    rest.remove_prefix(1);
+    prefix = takeLiteral(rest);
+  }
+  const std::string_view core = rest.substr(0, rest.find_first_not_of("09,."));
+  rest.remove_prefix(core.size());
+  std::string_view suffix = rest;
+  if (rest.starts_with(kQuote)) {
+    rest.remove_prefix(1);
+    suffix = takeLiteral(rest);
+    if (!rest.empty()) return;
+  }
+  if (rest.find_first_of("09.+-;'") != std::string_view::npos) return;
+
+  const std::string_view whole = core.substr(0, core.find('.'));
+  const std::string_view fraction = core.substr(std::min(whole.size() + 1, core.size()));
+  if (whole.empty() || fraction.find_first_not_of("09") != std::string_view::npos) return;
+  if (fraction.empty() != (whole.size() == core.size())) return;  // a point with nothing behind it
+  if (!isPlainWhole(whole, section.grouping)) return;
+
+  // The digits that show for small numbers too: those from the first "0" on. Behind a prefix all of
+  // the separators show.
+  size_t digits = 0;
+  const size_t firstZero = std::min(whole.find('0'), whole.size());
+  for (const char character : whole.substr(firstZero))
+    digits += character == ',' ? 0 : 1;
+  const bool showsZero = digits != 0;
+  if (section.grouping && !prefix.empty()) {
+    digits = static_cast<size_t>(section.integerPlaceholders);
+  }
+  constexpr size_t kMostDigits = 16;
+  if (digits > kMostDigits) return;
+  double least = showsZero && digits == 1 ? 0.0 : 1.0;
+  for (; digits > 1; --digits)
+    least *= 10.0;
+
+  section.plainFrom = least;
+  section.prefix = prefix;
+  section.suffix = suffix;
+}
+
+}  // namespace
+
+NumberSection parseNumberSection(std::string_view text) {
+  using Form = NumberSection::Form;
+  NumberSection section;
+  if (text.empty() || text.front() != 'N') return section;
+  section.text = text.substr(1, kMostUserNumberChars - 1);
+  section.form = Form::kDigits;
+
+  std::string_view rest = section.text;
+  size_t sincePoint = 0;  // the size of `rest` behind the first point
+  bool pastPoint = false;
+  while (!rest.empty()) {
+    const char character = rest.front();
+    rest.remove_prefix(1);
+    switch (character) {
+      case kQuote:
+        takeLiteral(rest);
+        break;
+      case '0':
+      case '9':
+        ++(pastPoint ? section.fractionPlaceholders : section.integerPlaceholders);
+        break;
+      case ',':
+        section.grouping |= !pastPoint;
+        break;
+      case '.':
+        if (!pastPoint) sincePoint = rest.size();
+        pastPoint = true;
+        break;
+      case '%':
+        if (section.form == Form::kDigits) section.form = Form::kPercent;
+        break;
+      case 'E':
+        if (section.form == Form::kDigits) section.form = Form::kScientific;
+        if (pastPoint)
+          section.exponentPrecision = static_cast<int16_t>(sincePoint - rest.size() - 1);
+        break;
+      default:
+        break;
+    }
+  }
+  if (section.form == Form::kDigits) findPlainForm(section);
+  return section;
+}
+
+std::optional<std::string_view> qpsFormatUserNumber(const NumberSection& section,
+                                                    uint32_t formatSection, double magnitude,
+                                                    bool nonNegative) {
+  using Form = NumberSection::Form;
+  constexpr uint32_t kNegativeSection = 2;
+  constexpr int kDefaultPrecision = 2;
+  if (section.form == Form::kNone) return std::nullopt;
+
+  TextBuffer out(userNumberBuffer);
+  const double value = nonNegative ? magnitude : -magnitude;
+  if (section.form == Form::kPercent) {
+    renderPercent(section, value, out);
+  } else if (section.form == Form::kScientific) {
+    const int precision = section.exponentPrecision;
+    out.appendScientific(value, precision == 0 ? kDefaultPrecision : precision);
+  } else {
+    renderDigits(section, !nonNegative && formatSection < kNegativeSection, magnitude, out);
+  }
+  return out.view();
+}
+
+}  // namespace qps
