@@ -91,7 +91,7 @@ struct SSStream {
   void* reserved0[8];
 
   /* slot 8: makes the stream ready for reading from its first byte. Nonzero when it is; 0 refuses
-   * the file, and nothing else is then called. */
+   * the file, and close is then the only call that follows. */
   int32_t (*open)(SSStream* stream);
 
   /* slot 9: reads up to `count` bytes to `buffer` from the current position and moves past them.

@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: MIT
+//
+// QPSSheet, the context of one open worksheet, and every node it owns: the whole data model.
+//
+// The opening pass (scan/, styles/) fills it, the items (items/) come out of it, close_sheet
+// releases it. All blocks are the host pool's. Lists are singly linked, newest node first; where a
+// cell or a record looks something up by number, an index beside the list finds the node that a
+// walk from the front would find first. A list and its index change together, in the one function
+// that pushes.
+#ifndef QPSREADER_READER_QPS_SHEET_H
+#define QPSREADER_READER_QPS_SHEET_H
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "reader/container.h"
+#include "reader/host_tables.h"
+#include "reader/qps_reader.h"
+#include "reader/record_stream.h"
+
+namespace qps {
+
+inline constexpr std::size_t kColumns = 256;
+inline constexpr std::size_t kRows = 65536;
+inline constexpr std::uint32_t kNotSet = 0xFFFFFFFF;  // no width, no colour
+inline constexpr std::uint32_t kNoColour = 0xFFFFFFFF;
+inline constexpr std::size_t kBorderSlots = 4;
+
+// Record 207.
+struct QPSFont {
+  static constexpr std::size_t kNameCharacters = 32;
+
+  QPSFont* next;
+  std::uint8_t number;  // 1, 2, 3... in file order, wrapping after 255
+  std::uint8_t size;    // points; the low byte of the record's value
+  std::uint8_t attrBit0;
+  std::uint8_t attrBit1;
+  std::uint8_t attrBit2;
+  std::uint8_t attrBit5;
+  char name[kNameCharacters + 1];
+};
+
+// Record 208.
+struct QPSNamedStyle {
+  QPSNamedStyle* next;
+  std::uint16_t id;           // what a style's `namedStyle` refers to
+  std::uint16_t styleNumber;  // the style that the name stands for
+  char* name;                 // own block; null when it could not be allocated
+};
+
+struct UserFormatPlan;  // format/user_format_plan.h: what the text says, parsed
+
+// Record 230.
+struct QPSUserFormat {
+  QPSUserFormat* next;
+  std::uint16_t code;  // the record's number + 112
+  char* text;          // own block; null when it could not be allocated
+  std::size_t textBytes;
+  UserFormatPlan* plan;  // own block; null until a cell shows the format
+};
+
+// What a style means for a cell, worked out when the first cell uses it: the style over its base
+// style, with the fonts, formats and names that it refers to found.
+struct QPSAppearance {
+  std::uint8_t formatCode;
+  std::uint8_t decimals;
+  std::uint8_t textAlignment;     // of label and blank cells
+  std::uint8_t numericAlignment;  // of numbers and formulas
+  std::uint32_t present;          // 0 only where no style applies
+  std::uint32_t fillColour;
+  std::uint32_t textColour;
+  std::uint32_t bordered;
+  const struct QPSStyle* borders;  // whose border slots are written, or null
+  const QPSFont* font;             // or null
+  QPSUserFormat* userFormat;       // whose text renders the cell, or null
+  bool isDate;                     // the style's name is "Date"
+};
+
+// Record 206.
+struct QPSStyle {
+  QPSStyle* next;
+  std::uint16_t number;  // 1, 2, 3... in file order
+  std::uint8_t formatCode;
+  std::uint8_t decimals;
+  std::uint8_t horizontal;  // 0 (by the kind of cell), 0x04, 0x08, 0x0C or 0x40
+  std::uint8_t vertical;    // 1, 2 or 3
+  std::uint8_t textFlag;    // 0x20 or 0x80
+  std::uint8_t blend;       // 0 to 7
+  std::uint8_t font;        // a QPSFont's number
+  std::uint8_t namedStyle;  // a QPSNamedStyle's id
+  std::uint8_t borderStyle[kBorderSlots];
+  std::uint32_t colour1;
+  std::uint32_t colour2;
+  std::uint32_t textColour;
+  std::uint32_t borderColour[kBorderSlots];
+  QPSAppearance* appearance;  // own block; null until a cell uses the style
+};
+
+// 256 styles of the index by number, of which the high byte chooses the page.
+struct QPSStylePage {
+  QPSStyle* styles[256];
+};
+
+// Records 214, 220 and 261: either a range of rows with one height, or a set of rows that a record
+// 220 hid in the older nodes behind it (scan/row_heights.h).
+struct QPSRowHeight {
+  QPSRowHeight* next;
+  std::uint32_t firstRow;  // from 1
+  std::uint32_t lastRow;
+  std::uint16_t height;       // 0 is hidden
+  std::uint16_t hiddenBytes;  // 0 for a range; else the bytes of the bitmap behind this node
+};
+
+// One bit a row, row 1 first: bit k of byte i is row 8 x i + k + 1, as in record 220.
+using RowBitmap = std::uint8_t[kRows / 8];
+
+enum ItemState : std::uint32_t {
+  kItemStateStart = 0,
+  kItemStateWidths = 1,
+  kItemStateRecords = 3,
+  kItemStateEnd = 4,
+};
+
+// The kinds of cell that the default alignment tells apart.
+enum CellKind : std::uint32_t { kTextCell = 1, kNumericCell = 2 };
+
+}  // namespace qps
+
+struct QPSSheet {
+  void* hostData;
+  QPSReader* reader;
+  void* itemAllocContext;
+  SSItemAlloc itemAlloc;
+  SSHostServices* services;
+
+  qps::Container container;
+  qps::RecordStream records;  // its stream is null while none is open
+  std::uint32_t
+      sheetStart;  // where the worksheet's records begin, in bytes from the stream's start
+
+  // Items
+  std::uint32_t itemState;
+  std::uint32_t nextWidthColumn;  // first column of the next run of widths, from 1; 0 for none
+  std::uint32_t lastCellKind;
+
+  // Notebook definitions
+  std::uint16_t formatVersion;
+  bool fileHeaderSeen;
+  std::uint32_t settingsActive;
+  std::uint32_t record257Flag;
+  std::uint32_t record258Flag;
+  char* record38Text;
+  char* record37Text;
+  qps::QPSFont* fontList;
+  qps::QPSNamedStyle* namedStyleList;
+  qps::QPSUserFormat* formatList;
+  qps::QPSStyle* styleList;
+
+  // The worksheet's layout
+  std::uint16_t rowCount;
+  std::uint16_t columnCount;
+  std::uint16_t defaultColumnWidth;
+  std::uint16_t defaultRowHeight;
+  std::uint32_t columnWidths[qps::kColumns];   // kNotSet until the first item
+  std::uint32_t columnColours[qps::kColumns];  // kNoColour for none
+  qps::QPSRowHeight* rowHeightList;
+
+  // The current cell's style. `unstyled` is what cells show in a notebook without styles, or in one
+  // whose styles lack the cell's number; `scratchAppearance` serves when the pool has no room.
+  std::uint16_t currentStyle;
+  const qps::QPSAppearance* appearance;
+  qps::QPSAppearance unstyled;
+  qps::QPSAppearance scratchAppearance;
+
+  // Indexes beside the lists
+  qps::QPSFont* fontByNumber[256];
+  qps::QPSNamedStyle* namedStyleById[256];  // a style's reference has one byte
+  qps::QPSUserFormat* formatByCode[256];    // so has a format code
+  qps::QPSStylePage* stylePageByNumber[256];
+  qps::RowBitmap rowListed;  // rows that rowHeightList holds
+  qps::RowBitmap rowHidden;  // rows to hide in the nodes not yet delivered
+};
+
+namespace qps {
+
+// What the sheet information says of every worksheet, whatever the file.
+inline constexpr std::uint32_t kFixedInfo[5] = {576, 576, 480, 480, 0};
+
+// Releases everything that the sheet holds and the sheet itself; closes what is open.
+void closeSheet(QPSSheet* sheet);
+
+// A copy of `text` for the host, from the sheet's itemAlloc, zero-terminated; null when there is no
+// block. It is the host's at once.
+[[nodiscard]] char* qpsStrDup(const QPSSheet& sheet, std::string_view text);
+
+}  // namespace qps
+
+#endif  // QPSREADER_READER_QPS_SHEET_H

@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: MIT
+//
+// qpsWorkSheetInfo: lists a notebook's worksheets in one pass over the file's record headers. The
+// bodies that it reads are those of
+//
+//   202  a worksheet begins: 0 its number, which gives its default name (A to Z, AA to IV)
+//   204  its name: a zero-terminated text
+//
+// and a worksheet is listed when its record 150 comes.
+#include "sheetinfo/worksheet_list.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+#include "reader/container.h"
+#include "reader/pool.h"
+#include "reader/qps_reader.h"
+#include "reader/record_stream.h"
+
+namespace qps {
+
+namespace {
+
+constexpr std::uint32_t kTypeFlags = 0x4000;
+constexpr std::uint32_t kSpareWord = 0xFFFFFFFF;
+constexpr unsigned kLetters = 26;
+
+// A name in a body of this length or more is shown by its last bytes behind a mark.
+constexpr std::size_t kLongNameBytes = SSWorkSheetNameBytes;
+constexpr std::size_t kLongNameTailBytes = 58;
+constexpr std::string_view kLongNameMark = " ... ";
+
+class DisplayName {
+ public:
+  std::string_view view() const { return {characters_.data(), size_}; }
+
+  void append(std::string_view text) {
+    const std::size_t count = std::min(text.size(), characters_.size() - size_);
+    std::copy_n(text.begin(), count, characters_.begin() + static_cast<std::ptrdiff_t>(size_));
+    size_ += count;
+  }
+
+ private:
+  std::array<char, SSWorkSheetNameBytes - 1> characters_{};
+  std::size_t size_ = 0;
+};
+
+// 0 is A, 25 is Z, 26 is AA, 255 is IV.
+DisplayName defaultName(unsigned number) {
+  DisplayName name;
+  const auto appendLetter = [&](unsigned letter) {
+    const char character = static_cast<char>('A' + letter);
+    name.append({&character, 1});
+  };
+  if (number >= kLetters) appendLetter(number / kLetters - 1);
+  appendLetter(number % kLetters);
+  return name;
+}
+
+DisplayName nameFromBody(const BodyView& body) {
+  DisplayName name;
+  if (body.size() < kLongNameBytes) {
+    name.append(body.textAt(0));
+  } else {
+    name.append(kLongNameMark);
+    name.append(body.textAt(body.size() - kLongNameTailBytes));
+  }
+  return name;
+}
+
+// The host's stream while it is open, or the notebook's stream in a compound document: closed and
+// given back when the scan is over, however it ends.
+class OpenFile {
+ public:
+  OpenFile(SSStream* stream, SSHostServices* services) : services_(services) {
+    records_.stream = stream;
+  }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+  ~OpenFile() {
+    if (SSStream* stream = records_.stream; stream != nullptr && container_.containerKind == 0) {
+      stream->close(stream);
+    }
+    closeContainer(container_, services_);
+  }
+
+  RecordStream& records() { return records_; }
+
+  // Reads the header of the first record, which must be a file header.
+  [[nodiscard]] bool readFirstHeader() {
+    SSStream* file = records_.stream;
+    if (file->open(file) == 0) return false;
+    if (file->read(file, records_.recordBuffer, kRecordHeaderBytes) != kRecordHeaderBytes) {
+      return false;
+    }
+    if (isCompoundDocument(records_.recordBuffer)) {
+      records_.stream = openContainer(container_, services_, file);
+      if (records_.stream == nullptr) return false;
+      std::memset(records_.recordBuffer, 0, kRecordHeaderBytes);
+      records_.stream->read(records_.stream, records_.recordBuffer, kRecordHeaderBytes);
+    }
+    records_.decodeHeader();
+    return records_.type() == RecordType::kFileHeader;
+  }
+
+ private:
+  SSHostServices* services_;
+  Container container_{};
+  RecordStream records_{};
+};
+
+// The growing table of entries, in the result record. Its capacity doubles, so that a file of many
+// worksheets is listed in linear time.
+class EntryTable {
+ public:
+  EntryTable(SSWorkSheetList& result, SSHostServices* services)
+      : result_(result), services_(services) {}
+
+  // A worksheet that is counted without an entry leaves one of zero bytes when another follows it.
+  void count() { ++counted_; }
+
+  // Counts a worksheet and describes it. False when the pool has no room; the table is then gone.
+  [[nodiscard]] bool add(const DisplayName& name, std::uint32_t startOffset) {
+    count();
+    if (!reserve()) {
+      poolFree(services_, result_.entries);
+      result_.entries = nullptr;
+      result_.count = 0;
+      return false;
+    }
+    std::memset(result_.entries + result_.count, 0,
+                (counted_ - result_.count) * sizeof(SSWorkSheetEntry));
+    SSWorkSheetEntry& entry = result_.entries[counted_ - 1];
+    const std::string_view text = name.view();
+    std::copy(text.begin(), text.end(), entry.name);
+    entry.typeFlags = kTypeFlags;
+    entry.startOffset = startOffset;
+    entry.spareWord = kSpareWord;
+    result_.count = counted_;
+    return true;
+  }
+
+ private:
+  [[nodiscard]] bool reserve() {
+    if (counted_ <= capacity_) return true;
+    const std::size_t capacity = std::max<std::size_t>(counted_, std::size_t{2} * capacity_);
+    if (capacity > SIZE_MAX / sizeof(SSWorkSheetEntry)) return false;
+    SSMemoryPool& pool = services_->pool;
+    void* table = result_.entries == nullptr
+                      ? pool.calloc(&pool, capacity, sizeof(SSWorkSheetEntry))
+                      : pool.realloc(&pool, result_.entries, capacity * sizeof(SSWorkSheetEntry));
+    if (table == nullptr) return false;
+    result_.entries = static_cast<SSWorkSheetEntry*>(table);
+    capacity_ = static_cast<std::uint32_t>(capacity);
+    return true;
+  }
+
+  SSWorkSheetList& result_;
+  SSHostServices* services_;
+  std::uint32_t counted_ = 0;
+  std::uint32_t capacity_ = 0;
+};
+
+// Passes over the current record and reads the next header. False at the end of the file, or where
+// the file ends early.
+[[nodiscard]] bool nextRecord(RecordStream& records) {
+  return records.skipBody() && records.readHeader() && records.type() != RecordType::kEndOfFile;
+}
+
+// Reads the body; the current record then has nothing left to pass over.
+[[nodiscard]] bool takeBody(RecordStream& records) {
+  if (!records.readBody()) return false;
+  records.recordLength = 0;
+  return true;
+}
+
+enum class SheetScan { kNext, kStop };
+
+// One worksheet, whose record 202 is current: up to the record that lists it or ends it.
+SheetScan scanWorksheet(RecordStream& records, EntryTable& table) {
+  SSStream* stream = records.stream;
+  const auto startOffset =
+      static_cast<std::uint32_t>(stream->tell(stream) - std::ptrdiff_t{kRecordHeaderBytes});
+  if (!takeBody(records)) return SheetScan::kStop;
+  DisplayName name = defaultName(records.body().u8At(0));
+
+  while (nextRecord(records)) {
+    switch (records.type()) {
+      case RecordType::kSheetStart:
+        // Another worksheet begins: back to its header, which the search then meets.
+        if (stream->seek(stream, -std::ptrdiff_t{kRecordHeaderBytes}, SSSeekFromCurrent) == 0) {
+          return SheetScan::kStop;
+        }
+        records.recordLength = 0;
+        return SheetScan::kNext;
+      case RecordType::kSheetEnd:
+        return SheetScan::kNext;
+      case RecordType::kSheetName:
+        if (!takeBody(records)) return SheetScan::kStop;
+        name = nameFromBody(records.body());
+        break;
+      case RecordType::kDimensionTable:
+        if (records.recordLength == 0) {
+          table.count();
+          return SheetScan::kNext;
+        }
+        return table.add(name, startOffset) ? SheetScan::kNext : SheetScan::kStop;
+      default:
+        break;
+    }
+  }
+  return SheetScan::kStop;
+}
+
+void scanFile(RecordStream& records, EntryTable& table) {
+  while (nextRecord(records)) {
+    if (records.type() != RecordType::kSheetStart) continue;
+    if (scanWorksheet(records, table) == SheetScan::kStop) return;
+  }
+}
+
+}  // namespace
+
+}  // namespace qps
+
+int32_t qpsWorkSheetInfo(QPSReader* reader, SSWorkSheetList* result) {
+  using namespace qps;
+  if (reader->stream == nullptr) return 0;
+  OpenFile file(reader->stream, reader->services);
+  if (!file.readFirstHeader()) return 0;
+  EntryTable table(*result, reader->services);
+  scanFile(file.records(), table);
+  if (result->entries == nullptr) return 0;
+
+  poolFree(reader->services, reader->sheetTable);
+  reader->sheetCount = result->count;
+  reader->sheetTable = result->entries;
+  return 1;
+}

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+//
+// What a style means does not change once the worksheet is open, so it is worked out once, when the
+// first cell uses the style, and copied to every cell.
+#include "styles/apply_style.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <string_view>
+
+#include "reader/pool.h"
+#include "styles/palette.h"
+#include "styles/style_records.h"
+
+namespace qps {
+
+namespace {
+
+constexpr std::string_view kDateStyleName = "Date";
+
+std::uint8_t alignmentOf(const QPSStyle& style, std::uint8_t defaultHorizontal) {
+  const std::uint8_t horizontal = style.horizontal != 0 ? style.horizontal : defaultHorizontal;
+  return style.vertical | horizontal | style.textFlag;
+}
+
+// Lays a style over what its base style left. The fields that a style always has replace the base
+// style's; a font or format that is not found, and borders that the style does not have, let the
+// base style's stand.
+void qpsApplyStyleEntry(const QPSSheet& sheet, QPSAppearance& appearance, const QPSStyle& style) {
+  appearance.formatCode = style.formatCode;
+  appearance.decimals = style.decimals;
+  if (QPSUserFormat* format = sheet.formatByCode[style.formatCode]) appearance.userFormat = format;
+  appearance.textAlignment = alignmentOf(style, SSAlignLeft);
+  appearance.numericAlignment = alignmentOf(style, SSAlignRight);
+  appearance.textColour = style.textColour;
+  appearance.fillColour = qpsBlendColours(style.colour1, style.colour2, style.blend);
+  appearance.bordered = std::any_of(std::begin(style.borderStyle), std::end(style.borderStyle),
+                                    [](std::uint8_t line) { return line != 0; })
+                            ? 1
+                            : 0;
+  if (appearance.bordered != 0) appearance.borders = &style;
+  appearance.present = 1;
+  if (const QPSFont* font = sheet.fontByNumber[style.font]) appearance.font = font;
+}
+
+void resolveAppearance(const QPSSheet& sheet, QPSAppearance& appearance, const QPSStyle& style) {
+  appearance = {};
+  if (const QPSNamedStyle* named = sheet.namedStyleById[style.namedStyle]) {
+    appearance.isDate = named->name != nullptr && named->name == kDateStyleName;
+    if (const QPSStyle* base = findStyle(sheet, named->styleNumber)) {
+      qpsApplyStyleEntry(sheet, appearance, *base);
+    }
+  }
+  qpsApplyStyleEntry(sheet, appearance, style);
+}
+
+const QPSAppearance& appearanceOf(QPSSheet& sheet) {
+  if (sheet.styleList == nullptr) return sheet.unstyled;
+  QPSStyle* style = findStyle(sheet, sheet.currentStyle);
+  if (style == nullptr) return kUnstyled;
+  if (style->appearance != nullptr) return *style->appearance;
+
+  style->appearance = poolNew<QPSAppearance>(sheet.services);
+  QPSAppearance& appearance =
+      style->appearance != nullptr ? *style->appearance : sheet.scratchAppearance;
+  resolveAppearance(sheet, appearance, *style);
+  return appearance;
+}
+
+void writeBorders(SSItemCell& cell, const QPSStyle& style) {
+  for (std::size_t slot = 0; slot < kBorderSlots; ++slot) {
+    cell.borders[slot].style = style.borderStyle[slot];
+    cell.borders[slot].colour = style.borderColour[slot];
+  }
+}
+
+void writeFont(SSItemFont& item, const QPSFont& font) {
+  std::memcpy(item.name, font.name, SSItemFontNameBytes - 1);
+  item.name[SSItemFontNameBytes - 1] = '\0';
+  item.size = font.size;
+  item.attrBit0 = font.attrBit0;
+  item.attrBit1 = font.attrBit1;
+  item.attrBit2 = font.attrBit2;
+  item.attrBit5 = font.attrBit5;
+  item.extra0 = 1;
+  item.extra1 = 0;
+}
+
+}  // namespace
+
+void qpsApplyCellStyle(QPSSheet& sheet, SSItemCell& cell) {
+  const QPSAppearance& appearance = appearanceOf(sheet);
+  sheet.appearance = &appearance;
+  cell.spare2 = 0;
+  cell.alignment =
+      sheet.lastCellKind == kNumericCell ? appearance.numericAlignment : appearance.textAlignment;
+  cell.fillColour = appearance.fillColour;
+  cell.textColour = appearance.textColour;
+  cell.bordered = appearance.bordered;
+  cell.font.present = appearance.present;
+  if (appearance.present == 0) {
+    cell.spare1 = 0;
+    return;
+  }
+  if (appearance.borders != nullptr) writeBorders(cell, *appearance.borders);
+  if (appearance.font != nullptr) writeFont(cell.font, *appearance.font);
+}
+
+}  // namespace qps
