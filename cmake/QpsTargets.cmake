@@ -16,8 +16,9 @@ function(qps_set_warnings target)
     $<$<BOOL:${QPSREADER_WERROR}>:-Werror>)
 endfunction()
 
-# Everything that is installed: position-independent and hardened. _FORTIFY_SOURCE needs an
-# optimising compiler, and takes the place of whatever the compiler or a package build defined.
+# Everything that is installed: position-independent, hardened, and the same bytes wherever the source
+# lies. _FORTIFY_SOURCE needs an optimising compiler, and takes the place of whatever the compiler or
+# a package build defined.
 function(qps_set_hardening target)
   set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON)
   if(WIN32)
@@ -27,9 +28,9 @@ function(qps_set_hardening target)
   target_link_options(${target} PRIVATE
     -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
   if(NOT QPS_SANITIZED)
-    set(optimised $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
+    set(hardening -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
     target_compile_options(${target} PRIVATE
-      $<${optimised}:-U_FORTIFY_SOURCE> $<${optimised}:-D_FORTIFY_SOURCE=2>)
+      "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:${hardening}>")
     target_link_options(${target} PRIVATE -Wl,--no-undefined)
   endif()
 endfunction()
