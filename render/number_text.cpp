@@ -10,19 +10,16 @@
 namespace qps {
 
 void qpsInsertThousands(TextBuffer& text, std::string_view number) {
-  const size_t whole = std::min(number.find('.'), number.size());
-  if (whole == 0) {
-    text.append(number);
-    return;
-  }
   // One group at a time, so that a number of any length is cut where the text is full.
-  const size_t first = (whole - 1) % 3 + 1;
-  text.append(number.substr(0, first));
-  for (size_t at = first; at < whole; at += 3) {
-    text.append(',');
-    text.append(number.substr(at, 3));
+  std::string_view rest = number;
+  for (size_t left = std::min(number.find('.'), number.size()); left > 0;) {
+    const size_t group = (left - 1) % 3 + 1;
+    text.append(rest.substr(0, group));
+    rest.remove_prefix(group);
+    left -= group;
+    if (left > 0) text.append(',');
   }
-  text.append(number.substr(whole));
+  text.append(rest);
 }
 
 void qpsFormatTrimmed(TextBuffer& text, double value, int precision) {

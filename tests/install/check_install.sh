@@ -34,9 +34,9 @@ if [ "$way" = pkg-config ]; then
   mkdir bin
   # shellcheck disable=SC2046
   {
-    $CC -std=c11 examples/host.c -o bin/host $(flags qpsreader)
-    $CC -std=c11 -static examples/host.c -o bin/host_static $(flags --static qpsreader)
-    $CXX -std=c++20 examples/notebook.cpp -o bin/notebook $(flags qpshost)
+    $CC -std=c11 examples/host.c -o bin/host $(flags qpsreader) &&
+    $CC -std=c11 -static examples/host.c -o bin/host_static $(flags --static qpsreader) &&
+    $CXX -std=c++20 examples/notebook.cpp -o bin/notebook $(flags qpshost) &&
     $CXX -std=c++20 -static examples/notebook.cpp -o bin/notebook_static $(flags --static qpshost)
   } 2> warnings.txt || fail "$(cat warnings.txt)"
   export LD_LIBRARY_PATH=$libraries
