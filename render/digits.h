@@ -120,7 +120,8 @@ inline char* writeSixGroupedDigits(char* out, uint32_t value) {
 inline char* writeUpToSixGroupedDigits(char* out, uint32_t value) {
   const uint64_t digits = sixDigits(value);
   const int dropped = std::countr_zero(digits | uint64_t{1} << 56) / 8;
-  storeDigits(out, (digits - 0x0000'0004'0000'0004) >> (dropped * 8));
+  // Shifted before it is subtracted: a borrow must not come from a byte that is dropped.
+  storeDigits(out, (digits >> (dropped * 8)) - (0x0000'0004'0000'0004 >> (dropped * 8)));
   return out + (8 - dropped);
 }
 
