@@ -197,6 +197,7 @@ class NotebookBuilder {
 
   // Offset of the header of the n-th record 202, counted from 0.
   uint32_t sheetOffset(size_t sheet = 0) const { return sheetOffsets_.at(sheet); }
+  size_t sheets() const { return sheetOffsets_.size(); }
   const Bytes& bytes() const { return bytes_; }
 
  private:

@@ -33,9 +33,9 @@ std::string convertCase(std::string text, char first, char last) {
 }  // namespace
 
 const char* nameOf(Step step) {
-  constexpr const char* kNames[] = {"open",       "read",          "seek",
-                                    "pool block", "item text",     "loadLibrary",
-                                    "getSymbol",  "openContainer", "openStream"};
+  constexpr const char* kNames[] = {"open",       "read",        "seek",      "pool block",
+                                    "item text",  "loadLibrary", "getSymbol", "openContainer",
+                                    "openStream", "streamObject"};
   return kNames[static_cast<size_t>(step)];
 }
 
@@ -65,7 +65,8 @@ RecordingStream::RecordingStream(RecordingHost& host, std::string name, Bytes by
       self.host_.violate(self.name_ + "open of an open stream");
     }
     self.position_ = 0;
-    self.isOpen_ = !self.host_.shouldFail(Step::kOpen);
+    self.isRefused_ = self.host_.shouldFail(Step::kOpen);
+    self.isOpen_ = !self.isRefused_;
     return self.isOpen_ ? 77 : 0;
   };
   table_.read = [](SSStream* stream, void* buffer, size_t count) -> size_t {
@@ -112,8 +113,11 @@ RecordingStream::RecordingStream(RecordingHost& host, std::string name, Bytes by
   };
   table_.close = [](SSStream* stream) {
     RecordingStream& self = of(stream);
-    self.mayCall("close");
-    self.isOpen_ = false;
+    self.host_.note("close", {}, self.name_);
+    if (!self.isOpen_ && !self.isRefused_) {
+      self.host_.violate(self.name_ + "close of a closed stream");
+    }
+    self.isOpen_ = self.isRefused_ = false;
   };
 }
 
@@ -305,7 +309,7 @@ std::string RecordingHost::state() const {
   add(!itemTexts_.empty(), number(itemTexts_.size()) + " item texts");
   add(file_.isOpen(), "file open");
   add(containerOpen_, "container open");
-  add(inner_ != nullptr, "stream object not released");
+  add(objectTaken_, "stream object not released");
   add(libraries_ != 0, number(libraries_) + " libraries loaded");
   for (const std::string& violation : violations_) {
     add(true, violation);
@@ -348,8 +352,9 @@ struct FakeLibrary {
   static SSStream* streamObject(void* container) {
     RecordingHost& host = of(container);
     host.note("ole streamObject");
+    host.objectTaken_ = true;
     const auto found = host.containerStreams_.find(host.openStreamName_);
-    if (found == host.containerStreams_.end()) {
+    if (host.shouldFail(Step::kStreamObject) || found == host.containerStreams_.end()) {
       return nullptr;
     }
     host.inner_ = std::make_unique<RecordingStream>(host, "inner ", found->second);
@@ -360,9 +365,10 @@ struct FakeLibrary {
   static void releaseStreamObject(void* container) {
     RecordingHost& host = of(container);
     host.note("ole releaseStreamObject");
-    if (host.inner_ == nullptr) {
-      host.violate("releaseStreamObject without one");
+    if (!host.objectTaken_) {
+      host.violate("releaseStreamObject without streamObject");
     }
+    host.objectTaken_ = false;
     host.inner_.reset();
   }
 

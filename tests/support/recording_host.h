@@ -34,10 +34,12 @@ enum class Step : unsigned {
   kGetSymbol,
   kOpenContainer,  // the steps of the fake library
   kOpenStream,
+  kStreamObject,
 };
-inline constexpr std::array kAllSteps = {Step::kOpen,      Step::kRead,          Step::kSeek,
-                                         Step::kPoolBlock, Step::kItemText,      Step::kLoadLibrary,
-                                         Step::kGetSymbol, Step::kOpenContainer, Step::kOpenStream};
+inline constexpr std::array kAllSteps = {
+    Step::kOpen,       Step::kRead,        Step::kSeek,      Step::kPoolBlock,
+    Step::kItemText,   Step::kLoadLibrary, Step::kGetSymbol, Step::kOpenContainer,
+    Step::kOpenStream, Step::kStreamObject};
 const char* nameOf(Step step);
 
 // The nth call of a step fails, counted from 1 and from the moment the fault is set; with `forGood`
@@ -74,6 +76,7 @@ class RecordingStream {
   Bytes bytes_;
   size_t position_ = 0;
   bool isOpen_ = false;
+  bool isRefused_ = false;  // by a failed open, after which one close may come
 };
 
 class RecordingHost {
@@ -155,6 +158,7 @@ class RecordingHost {
   std::string converted_;  // the last result of toLowerText or toUpperText
   std::map<std::string, Bytes, std::less<>> containerStreams_;
   bool containerOpen_ = false;
+  bool objectTaken_ = false;
   std::string openStreamName_;
   std::unique_ptr<RecordingStream> inner_;
   std::vector<std::string> violations_;

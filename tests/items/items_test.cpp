@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: MIT
+//
+// The order of items, and each cell record's position, style number and text.
+#include "tests/reader/read_book.h"
+
+namespace qps::test {
+namespace {
+
+TEST(Items, ComeInTheirOrderFromTheWorksheetStart) {
+  const NotebookBuilder book =
+      bookOf([](auto& b) { b.settings(true).notebookText(37, "37").notebookText(38, "38"); },
+             [](auto& b) {
+               // Records among the cells are passed over, definitions and layout included.
+               b.columnWidth(2, 500).rowHeight(6, 300).label({0, 0}, "a").rowHeight(7, 300);
+               b.columnWidth(3, 1).sheetStart(1).header().record(999).blank({1, 0});
+               b.sheetEnd().label({9, 9}, "after the end");
+             });
+  EXPECT_THAT(readBook(book).kinds(), ElementsAre(10u, 11u, 12u, 13u, 14u, 15u, 15u));
+  EXPECT_THAT(textsOf(book), ElementsAre("a", "(null)"));
+}
+
+TEST(Items, EndAtTheFileEndTheEndRecordOrTheSheetsEnd) {
+  const auto kindsOf = [](const Add& fill) {
+    NotebookBuilder book;
+    fill(book.header().sheetStart().label({0, 0}, "a"));
+    return readBook(book).kinds();
+  };
+  EXPECT_THAT(kindsOf(nothing), ElementsAre(10u, 15u));
+  EXPECT_THAT(kindsOf([](auto& b) { b.raw(Body().fill(3).bytes()); }), ElementsAre(10u, 15u));
+  EXPECT_THAT(kindsOf([](auto& b) { b.end().label({0, 1}, "b"); }), ElementsAre(10u, 15u));
+  EXPECT_THAT(kindsOf([](auto& b) { b.sheetEnd().label({0, 1}, "b"); }), ElementsAre(10u, 15u));
+  EXPECT_THAT(kindsOf([](auto& b) { b.rawHeader(203, 9); }), ElementsAre(10u, 15u));
+  EXPECT_THAT(kindsOf([](auto& b) { b.rawHeader(999, 9); }), ElementsAre(10u, 15u));
+}
+
+TEST(Items, ASheetStartMayLieAnywhere) {
+  const NotebookBuilder book = everyRecordNotebook();
+  RecordingHost host(book.bytes());
+  const SheetRun fromTop = readClean(host, 0);
+  ASSERT_TRUE(fromTop.opened);
+  EXPECT_EQ(fromTop.items, readBook(book).items);
+  EXPECT_NE(readBook(book, 0).items, std::vector<Item>());
+}
+
+// "column,row text" of every cell, "(null)" for no text; `style` 2 is the hidden format.
+std::vector<std::string> cells(const Add& fill) {
+  std::vector<std::string> result;
+  const auto define = [](NotebookBuilder& b) {
+    b.style().style({.format = 4}).style({.format = 0x12}).style({.format = 1});
+  };
+  for (const Item& cell : cellsOf(bookOf(define, fill))) {
+    result.push_back(std::to_string(cell.column()) + "," + std::to_string(cell.row()) + " " +
+                     cell.text.value_or("(null)"));
+  }
+  return result;
+}
+
+TEST(Cells, EachRecordGivesItsPositionAndText) {
+  const unsigned kHidden = 2, kFixed2 = 3, kBars = 4;
+  const Body integerBody = cellBody({1, 1}).u8(42).u8(1);
+  const struct {
+    const char* name;
+    Add fill;
+    std::vector<std::string> expected;
+  } rows[] = {
+      {"blank",
+       [](auto& b) {
+         b.blank({2, 3, kFixed2});
+       },
+       {"3,4 (null)"}},
+      {"the last position",
+       [](auto& b) {
+         b.blank({255, 65535});
+       },
+       {"256,65536 (null)"}},
+      {"integer",
+       [](auto& b) {
+         b.integer({0, 0}, 1).integer({1, 0}, -1).integer({2, 0}, -32768);
+       },
+       {"1,1 1", "2,1 -1", "3,1 -32768"}},
+      {"number",
+       [](auto& b) {
+         b.number({0, 0}, 1.5).number({2, 4, kFixed2}, -1234.5);
+       },
+       {"1,1 1.5", "3,5 -1234.50"}},
+      {"number by its bytes",
+       [](auto& b) { b.record(14, Body().u8(2).u8(9).u16(4).u16(8).fill(6).u8(0xF8).u8(0x3F)); },
+       {"3,5 1.5"}},
+      {"label",
+       [](auto& b) {
+         b.label({0, 0, 0}, "abc").label({0, 1}, "").label({0, 2}, " a 'b' ");
+       },
+       {"1,1 abc", "1,2 ", "1,3  a 'b' "}},
+      {"string",
+       [](auto& b) {
+         b.string({5, 6}, "result");
+       },
+       {"6,7 result"}},
+      {"the byte before a text does not matter",
+       [](auto& b) {
+         b.record(15, cellBody({0, 0}).u8(0).zeroText("abc"));
+       },
+       {"1,1 abc"}},
+      {"a text without a zero byte",
+       [](auto& b) {
+         b.record(15, cellBody({0, 0}).u8('x').text("abc")).label({0, 1}, "d");
+       },
+       {"1,1 abc", "1,2 d"}},
+      {"text behind a zero byte",
+       [](auto& b) {
+         b.record(51, cellBody({0, 0}).u8('x').zeroText("abc").text("def"));
+       },
+       {"1,1 abc"}},
+      {"formula",
+       [](auto& b) {
+         b.formula({0, 2, kFixed2}, 2.345);
+       },
+       {"1,3 2.35"}},
+      {"formula with a string",
+       [](auto& b) {
+         b.formulaWithString({0, 0}).string({7, 8}, "text");
+       },
+       {"8,9 text"}},
+      {"formula with a string that is missing",
+       [](auto& b) {
+         b.formulaWithString({0, 0}).integer({1, 1}, 5);
+       },
+       {"2,2 5"}},
+      {"formula errors",
+       [](auto& b) {
+         b.formulaSpecial({0, 0}, 0).formulaSpecial({1, 0, kFixed2}, 0, 7, 0xFFF0);
+       },
+       {"1,1 ERR", "2,1 ERR"}},
+      {"formula integers",
+       [](auto& b) {
+         b.formulaSpecial({0, 0}, 3, 42).formulaSpecial({0, 1, kFixed2}, 3, 0xFFFF, 0xFFF0);
+       },
+       {"1,1 196650", "1,2 262143.00"}},
+      {"formulas without a value",
+       [](auto& b) {
+         b.formulaSpecial({0, 0}, 1).formulaSpecial({0, 1}, 2, 0, 0xFFF0);
+         b.formulaSpecial({0, 2}, 0xFFFF).blank({0, 3});
+       },
+       {"1,4 (null)"}},
+      {"a special word with another sign is a number",
+       [](auto& b) {
+         b.formulaSpecial({0, 0}, 0, 0, 0xFFF8).formulaSpecial({0, 1}, 0, 0, 0x7FF1);
+       },
+       {"1,1 ERR", "1,2 ERR"}},
+      {"the format without text",
+       [](auto& b) {
+         b.integer({0, 0, kHidden}, 1).number({1, 0, kHidden}, 1).label({2, 0, kHidden}, "x");
+         b.formula({3, 0, kHidden}, 1).formulaSpecial({4, 0, kHidden}, 0);
+         b.formulaSpecial({5, 0, kHidden}, 3).string({6, 0, kHidden}, "x").blank({7, 0, kHidden});
+       },
+       {"1,1 (null)", "2,1 (null)", "3,1 (null)", "4,1 (null)", "5,1 (null)", "6,1 (null)",
+        "7,1 (null)", "8,1 (null)"}},
+      {"each value has its own column's width",
+       [](auto& b) {
+         b.columnWidth(0, 240).columnWidth(1, 360).columnWidth(2, 0).columnWidth(3, 480);
+         b.integer({0, 0, kBars}, 3).number({1, 0, kBars}, 3).integer({2, 0}, 3);
+         b.formula({3, 0, kBars}, 4).formula({0, 1, kBars}, 4).formulaSpecial({2, 1}, 0);
+         b.formulaSpecial({2, 2}, 3).label({2, 3}, "shown");
+       },
+       {"1,1 *", "2,1 +++", "3,1 (null)", "4,1 ++++", "1,2 *", "3,2 ERR", "3,3 (null)",
+        "3,4 shown"}},
+      {"bodies without their last bytes",
+       [&](auto& b) {
+         b.record(12, Body().u8(4)).record(13, integerBody).record(13, cellBody({0, 0}));
+         b.record(14, cellBody({0, 1})).record(15, cellBody({0, 2})).record(51, Body());
+         b.record(16, cellBody({0, 3}));
+       },
+       {"5,1 (null)", "2,2 298", "1,1 0", "1,2 0", "1,3 ", "1,1 ", "1,4 0"}}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(cells(row.fill), row.expected);
+  }
+}
+
+TEST(Cells, TheAttributeWordsUpperBitsAreTheStyle) {
+  const auto cell = [](unsigned attributes) {
+    return
+        [attributes](NotebookBuilder& b) { b.record(14, Body().u32(0).u16(attributes).f64(2.5)); };
+  };
+  EXPECT_THAT(cells(cell(0x0000)), ElementsAre("1,1 2.5"));
+  EXPECT_THAT(cells(cell(0x0007)), ElementsAre("1,1 2.5"));
+  EXPECT_THAT(cells(cell(0x0015)), ElementsAre("1,1 (null)"));
+  EXPECT_THAT(cells(cell(0x0018)), ElementsAre("1,1 2.50"));
+  EXPECT_THAT(cells(cell(0xFFF8)), ElementsAre("1,1 2.5")) << "no such style: the General form";
+}
+
+}  // namespace
+}  // namespace qps::test
