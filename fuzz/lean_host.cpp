@@ -114,7 +114,8 @@ void LeanHost::fillStream() {
     LeanHost& host = of(stream);
     require(!host.isOpen_, "opens a closed stream");
     host.position_ = 0;
-    host.isOpen_ = !host.shouldFail(Step::kOpen);
+    host.isRefused_ = host.shouldFail(Step::kOpen);
+    host.isOpen_ = !host.isRefused_;
     return host.isOpen_ ? 1 : 0;
   };
   stream_.read = [](SSStream* stream, void* buffer, size_t count) {
@@ -131,9 +132,9 @@ void LeanHost::fillStream() {
   };
   stream_.close = [](SSStream* stream) {
     LeanHost& host = of(stream);
-    require(host.isOpen_, "closes an open stream, once");
+    require(host.isOpen_ || host.isRefused_, "closes an open stream, once");
     ++host.work_.calls;
-    host.isOpen_ = false;
+    host.isOpen_ = host.isRefused_ = false;
   };
 }
 

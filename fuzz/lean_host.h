@@ -101,6 +101,7 @@ class LeanHost {
   Stream stream_{};
   size_t position_ = 0;
   bool isOpen_ = false;
+  bool isRefused_ = false;  // by a failed open, after which one close may come
   int libraries_ = 0;
   std::array<uint32_t, static_cast<size_t>(Step::kSteps)> stepCalls_{};
   Work work_;
