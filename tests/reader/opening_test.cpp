@@ -65,8 +65,12 @@ TEST(Opening, SucceedsOnlyAtACellOrTheSheetsEnd) {
 TEST(Opening, RefusedStreamsAndOffsetsOpenNothing) {
   NotebookBuilder book = everyRecordNotebook();
   RecordingHost host(book.bytes());
-  host.fail({.step = Step::kOpen});
+  host.fail({.step = Step::kOpen, .forGood = true});
   EXPECT_FALSE(readClean(host, book.sheetOffset()).opened);
+  host.logging = true;
+  EXPECT_FALSE(listSheets(host).has_value());
+  EXPECT_THAT(host.log, ElementsAre("calloc", "open", "close", "free"));
+  host.logging = false;
   host.clearFault();
   EXPECT_FALSE(readClean(host, 1u << 30).opened);
   EXPECT_TRUE(readClean(host, 0).opened) << "from the file's first record to its first cell";
