@@ -118,9 +118,8 @@ void addDefinitions(NotebookBuilder& book) {
 void addHeadings(NotebookBuilder& book, unsigned row,
                  std::initializer_list<std::string_view> texts) {
   unsigned column = 0;
-  for (const std::string_view text : texts) {
+  for (const std::string_view text : texts)
     book.label({column++, row, kHeading}, text);
-  }
 }
 
 void addBudgetSheet(NotebookBuilder& book) {
@@ -146,9 +145,8 @@ void addBudgetSheet(NotebookBuilder& book) {
     book.label({0, row, kNormal}, line.item).number({1, row, kDue}, line.due);
     book.number({2, row, kMoney}, line.planned).number({3, row, kMoney}, line.spent);
     book.formula({4, row, kDifference}, line.left).formula({5, row, kShare}, line.share);
-    if (line.left < 0) {
+    if (line.left < 0)
       book.formulaWithString({6, row, kRemark}).string({6, row, kRemark}, "over budget");
-    }
     ++row;
   }
   book.label({0, kHiddenRow, kNormal}, "Lines").integer({2, kHiddenRow, kNormal}, 5);

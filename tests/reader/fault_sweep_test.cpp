@@ -21,15 +21,11 @@ size_t sweep(Fault fault, const Bytes& file, bool isContainer, const Run& run) {
     SCOPED_TRACE(std::string(nameOf(fault.step)) + " " + std::to_string(fault.nth) +
                  (fault.forGood ? " for good" : "") + (isContainer ? " in a container" : ""));
     RecordingHost host(file);
-    if (isContainer) {
-      inContainer(host, file);
-    }
+    if (isContainer) inContainer(host, file);
     host.fail(fault);
     run(host);
     EXPECT_EQ(host.state(), "clean");
-    if (!host.faultMet()) {
-      return fault.nth - 1;
-    }
+    if (!host.faultMet()) return fault.nth - 1;
   }
 }
 
@@ -112,9 +108,8 @@ TEST(Faults, ATextThatCannotBeCopiedIsDeliveredAsNull) {
              nothing);
   size_t nulls = 0;
   sweep({.step = Step::kPoolBlock}, book.bytes(), false, [&](RecordingHost& host) {
-    for (const Item& item : readSheet(host, book.sheetOffset()).items) {
+    for (const Item& item : readSheet(host, book.sheetOffset()).items)
       nulls += item.kind() != SSItemKindSheetInfo && !item.text.has_value() ? 1 : 0;
-    }
   });
   EXPECT_EQ(nulls, 2u);
 }
