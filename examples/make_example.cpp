@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// Makes examples/budget.wb2: a household budget with two worksheets that shows what a notebook can
-// hold. It is the text recipe of that file: change this and run `make_example examples/budget.wb2`.
+// Makes examples/budget.wb2, a household budget with two worksheets that shows what a notebook can
+// hold, and examples/budget.wb3, the same in a compound document. It is the text recipe of those
+// files: change this and run `make_example examples/budget.wb2 examples/budget.wb3`.
 #include <cstdio>
 #include <initializer_list>
 #include <string_view>
 
+#include "tests/support/compound_writer.h"
 #include "tests/support/notebook_builder.h"
 
 using namespace qps::test;
@@ -177,28 +179,30 @@ void addCarSheet(NotebookBuilder& book) {
   book.sheetEnd();
 }
 
+bool writeFile(const char* path, const Bytes& bytes) {
+  std::FILE* file = std::fopen(path, "wb");
+  if (file == nullptr) {
+    std::perror(path);
+    return false;
+  }
+  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+  if (std::fclose(file) == 0 && written) return true;
+  std::perror(path);
+  return false;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fputs("usage: make_example FILE\n", stderr);
+  if (argc != 3) {
+    std::fputs("usage: make_example PLAIN_FILE COMPOUND_FILE\n", stderr);
     return 2;
   }
   NotebookBuilder book;
   addDefinitions(book);
   addBudgetSheet(book);
   addCarSheet(book);
-  const Bytes& bytes = book.end().bytes();
-
-  std::FILE* file = std::fopen(argv[1], "wb");
-  if (file == nullptr) {
-    std::perror(argv[1]);
-    return 1;
-  }
-  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-  if (std::fclose(file) != 0 || !written) {
-    std::perror(argv[1]);
-    return 1;
-  }
-  return 0;
+  const Bytes& plain = book.end().bytes();
+  const Bytes compound = writeCompound({}, {{"PerfectOffice_MAIN", plain}});
+  return writeFile(argv[1], plain) && writeFile(argv[2], compound) ? 0 : 1;
 }
