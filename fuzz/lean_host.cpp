@@ -21,8 +21,17 @@
 
 namespace qps::fuzz {
 
+namespace {
+const char* running = nullptr;
+}  // namespace
+
+void setRunning(const char* what) {
+  running = what;
+}
+
 void fail(const char* promise) {
   std::fprintf(stderr, "broken promise: %s\n", promise);
+  if (running != nullptr) std::fprintf(stderr, "while reading %s\n", running);
   std::abort();
 }
 

@@ -16,11 +16,14 @@
 
 namespace qps::fuzz {
 
-// Says what was broken and aborts.
+// Says what was broken, and while what was running, and aborts.
 [[noreturn]] void fail(const char* promise);
 inline void require(bool holds, const char* promise) {
   if (!holds) fail(promise);
 }
+
+// `what` must stay valid; null when there is nothing to say.
+void setRunning(const char* what);
 
 enum class Step : uint8_t {
   kPoolBlock,

@@ -173,6 +173,7 @@ SheetRun readSheet(RecordingHost& host, uint32_t offset, const SSReaderInterface
       if (reader.processSheet(sheet, &item) != 0) break;
       checkStrayWrites(host, item);
       run.items.push_back(take(host, item));
+      if (!host.faultMet()) ++run.soundItems;
     }
     const size_t callsSoFar = host.hostCalls();
     if (reader.processSheet(sheet, &item) != 1 || host.hostCalls() != callsSoFar)
