@@ -106,10 +106,6 @@ Error damaged(std::string message) {
   return {Reason::kDamaged, std::move(message)};
 }
 
-Error memoryLimit() {
-  return {Reason::kMemoryLimit, "the memory limit was reached"};
-}
-
 FileKind containerKind(RecordSource& source) {
   for (const StreamRow& row : kRelativesByStream)
     if (source.hasStream(row.name)) return row.kind;
@@ -118,7 +114,7 @@ FileKind containerKind(RecordSource& source) {
 
 // Why there are no records, for every status but kOpen.
 Error sourceError(RecordSource& source, const HostServices& services) {
-  if (services.heapPool().limitHit()) return memoryLimit();
+  if (services.heapPool().limitHit()) return memoryLimitError();
   switch (source.status()) {
     case RecordSource::Status::kLibraryMissing:
       return {Reason::kLibraryMissing,
@@ -238,7 +234,7 @@ FileKind fileKindOf(std::span<const unsigned char> begin) {
 }
 
 Error diagnoseListing(SSStream& file, HostServices& services) {
-  if (services.heapPool().limitHit()) return memoryLimit();
+  if (services.heapPool().limitHit()) return memoryLimitError();
   RecordSource source(file, services);
   if (source.status() != RecordSource::Status::kOpen) return sourceError(source, services);
 

@@ -28,6 +28,11 @@ struct Error {
   std::string message;
 };
 
+// The error of everything that met the memory limit.
+inline Error memoryLimitError() {
+  return {Reason::kMemoryLimit, "the memory limit was reached"};
+}
+
 // A T, or the Error that stands in its place.
 template <class T>
 class [[nodiscard]] Expected {

@@ -3,8 +3,6 @@
 // From the fields of an SSItem to plain values.
 #include "host/item.hpp"
 
-#include <cstring>
-
 namespace qps {
 namespace {
 
@@ -37,7 +35,7 @@ VerticalAlign verticalOf(std::uint8_t alignment) {
 }
 
 Font fontOf(const SSItemFont& font) {
-  return {.name = {font.name, ::strnlen(font.name, sizeof font.name)},
+  return {.name = font.name,
           .size = font.size,
           .bold = font.attrBit0 != 0,
           .italic = font.attrBit1 != 0,
@@ -93,8 +91,9 @@ std::optional<Run> Item::rowHeight() const {
 
 std::optional<std::string_view> Item::notebookText() const {
   const bool isText = kind() == Kind::kRecord38Text || kind() == Kind::kRecord37Text;
-  if (!isText || raw_.notebookText.text == nullptr) return std::nullopt;
-  return raw_.notebookText.text;
+  const char* const text = isText ? raw_.notebookText.text : nullptr;
+  if (text == nullptr) return std::nullopt;
+  return text;
 }
 
 }  // namespace qps

@@ -115,7 +115,7 @@ class Item {
   friend struct ItemRangeState;
   Item() = default;
 
-  SSItem raw_{};
+  alignas(void*) SSItem raw_{};  // packed, and so by itself aligned to nothing
 };
 
 inline std::optional<CellView> Item::cell() const {

@@ -5,6 +5,7 @@
 // pool alive. Each range has a stream and a reader handle of its own.
 #include "host/notebook.hpp"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -29,22 +30,25 @@ struct CloseSheet {
 };
 using SheetHandle = std::unique_ptr<QPSSheet, CloseSheet>;
 
-Error memoryLimitError() {
-  return {Reason::kMemoryLimit, "the memory limit was reached"};
+// Larger files are read in blocks; under a memory limit, so are those that would take much of it.
+std::uint64_t mostInMemory(const OpenOptions& options) {
+  constexpr std::uint64_t kMost = std::uint64_t{64} << 20;
+  return options.memoryLimit == 0 ? kMost : std::min<std::uint64_t>(kMost, options.memoryLimit / 4);
 }
 
 }  // namespace
 
 struct NotebookState {
   explicit NotebookState(const OpenOptions& options)
-      : pool(std::make_shared<HeapPool>(options.memoryLimit)), services(*pool), bytes(*pool) {}
+      : pool(std::make_shared<HeapPool>(options.memoryLimit)),
+        services(*pool),
+        bytes(*pool, mostInMemory(options)) {}
   NotebookState(const NotebookState&) = delete;
   NotebookState& operator=(const NotebookState&) = delete;
   ~NotebookState() { pool->free(sheets.data()); }
 
   std::optional<Error> list();
   bool keepSheets(const SSWorkSheetList& list);
-  std::optional<Error> readError() const;
   const std::optional<Error>& findDamageOnce();
 
   std::shared_ptr<HeapPool> pool;
@@ -66,7 +70,7 @@ std::optional<Error> NotebookState::list() {
 
   SSWorkSheetList list{};
   const bool listed = QPSGetWorkSheetInfo(reader.get(), &list, 0) != 0;
-  if (auto failure = readError()) return failure;
+  if (auto failure = bytes.readError()) return failure;
   if (!listed) return diagnoseListing(file, services);
   if (pool->limitHit() || !keepSheets(list)) return memoryLimitError();
 
@@ -83,19 +87,12 @@ bool NotebookState::keepSheets(const SSWorkSheetList& list) {
   std::uint32_t count = 0;
   for (const SSWorkSheetEntry& entry : std::span(list.entries, list.count)) {
     if (entry.typeFlags == 0) continue;  // counted by the file but not described
-    const std::string_view name(entry.name, ::strnlen(entry.name, sizeof entry.name));
-    ::new (kept + count) Sheet{.index = count, .startOffset = entry.startOffset, .name = name};
+    ::new (kept + count)
+        Sheet{.index = count, .startOffset = entry.startOffset, .name = entry.name};
     ++count;
   }
   sheets = {kept, count};
   return true;
-}
-
-// The system's reason, when the file could not be read to where it should end.
-std::optional<Error> NotebookState::readError() const {
-  const std::string failure = bytes.file() != nullptr ? bytes.file()->readError() : "";
-  if (failure.empty()) return std::nullopt;
-  return Error{Reason::kUnreadable, failure};
 }
 
 const std::optional<Error>& NotebookState::findDamageOnce() {
@@ -183,7 +180,7 @@ void ItemRangeState::close() {
 }
 
 std::optional<Error> ItemRangeState::error() {
-  if (auto failure = notebook->readError()) return failure;
+  if (auto failure = notebook->bytes.readError()) return failure;
   if (textRefused || notebook->pool->refusals() != refusalsBefore) return memoryLimitError();
   if (sheet) return std::nullopt;
   // One walk over the whole notebook clears all of its sheets; one over the sheet only when not.

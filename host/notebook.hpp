@@ -36,8 +36,8 @@ namespace qps {
 
 struct OpenOptions {
   // The most bytes that the notebook may hold at a time: what the reader keeps, the list of
-  // worksheets, the texts of items (those in arenas too), and a file that had to be read as a whole
-  // because it is a pipe. 0 is no limit.
+  // worksheets, the texts of items (those in arenas too), and the file's bytes where they were read
+  // into memory. 0 is no limit.
   std::size_t memoryLimit = 0;
 };
 
@@ -121,9 +121,10 @@ class ItemRange::Iterator {
 // Move-only; a moved-from notebook is empty: no sheets, and ranges without items.
 class Notebook {
  public:
-  // Opens the file and lists its worksheets; it has at least one. A regular file is read in blocks
-  // as it is needed, so it must stay as it is meanwhile (one that is cut short meanwhile shows as
-  // damaged); anything else (a pipe, a device) is read as a whole, up to 4 GiB.
+  // Opens the file and lists its worksheets; it has at least one. A file of up to 64 MiB (or a
+  // quarter of the memory limit) is read into memory at once. A larger one is read in blocks as it
+  // is needed, so it must stay as it is meanwhile (one that is cut short meanwhile shows as
+  // damaged). Anything that is no regular file (a pipe, a device) is read as a whole, up to 4 GiB.
   static Expected<Notebook> open(const std::filesystem::path& path,
                                  const OpenOptions& options = {});
 

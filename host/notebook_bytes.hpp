@@ -6,6 +6,7 @@
 #define QPSREADER_HOST_NOTEBOOK_BYTES_HPP
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -20,11 +21,13 @@
 
 namespace qps {
 
-// A regular file, or memory: the caller's, or a pool block that a pipe was read into.
+// Memory, the caller's or a pool block that a file was read into; or a file that is read in blocks
+// because it is large.
 class NotebookBytes {
  public:
-  // The pool must outlive it.
-  explicit NotebookBytes(HeapPool& pool) : pool_(pool) {}
+  // The pool must outlive it. A file of more bytes than `mostInMemory` is read in blocks.
+  NotebookBytes(HeapPool& pool, std::uint64_t mostInMemory)
+      : pool_(pool), mostInMemory_(mostInMemory) {}
   NotebookBytes(const NotebookBytes&) = delete;
   NotebookBytes& operator=(const NotebookBytes&) = delete;
   ~NotebookBytes() { pool_.free(block_); }
@@ -33,18 +36,23 @@ class NotebookBytes {
   std::optional<Error> open(const std::filesystem::path& path);
   void borrow(std::span<const std::byte> bytes) { memory_ = bytes; }
 
-  // Null when the bytes lie in memory.
+  // The file that is read in blocks; null when the bytes lie in memory.
   const File* file() const { return file_.get(); }
   std::span<const std::byte> memory() const { return memory_; }
+  // Why the file could not be read to its end; none when it could.
+  std::optional<Error> readError() const;
   bool empty() const { return file_ ? file_->size() == 0 : memory_.empty(); }
 
  private:
+  std::optional<Error> readFile(const File& file);
   std::optional<Error> readPipe(const File& pipe);
+  bool resizeBlock(std::size_t size);
 
   HeapPool& pool_;
+  std::uint64_t mostInMemory_;
   std::unique_ptr<File> file_;
   std::span<const std::byte> memory_;
-  void* block_ = nullptr;
+  std::byte* block_ = nullptr;
 };
 
 // A closed stream over the bytes, which must outlive it. It stays in place.

@@ -12,6 +12,7 @@ namespace {
 constexpr std::array<unsigned char, 4> kCompoundSignature = {0xD0, 0xCF, 0x11, 0xE0};
 constexpr std::array<const char*, 2> kNotebookStreams = {"PerfectOffice_MAIN", "NOVELL_MAIN"};
 constexpr std::uint16_t kEndRecord = 1;
+constexpr std::size_t kHeaderBytes = 4;
 
 std::uint16_t u16At(const unsigned char* bytes) {
   return static_cast<std::uint16_t>(bytes[0] | bytes[1] << 8);
@@ -63,24 +64,39 @@ RecordSource::~RecordSource() {
   if (fileOpen_) file_.close(&file_);
 }
 
+// Makes the next `count` bytes stand in the block, if there are as many.
+bool RecordWalk::have(std::size_t count) {
+  if (end_ - cursor_ >= count) return true;
+  std::memmove(block_.data(), block_.data() + cursor_, end_ - cursor_);
+  end_ -= cursor_;
+  cursor_ = 0;
+  end_ += stream_.read(&stream_, block_.data() + end_, block_.size() - end_);
+  return end_ >= count;
+}
+
 RecordWalk::Step RecordWalk::next() {
-  if (unreadBytes_ != 0 && stream_.seek(&stream_, unreadBytes_, SSSeekFromCurrent) == 0)
-    return Step::kOverrun;
-  unreadBytes_ = 0;
-  std::array<unsigned char, 4> header;
-  if (stream_.read(&stream_, header.data(), header.size()) != header.size()) return Step::kCutShort;
-  record_ = {u16At(header.data()), u16At(header.data() + 2), nextOffset_};
-  nextOffset_ += header.size() + record_.bodyBytes;
-  unreadBytes_ = record_.bodyBytes;
+  const std::size_t held = end_ - cursor_;
+  if (record_.bodyBytes <= held) {
+    cursor_ += record_.bodyBytes;
+  } else {
+    const auto rest = static_cast<std::ptrdiff_t>(record_.bodyBytes - held);
+    if (stream_.seek(&stream_, rest, SSSeekFromCurrent) == 0) return Step::kOverrun;
+    cursor_ = end_ = 0;
+  }
+  if (!have(kHeaderBytes)) {
+    record_.bodyBytes = 0;
+    return Step::kCutShort;
+  }
+  const unsigned char* const header = block_.data() + cursor_;
+  record_ = {u16At(header), u16At(header + 2), nextOffset_};
+  nextOffset_ += kHeaderBytes + record_.bodyBytes;
+  cursor_ += kHeaderBytes;
   return record_.type == kEndRecord ? Step::kEnd : Step::kRecord;
 }
 
 std::uint16_t RecordWalk::firstValue() {
-  std::array<unsigned char, 2> value{};
-  if (unreadBytes_ < 2) return 0;
-  const std::size_t got = stream_.read(&stream_, value.data(), value.size());
-  unreadBytes_ -= static_cast<std::ptrdiff_t>(got);
-  return got == value.size() ? u16At(value.data()) : std::uint16_t{0};
+  if (record_.bodyBytes < 2 || !have(2)) return 0;
+  return u16At(block_.data() + cursor_);
 }
 
 }  // namespace qps

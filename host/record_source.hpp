@@ -5,6 +5,7 @@
 #ifndef QPSREADER_HOST_RECORD_SOURCE_HPP
 #define QPSREADER_HOST_RECORD_SOURCE_HPP
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -64,7 +65,9 @@ struct RecordHeader {
   std::uint64_t offset = 0;
 };
 
-// Goes from header to header. Bounded by the stream: each step moves on by four bytes or more.
+// Goes from header to header, through blocks of its own: a walk over a compound document's stream
+// would otherwise cost two calls into the library for each record. Bounded by the stream: each step
+// moves on by four bytes or more.
 class RecordWalk {
  public:
   enum class Step : std::uint8_t {
@@ -84,14 +87,18 @@ class RecordWalk {
   // Where the next header stands: behind the body of record().
   std::uint64_t nextOffset() const { return nextOffset_; }
 
-  // The first value of the body, 16 bits; 0 when the body does not hold one. Once a record.
+  // The first value of the body, 16 bits; 0 when the body does not hold one.
   std::uint16_t firstValue();
 
  private:
+  bool have(std::size_t count);
+
   SSStream& stream_;
   RecordHeader record_;
   std::uint64_t nextOffset_;
-  std::ptrdiff_t unreadBytes_ = 0;  // of the current body
+  std::array<unsigned char, std::size_t{16} << 10> block_;
+  std::size_t cursor_ = 0;  // in block_: behind the header of record()
+  std::size_t end_ = 0;     // of the bytes in block_
 };
 
 }  // namespace qps

@@ -22,7 +22,8 @@ class TextArena {
   TextArena& operator=(TextArena&& other) noexcept;
   ~TextArena();
 
-  // `size` bytes without alignment, or null when the pool has no more room (failed() is then true).
+  // `size` bytes (1 or more) without alignment, or null when the pool has no more room (failed() is
+  // then true).
   void* allocate(std::size_t size) {
     if (size > static_cast<std::size_t>(end_ - cursor_)) return allocateSlow(size);
     char* const text = cursor_;
