@@ -1,0 +1,345 @@
+// SPDX-License-Identifier: MIT
+//
+// Notebook: what its items say, how long things live, and what its limits do.
+#include <gtest/gtest.h>
+
+#include <iterator>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "host/notebook.hpp"
+#include "tests/host/temporary_folder.h"
+#include "tests/support/compound_writer.h"
+#include "tests/support/notebook_builder.h"
+#include "tests/support/sheet_driver.h"
+
+#ifndef _WIN32
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <thread>
+#endif
+
+namespace qps::test {
+namespace {
+
+static_assert(std::input_iterator<ItemRange::Iterator>);
+static_assert(!std::is_copy_constructible_v<Notebook> && !std::is_copy_constructible_v<ItemRange>);
+static_assert(std::is_nothrow_move_constructible_v<Notebook>);
+static_assert(std::is_nothrow_move_assignable_v<ItemRange>);
+
+Notebook openBytes(const Bytes& bytes, const OpenOptions& options = {}) {
+  auto notebook = Notebook::open(std::span(bytes), options);
+  if (!notebook) throw std::runtime_error(notebook.error().message);
+  return *std::move(notebook);
+}
+
+// All cells of a notebook, as "A 2,3 text" lines.
+std::vector<std::string> cellsOf(const Notebook& notebook) {
+  std::vector<std::string> cells;
+  for (const Sheet& sheet : notebook.sheets()) {
+    for (const qps::Item& item : notebook.items(sheet)) {
+      if (const auto cell = item.cell())
+        cells.push_back(std::string(sheet.name) + " " + std::to_string(cell->row()) + "," +
+                        std::to_string(cell->column()) + " " + std::string(cell->text()));
+    }
+  }
+  return cells;
+}
+
+// Two worksheets with `rows` labels each.
+NotebookBuilder twoSheets(unsigned rows) {
+  NotebookBuilder builder;
+  builder.header();
+  for (unsigned sheet = 0; sheet < 2; ++sheet) {
+    builder.sheetStart(sheet).table(1, rows);
+    for (unsigned row = 0; row < rows; ++row)
+      builder.label({.row = row}, "label " + std::to_string(row));
+    builder.sheetEnd();
+  }
+  return builder.end();
+}
+
+TEST(Notebook, NamesTheFieldsOfItems) {
+  NotebookBuilder builder;
+  builder.header()
+      .settings(true)
+      .notebookText(rec::kText38, "top")
+      .notebookText(rec::kText37, "low");
+  builder.flag(rec::kFlag257, 0).settings(false).font(12, 0x27, "Times");
+  builder.style({.horizontal = 3, .vertical = 1, .lines = {1, 0, 0, 2}});
+  builder.style({.font = 99});
+  builder.sheetStart().sheetName("Plan").table(3, 20).defaultColumnWidth(900).defaultRowHeight(250);
+  builder.columnWidth(1, 1200).rowHeight(4, 600);
+  builder.label({.column = 0, .row = 0, .style = 1}, "bordered").blank({.column = 1, .style = 2});
+  const Bytes bytes = builder.label({.column = 2, .style = 2}, "").sheetEnd().end().bytes();
+  const Notebook notebook = openBytes(bytes);
+  ASSERT_EQ(notebook.sheets().size(), 1u);
+  const Sheet& sheet = notebook.sheets()[0];
+  EXPECT_EQ(sheet.name, "Plan");
+  EXPECT_EQ(notebook.findSheet("Plan"), &sheet);
+  EXPECT_EQ(notebook.findSheet("plan"), nullptr);
+
+  ItemRange items = notebook.items(sheet);
+  auto item = items.begin();
+  const auto info = item->sheetInfo();
+  ASSERT_TRUE(info);
+  EXPECT_EQ(info->rowCount, 20u);
+  EXPECT_EQ(info->columnCount, 3u);
+  EXPECT_EQ(info->defaultColumnWidth, 900u);
+  EXPECT_EQ(info->defaultRowHeight, 250u);
+  EXPECT_TRUE(info->record257Flag);
+  EXPECT_FALSE(info->record258Flag);
+  EXPECT_FALSE(item->cell() || item->columnWidths() || item->rowHeight() || item->notebookText());
+
+  const auto width = (++item)->columnWidths();
+  ASSERT_TRUE(width);
+  EXPECT_EQ(std::tuple(width->first, width->last, width->size), std::tuple(2u, 2u, 1200u));
+  const auto height = (++item)->rowHeight();
+  ASSERT_TRUE(height);
+  EXPECT_EQ(std::tuple(height->first, height->last, height->size), std::tuple(5u, 5u, 600u));
+  EXPECT_EQ((++item)->notebookText(), "top");
+  EXPECT_EQ((++item)->notebookText(), "low");
+
+  const auto bordered = (++item)->cell();
+  ASSERT_TRUE(bordered);
+  EXPECT_EQ(bordered->text(), "bordered");
+  const CellStyle style = bordered->style();
+  EXPECT_EQ(style.alignment, item->raw().cell.alignment);
+  EXPECT_NE(style.borders[0].line, BorderLine::kNone);
+  EXPECT_EQ(style.borders[1].line, BorderLine::kNone);
+  ASSERT_TRUE(style.font);
+  EXPECT_EQ(style.font->name, "Times");
+  EXPECT_EQ(style.font->size, 12u);
+  EXPECT_TRUE(style.font->bold && style.font->italic && style.font->underline);
+  EXPECT_TRUE(style.font->strikeOut);
+
+  const auto blank = (++item)->cell();
+  ASSERT_TRUE(blank);
+  EXPECT_FALSE(blank->hasText());
+  EXPECT_EQ(blank->text(), "");
+  EXPECT_EQ(blank->style().borders[0].line, BorderLine::kNone) << "nothing of the cell before";
+  EXPECT_FALSE(blank->style().font) << "nor its font";
+
+  const auto empty = (++item)->cell();
+  ASSERT_TRUE(empty);
+  EXPECT_TRUE(empty->hasText()) << "an empty text is not the same as none";
+  EXPECT_EQ(++item, items.end());
+  EXPECT_EQ(items.begin(), items.end());
+  EXPECT_FALSE(items.error());
+}
+
+TEST(CellView, DecodesTheAlignmentByte) {
+  const struct {
+    unsigned alignment;
+    HorizontalAlign horizontal;
+    VerticalAlign vertical;
+  } rows[] = {
+      {0x00, HorizontalAlign::kGeneral, VerticalAlign::kDefault},
+      {0x8E, HorizontalAlign::kLeft, VerticalAlign::kBottom},
+      {0x29, HorizontalAlign::kRight, VerticalAlign::kCentre},
+      {0x87, HorizontalAlign::kCentre, VerticalAlign::kTop},
+      {0x42, HorizontalAlign::kCentreAcross, VerticalAlign::kBottom},
+      {0x1C, HorizontalAlign::kLeft, VerticalAlign::kDefault},
+  };
+  for (const auto& row : rows) {
+    SSItemCell cell{};
+    cell.alignment = static_cast<std::uint8_t>(row.alignment);
+    const CellStyle style = CellView(cell).style();
+    EXPECT_EQ(style.horizontal, row.horizontal) << row.alignment;
+    EXPECT_EQ(style.vertical, row.vertical) << row.alignment;
+  }
+}
+
+// The same items as through the exported operations, by every road to the bytes.
+TEST(Notebook, DeliversWhatTheReaderDelivers) {
+  const TemporaryFolder folder;
+  const NotebookBuilder builder = everyRecordNotebook();
+  const Bytes& plain = builder.bytes();
+  const Bytes wrapped = writeCompound({}, {{"PerfectOffice_MAIN", plain}});
+  std::vector<std::vector<test::Item>> expected;
+  RecordingHost host(plain);
+  for (const auto& entry : listSheets(host).value_or(std::vector<SSWorkSheetEntry>{}))
+    expected.push_back(readSheet(host, entry.startOffset).items);
+  ASSERT_FALSE(expected.empty());
+
+  const auto compare = [&expected](const char* road, Expected<Notebook> notebook) {
+    SCOPED_TRACE(road);
+    ASSERT_TRUE(notebook) << notebook.error().message;
+    ASSERT_EQ(notebook->sheets().size(), expected.size());
+    for (const Sheet& sheet : notebook->sheets()) {
+      auto reference = expected[sheet.index].begin();
+      ItemRange items = notebook->items(sheet);
+      for (const qps::Item& item : items) {
+        ASSERT_NE(reference, expected[sheet.index].end());
+        ASSERT_EQ(item.raw().kind, reference->kind());
+        if (const auto cell = item.cell()) {
+          EXPECT_EQ(cell->row(), reference->row());
+          EXPECT_EQ(cell->column(), reference->column());
+          EXPECT_EQ(cell->hasText() ? std::optional<std::string>(cell->text()) : std::nullopt,
+                    reference->text);
+          EXPECT_EQ(cell->style().alignment, reference->alignment());
+        }
+        if (const auto text = item.notebookText()) {
+          EXPECT_EQ(*text, reference->text);
+        }
+        ++reference;
+      }
+      EXPECT_EQ(reference, expected[sheet.index].end());
+      EXPECT_FALSE(items.error());
+    }
+  };
+  compare("plain, memory", Notebook::open(std::span(plain)));
+  compare("compound, memory", Notebook::open(std::span(wrapped)));
+  for (Bytes bytes : {plain, wrapped}) {
+    bytes.resize(bytes.size() + 100000);  // neither ends where the file ends
+    const auto path = folder.write("file", bytes);
+    compare("file, read into memory", Notebook::open(path));
+    compare("file, read in blocks", Notebook::open(path, {.memoryLimit = 3 * bytes.size()}));
+  }
+}
+
+TEST(Notebook, RangesOutliveItAndAdvanceInTurn) {
+  const Bytes bytes = twoSheets(50).bytes();
+  auto notebook = std::make_unique<Notebook>(openBytes(bytes));
+  TextArena arena = notebook->textArena();
+  std::vector<ItemRange> ranges;
+  for (const Sheet& sheet : notebook->sheets()) ranges.push_back(notebook->items(sheet, arena));
+  ItemRange left = notebook->items(notebook->sheets()[0]);
+  EXPECT_NE(left.begin(), left.end());  // and left there
+  notebook.reset();
+
+  std::vector<std::string_view> texts[2];
+  ItemRange::Iterator iterators[] = {ranges[0].begin(), ranges[1].begin()};
+  ItemRange kept = std::move(ranges[0]);
+  EXPECT_EQ(ranges[0].begin(), ranges[0].end());
+  while (iterators[0] != kept.end() || iterators[1] != kept.end()) {
+    for (int i = 0; i < 2; ++i) {
+      if (iterators[i] == kept.end()) continue;
+      if (const auto cell = iterators[i]->cell()) texts[i].push_back(cell->text());
+      ++iterators[i];
+    }
+  }
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_EQ(texts[i].size(), 50u);
+    for (std::size_t row = 0; row < 50; ++row)
+      EXPECT_EQ(texts[i][row], "label " + std::to_string(row)) << "all texts live in the arena";
+  }
+}
+
+TEST(Notebook, IsEmptyOnceMovedFrom) {
+  const Bytes bytes = twoSheets(1).bytes();
+  Notebook notebook = openBytes(bytes);
+  const Notebook other = std::move(notebook);
+  const Sheet sheet = other.sheets()[0];
+  // NOLINTBEGIN(bugprone-use-after-move,clang-analyzer-cplusplus.Move): what it is about
+  EXPECT_TRUE(notebook.sheets().empty());
+  ItemRange items = notebook.items(sheet);
+  EXPECT_EQ(items.begin(), items.end());
+  EXPECT_FALSE(items.error() || notebook.damage());
+  EXPECT_EQ(notebook.memoryInUse(), 0u);
+  EXPECT_EQ(notebook.textArena().allocate(1), nullptr);
+  EXPECT_EQ(notebook.facts().kind, FileKind::kUnknown);
+  // NOLINTEND(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
+}
+
+// With any limit: an error that says so, or everything.
+TEST(Notebook, MeetsTheMemoryLimitWithAnErrorAndNeverSilently) {
+  const Bytes bytes = everyRecordNotebook().bytes();
+  const std::vector<std::string> expected = cellsOf(openBytes(bytes));
+  std::map<std::string, int> outcomes;
+  for (std::size_t limit = 1; limit < 200000; limit += limit / 64 + 64) {
+    SCOPED_TRACE("limit " + std::to_string(limit));
+    auto notebook = Notebook::open(std::span(bytes), {.memoryLimit = limit});
+    if (!notebook) {
+      EXPECT_EQ(notebook.error().reason, Reason::kMemoryLimit) << notebook.error().message;
+      ++outcomes["not opened"];
+      continue;
+    }
+    bool limited = false;
+    for (const Sheet& sheet : notebook->sheets()) {
+      ItemRange items = notebook->items(sheet);
+      for (const qps::Item& item : items)
+        EXPECT_NE(item.raw().kind, 0u);
+      const auto error = items.error();
+      EXPECT_TRUE(!error || error->reason == Reason::kMemoryLimit) << error->message;
+      limited = limited || error;
+      EXPECT_LE(notebook->memoryInUse(), limit);
+    }
+    EXPECT_TRUE(limited || cellsOf(*notebook) == expected);
+    ++outcomes[limited ? "limited" : "whole"];
+  }
+  EXPECT_EQ(outcomes.size(), 3u) << "the limits went through all outcomes";
+}
+
+TEST(Notebook, ArenasCountTowardsTheLimit) {
+  const Bytes bytes = twoSheets(5000).bytes();
+  const Notebook notebook = openBytes(bytes, {.memoryLimit = 60000});
+  TextArena arena = notebook.textArena();
+  ItemRange items = notebook.items(notebook.sheets()[0], arena);
+  std::size_t withText = 0;
+  for (const qps::Item& item : items)
+    if (const auto cell = item.cell()) withText += cell->hasText() ? 1 : 0;
+  EXPECT_LT(withText, 5000u);
+  ASSERT_TRUE(items.error());
+  EXPECT_EQ(items.error()->reason, Reason::kMemoryLimit);
+  EXPECT_TRUE(arena.failed());
+}
+
+TEST(Notebook, GivesEverythingBack) {
+  const Bytes bytes = everyRecordNotebook().bytes();
+  const Notebook notebook = openBytes(bytes);
+  const std::size_t before = notebook.memoryInUse();
+  for (int round = 0; round < 2; ++round) {
+    for (const Sheet& sheet : notebook.sheets()) {
+      ItemRange whole = notebook.items(sheet);
+      for (const qps::Item& item : whole)
+        EXPECT_NE(item.raw().kind, 0u);
+      ItemRange abandoned = notebook.items(sheet);
+      EXPECT_NE(abandoned.begin(), abandoned.end());
+    }
+    EXPECT_EQ(notebook.memoryInUse(), before);
+  }
+}
+
+TEST(Notebook, LeavesOutWorksheetsThatTheFileDoesNotDescribe) {
+  NotebookBuilder builder;
+  builder.header().sheetStart(0).record(rec::kTable).sheetEnd();
+  const Bytes bytes = builder.sheetStart(1).table(1, 1).label({}, "x").sheetEnd().end().bytes();
+  const Notebook notebook = openBytes(bytes);
+  ASSERT_EQ(notebook.sheets().size(), 1u);
+  EXPECT_EQ(notebook.sheets()[0].name, "B");
+  EXPECT_EQ(notebook.sheets()[0].index, 0u);
+}
+
+#ifndef _WIN32
+TEST(Notebook, ReadsAPipeToItsEndFirst) {
+  const TemporaryFolder folder;
+  const Bytes bytes = twoSheets(9000).bytes();
+  const auto path = folder.path() / "pipe";
+  ::signal(SIGPIPE, SIG_IGN);  // the writer's, when the limit ends the reading early
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  for (const std::size_t limit : {std::size_t{0}, std::size_t{100000}}) {
+    std::thread writer([&] {
+      std::ofstream out(path, std::ios::binary);
+      out.write(reinterpret_cast<const char*>(bytes.data()),
+                static_cast<std::streamsize>(bytes.size()));
+    });
+    const auto notebook = Notebook::open(path, {.memoryLimit = limit});
+    writer.join();
+    ASSERT_EQ(static_cast<bool>(notebook), limit == 0);
+    if (notebook) {
+      EXPECT_EQ(cellsOf(*notebook).size(), 18000u);
+    } else {
+      EXPECT_EQ(notebook.error().reason, Reason::kMemoryLimit);
+    }
+  }
+}
+#endif
+
+}  // namespace
+}  // namespace qps::test

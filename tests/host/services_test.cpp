@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+//
+// The services table: where libraries are looked for, and the conversion of letters.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "host/heap_pool.hpp"
+#include "host/host_services.hpp"
+#include "host/library_loader.hpp"
+#include "reader/ole_interface.h"
+#include "tests/host/temporary_folder.h"
+
+namespace qps::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The compound-document library, as the build lays it where an installed one would lie.
+fs::path builtLibrary() {
+  for (const fs::path& folder : librarySearchFolders())
+    if (fs::exists(folder / OLE_LIBRARY_NAME)) return folder / OLE_LIBRARY_NAME;
+  return {};
+}
+
+// Makes the current directory another one until its end.
+struct CurrentDirectory {
+  explicit CurrentDirectory(const fs::path& path) { fs::current_path(path); }
+  ~CurrentDirectory() { fs::current_path(before); }
+  fs::path before = fs::current_path();
+};
+
+TEST(LibraryLoader, LooksInAbsoluteFoldersOnly) {
+  const auto folders = librarySearchFolders();
+  ASSERT_FALSE(folders.empty());
+  for (const fs::path& folder : folders)
+    EXPECT_TRUE(folder.is_absolute()) << folder;
+  EXPECT_NE(builtLibrary(), fs::path()) << "the reader's own folder is one of them";
+}
+
+TEST(LibraryLoader, TakesBareNamesOnly) {
+  const fs::path library = builtLibrary();
+  const std::string folderName = library.parent_path().filename().string();
+  for (const std::string& name :
+       {library.string(), "./" + std::string(OLE_LIBRARY_NAME),
+        "../" + folderName + "/" + OLE_LIBRARY_NAME, ".\\" + std::string(OLE_LIBRARY_NAME),
+        std::string(), std::string("."), std::string("..")})
+    EXPECT_EQ(loadLibraryByName(name.c_str()), nullptr) << name;
+}
+
+TEST(LibraryLoader, PassesOverTheCurrentDirectory) {
+  const TemporaryFolder folder;
+  fs::copy_file(builtLibrary(), folder.path() / "decoy.dll");
+  const CurrentDirectory there(folder.path());
+  EXPECT_EQ(loadLibraryByName("decoy.dll"), nullptr);
+}
+
+TEST(HostServices, LoadsALibraryOnceAndNotesAMissingOne) {
+  HeapPool heap;
+  HostServices services(heap);
+  void* first = nullptr;
+  void* second = nullptr;
+  ASSERT_NE(services.loadLibrary(&services, OLE_LIBRARY_NAME, &first), 0);
+  services.freeLibrary(&services, first);
+  ASSERT_NE(services.loadLibrary(&services, OLE_LIBRARY_NAME, &second), 0);
+  EXPECT_EQ(first, second);
+  EXPECT_NE(services.getSymbol(&services, second, OLE_ENTRY_POINT), nullptr);
+  EXPECT_EQ(services.getSymbol(&services, second, "noSuchSymbol"), nullptr);
+  services.freeLibrary(&services, second);
+
+  EXPECT_FALSE(services.libraryMissing());
+  void* none = &services;
+  EXPECT_EQ(services.loadLibrary(&services, "no-such-library.dll", &none), 0);
+  EXPECT_EQ(none, nullptr);
+  EXPECT_TRUE(services.libraryMissing());
+}
+
+TEST(HostServices, ConvertsAsciiLettersAlone) {
+  HeapPool heap;
+  HostServices services(heap);
+  const struct {
+    const char* text;
+    const char* lower;
+    const char* upper;
+  } rows[] = {
+      {"", "", ""},
+      {"Wednesday", "wednesday", "WEDNESDAY"},
+      {"@AZ[`az{ 09", "@az[`az{ 09", "@AZ[`AZ{ 09"},
+      {"I i \xC4\xE4\xDD\xFD", "i i \xC4\xE4\xDD\xFD", "I I \xC4\xE4\xDD\xFD"},
+  };
+  for (const auto& row : rows) {
+    std::string lower = row.text;
+    std::string upper = row.text;
+    EXPECT_STREQ(services.toLowerText(&services, lower.data()), row.lower);
+    EXPECT_STREQ(services.toUpperText(&services, upper.data()), row.upper);
+  }
+}
+
+}  // namespace
+}  // namespace qps::test
