@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// Makes examples/budget.wb2: a household budget with two worksheets that shows what a notebook can
-// hold. It is the text recipe of that file: change this and run `make_example examples/budget.wb2`.
+// Makes examples/budget.wb2, a household budget with two worksheets that shows what a notebook can
+// hold, and examples/budget.wb3, the same in a compound document. It is the text recipe of those
+// files: change this and run `make_example examples/budget.wb2 examples/budget.wb3`.
 #include <cstdio>
 #include <initializer_list>
 #include <string_view>
 
+#include "tests/support/compound_writer.h"
 #include "tests/support/notebook_builder.h"
 
 using namespace qps::test;
@@ -118,9 +120,8 @@ void addDefinitions(NotebookBuilder& book) {
 void addHeadings(NotebookBuilder& book, unsigned row,
                  std::initializer_list<std::string_view> texts) {
   unsigned column = 0;
-  for (const std::string_view text : texts) {
+  for (const std::string_view text : texts)
     book.label({column++, row, kHeading}, text);
-  }
 }
 
 void addBudgetSheet(NotebookBuilder& book) {
@@ -146,9 +147,8 @@ void addBudgetSheet(NotebookBuilder& book) {
     book.label({0, row, kNormal}, line.item).number({1, row, kDue}, line.due);
     book.number({2, row, kMoney}, line.planned).number({3, row, kMoney}, line.spent);
     book.formula({4, row, kDifference}, line.left).formula({5, row, kShare}, line.share);
-    if (line.left < 0) {
+    if (line.left < 0)
       book.formulaWithString({6, row, kRemark}).string({6, row, kRemark}, "over budget");
-    }
     ++row;
   }
   book.label({0, kHiddenRow, kNormal}, "Lines").integer({2, kHiddenRow, kNormal}, 5);
@@ -179,28 +179,30 @@ void addCarSheet(NotebookBuilder& book) {
   book.sheetEnd();
 }
 
+bool writeFile(const char* path, const Bytes& bytes) {
+  std::FILE* file = std::fopen(path, "wb");
+  if (file == nullptr) {
+    std::perror(path);
+    return false;
+  }
+  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+  if (std::fclose(file) == 0 && written) return true;
+  std::perror(path);
+  return false;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fputs("usage: make_example FILE\n", stderr);
+  if (argc != 3) {
+    std::fputs("usage: make_example PLAIN_FILE COMPOUND_FILE\n", stderr);
     return 2;
   }
   NotebookBuilder book;
   addDefinitions(book);
   addBudgetSheet(book);
   addCarSheet(book);
-  const Bytes& bytes = book.end().bytes();
-
-  std::FILE* file = std::fopen(argv[1], "wb");
-  if (file == nullptr) {
-    std::perror(argv[1]);
-    return 1;
-  }
-  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-  if (std::fclose(file) != 0 || !written) {
-    std::perror(argv[1]);
-    return 1;
-  }
-  return 0;
+  const Bytes& plain = book.end().bytes();
+  const Bytes compound = writeCompound({}, {{"PerfectOffice_MAIN", plain}});
+  return writeFile(argv[1], plain) && writeFile(argv[2], compound) ? 0 : 1;
 }

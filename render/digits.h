@@ -20,7 +20,8 @@ inline constexpr size_t kDigitsRoom = 24;
 inline constexpr size_t kGroupedDigitsRoom = 32;
 
 inline constexpr uint64_t kHundredMillion = 100'000'000;
-inline constexpr uint64_t kEightZeros = 0x3030'3030'3030'3030;  // "00000000"
+inline constexpr uint64_t kEightZeros = 0x3030'3030'3030'3030;    // "00000000"
+inline constexpr uint64_t kGroupedZeros = 0x3030'302C'3030'302C;  // ",000,000"
 
 // "00" to "99".
 inline constexpr std::array<char, 200> kDigitPairs = [] {
@@ -50,9 +51,8 @@ constexpr uint64_t eightDigits(uint32_t value) {
   return tens | (twos - tens * 10) << 8;
 }
 
-// Stores eight digits as eightDigits gives them; `out` has room for eight bytes.
-inline void storeDigits(char* out, uint64_t digits) {
-  uint64_t text = digits + kEightZeros;
+// Stores eight characters, the first in the lowest byte of `text`; `out` has room for all of them.
+inline void storeText(char* out, uint64_t text) {
   if constexpr (std::endian::native == std::endian::big) {
     for (size_t i = 0; i < 8; ++i, text >>= 8)
       out[i] = static_cast<char>(text & 0xFF);
@@ -77,13 +77,13 @@ inline char* writeUpToEightDigits(char* out, uint32_t value, int minDigits = 1) 
   // The last digit always shows: the bit set there keeps the count of leading zeros at most seven.
   const int zeros = std::countr_zero(digits | uint64_t{1} << 56) / 8;
   const int dropped = std::min(zeros, 8 - minDigits);
-  storeDigits(out, digits >> (dropped * 8));
+  storeText(out, (digits + kEightZeros) >> (dropped * 8));
   return out + (8 - dropped);
 }
 
 // The last `count` (1 to 8) of the eight digits of `value` below 10^8. Writes eight bytes.
 inline char* writeLastDigits(char* out, uint32_t value, int count) {
-  storeDigits(out, eightDigits(value) >> ((8 - count) * 8));
+  storeText(out, (eightDigits(value) + kEightZeros) >> ((8 - count) * 8));
   return out + count;
 }
 
@@ -112,7 +112,7 @@ constexpr uint64_t sixDigits(uint32_t value) {
 
 // ",123,456": all of what sixDigits gives.
 inline char* writeSixGroupedDigits(char* out, uint32_t value) {
-  storeDigits(out, sixDigits(value) - 0x0000'0004'0000'0004);
+  storeText(out, sixDigits(value) + kGroupedZeros);
   return out + 8;
 }
 
@@ -120,8 +120,7 @@ inline char* writeSixGroupedDigits(char* out, uint32_t value) {
 inline char* writeUpToSixGroupedDigits(char* out, uint32_t value) {
   const uint64_t digits = sixDigits(value);
   const int dropped = std::countr_zero(digits | uint64_t{1} << 56) / 8;
-  // Shifted before it is subtracted: a borrow must not come from a byte that is dropped.
-  storeDigits(out, (digits >> (dropped * 8)) - (0x0000'0004'0000'0004 >> (dropped * 8)));
+  storeText(out, (digits + kGroupedZeros) >> (dropped * 8));
   return out + (8 - dropped);
 }
 

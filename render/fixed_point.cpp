@@ -8,15 +8,13 @@
 // with part = m mod 2^s. With d decimals the digits after the point are q = part x 10^d / 2^s,
 // rounded.
 //
-//   - For s <= 64, part / 2^s is a 64-bit fraction, exactly. Its product with 10^d (below 2^64 for
-//     d <= 19) is exact in 128 bits: the high half is q, not yet rounded, and the low half is what
-//     is left, to be compared with 2^63.
-//   - For greater s, part x 10^d < 2^53 x 2^64 is exact in 128 bits. For s >= 128 it is less than
-//   half
-//     of 2^s, so q is 0; otherwise q is its high half without the last s - 64 bits.
-//   - In the middle the even decimal is the one whose last digit is even: for d > 0 that digit is
-//   q's
-//     (10^d is even, so whole does not matter); for d = 0 q is 0 and the digit is whole's.
+//   - For s <= 64, part / 2^s is a 64-bit fraction, exactly. Its product with 10^d, which is below
+//     2^64 for d <= 19, is exact in 128 bits: the high half is q, not yet rounded, and the low half
+//     is what is left, to be compared with 2^63.
+//   - For greater s, part x 10^d < 2^53 x 2^64 is exact in 128 bits. From s = 128 on it is less
+//     than half of 2^s, and q is 0; before, q is the high half without its last s - 64 bits.
+//   - In the middle the even decimal is the one whose last digit is even. For d > 0 that digit is
+//     the last of q (10^d is even, so whole does not matter); for d = 0 it is the last of whole.
 //   - q rounded may be 10^d: then the digits after the point are zeros and whole is one more.
 //
 // whole is m x 2^-s for s <= 0, and fits as long as -s is at most 11. bench/prove_fixed_point.cpp

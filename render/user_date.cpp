@@ -113,7 +113,8 @@ class DateWalk {
       : fields_(fields), services_(services), dial_(dial), out_(out) {}
 
   void run(std::string_view rest) {
-    while (!rest.empty()) {
+    // A format text may be ten times as long as a result.
+    while (!rest.empty() && !out_.truncated()) {
       if (rest.front() == kQuote) {
         rest.remove_prefix(1);
         out_.append(takeLiteral(rest));

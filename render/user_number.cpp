@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "render/user_number.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
@@ -23,12 +24,14 @@ char userNumberBuffer[kAreaBytes];
 class DigitWalk {
  public:
   DigitWalk(const NumberSection& section, std::string_view number, TextBuffer& out)
-      : out_(out), number_(number), grouping_(section.grouping), signChars_(out.size()) {
-    wholeLeft_ = static_cast<int>(std::min(number.find('.'), number.size()));
-    excess_ = std::max(wholeLeft_ - section.integerPlaceholders, 0);
-    zerosLeft_ = std::max(section.integerPlaceholders - wholeLeft_, 0);
-    wholeIsPlaced_ = section.integerPlaceholders != 0;
-  }
+      : out_(out),
+        number_(number),
+        wholeLeft_(static_cast<int>(std::min(number.find('.'), number.size()))),
+        excess_(std::max(wholeLeft_ - section.integerPlaceholders, 0)),
+        zerosLeft_(std::max(section.integerPlaceholders - wholeLeft_, 0)),
+        wholeIsPlaced_(section.integerPlaceholders != 0),
+        grouping_(section.grouping),
+        signChars_(out.size()) {}
 
   void run(std::string_view rest) {
     while (!rest.empty()) {
@@ -117,14 +120,14 @@ class DigitWalk {
 
   TextBuffer& out_;
   std::string_view number_;  // what is left of its text
-  int zerosLeft_ = 0;        // zeros still to come before it
-  int excess_ = 0;           // digits before the point that have no placeholder
-  int wholeLeft_ = 0;        // digits before the point, with the excess
-  bool wholeIsPlaced_ = false;
+  int wholeLeft_;            // digits before the point, while there are some in excess
+  int excess_;               // digits before the point that have no placeholder
+  int zerosLeft_;            // zeros still to come before the number
+  bool wholeIsPlaced_;
   bool grouping_;
+  size_t signChars_;
   bool pastPoint_ = false;
   bool digitWritten_ = false;
-  size_t signChars_;
 };
 
 void renderDigits(const NumberSection& section, bool minus, double magnitude, TextBuffer& out) {
@@ -165,20 +168,40 @@ bool isPlainWhole(std::string_view whole, bool grouping) {
   return true;
 }
 
-// Fills in the plain form of a section that has one, and leaves all others to the walk. From the
-// magnitude on that has a digit for every placeholder that must show one, the walk writes the
-// digits one after the other.
+// The least magnitude for which placeholders that are plain show just the number: it has a digit
+// for each of them from the first "0" on, and for all of them when every separator shows.
+double leastPlain(std::string_view whole, bool everySeparatorShows) {
+  constexpr auto kMostDigits = 16;
+  const std::string_view shown = whole.substr(std::min(whole.find('0'), whole.size()));
+  const std::string_view needed = everySeparatorShows ? whole : shown;
+  const auto digits = std::count_if(needed.begin(), needed.end(), [](char c) { return c != ','; });
+  if (digits > kMostDigits) return std::numeric_limits<double>::infinity();
+  if (digits == 1 && !shown.empty()) return 0;
+  double least = 1;
+  for (auto i = digits; i > 1; --i)
+    least *= 10;
+  return least;
+}
+
+// Fills in the plain form of a section that has one, and leaves all others to the walk.
 void findPlainForm(NumberSection& section) {
   std::string_view rest = section.text;
-  // What stands before the first literal or digit is dropped.
+  // What stands before the first literal or placeholder is dropped.
   rest.remove_prefix(std::min(rest.find_first_of("'09,."), rest.size()));
   std::string_view prefix;
   if (rest.starts_with(kQuote)) {
     rest.remove_prefix(1);
     prefix = takeLiteral(rest);
   }
-  const std::string_view core = rest.substr(0, rest.find_first_not_of("09,."));
-  rest.remove_prefix(core.size());
+  const std::string_view whole = rest.substr(0, rest.find_first_not_of("09,"));
+  rest.remove_prefix(whole.size());
+  if (whole.empty() || !isPlainWhole(whole, section.grouping)) return;
+  if (rest.starts_with('.')) {
+    rest.remove_prefix(1);
+    const size_t decimals = std::min(rest.find_first_not_of("09"), rest.size());
+    if (decimals == 0) return;  // "0." shows a point that the number does not have
+    rest.remove_prefix(decimals);
+  }
   std::string_view suffix = rest;
   if (rest.starts_with(kQuote)) {
     rest.remove_prefix(1);
@@ -187,29 +210,7 @@ void findPlainForm(NumberSection& section) {
   }
   if (rest.find_first_of("09.+-;'") != std::string_view::npos) return;
 
-  const std::string_view whole = core.substr(0, core.find('.'));
-  const std::string_view fraction = core.substr(std::min(whole.size() + 1, core.size()));
-  if (whole.empty() || fraction.find_first_not_of("09") != std::string_view::npos) return;
-  if (fraction.empty() != (whole.size() == core.size())) return;  // a point with nothing behind it
-  if (!isPlainWhole(whole, section.grouping)) return;
-
-  // The digits that show for small numbers too: those from the first "0" on. Behind a prefix all of
-  // the separators show.
-  size_t digits = 0;
-  const size_t firstZero = std::min(whole.find('0'), whole.size());
-  for (const char character : whole.substr(firstZero))
-    digits += character == ',' ? 0 : 1;
-  const bool showsZero = digits != 0;
-  if (section.grouping && !prefix.empty()) {
-    digits = static_cast<size_t>(section.integerPlaceholders);
-  }
-  constexpr size_t kMostDigits = 16;
-  if (digits > kMostDigits) return;
-  double least = showsZero && digits == 1 ? 0.0 : 1.0;
-  for (; digits > 1; --digits)
-    least *= 10.0;
-
-  section.plainFrom = least;
+  section.plainFrom = leastPlain(whole, section.grouping && !prefix.empty());
   section.prefix = prefix;
   section.suffix = suffix;
 }

@@ -163,8 +163,8 @@ QPSSheet* QPSInitSheet(QPSReader* reader, void* itemAllocContext, uint32_t sheet
   sheet.itemAllocContext = itemAllocContext;
   sheet.itemAlloc = itemAlloc;
   sheet.sheetStart = sheetStart;
+  sheet.records.stream = reader->stream;
   if (reader->stream->open(reader->stream) == 0) return nullptr;
-  sheet.records.stream = reader->stream;  // from here on, closing the sheet closes it
   if (!probeByteOrder(sheet.records.swapBytes)) return nullptr;
   setDefaults(sheet);
   if (!selectStream(sheet)) return nullptr;

@@ -63,9 +63,10 @@ format() {
 # Lints the code that ships, with the compile commands of the clang preset.
 tidy() {
   local status=0
-  buildPreset clang || status=1
-  sources {reader,scan,items,styles,format,render,sheetinfo,olefio,host,tool}/'*.cpp' |
-    xargs -0 -r -n 1 -P "$(nproc)" clang-tidy-14 -p build/clang --quiet > build/log/tidy.txt 2>&1 ||
+  quietly tidy-configure cmake --preset clang || status=1
+  sed -n 's/.*"file": "\(.*\)".*/\1/p' build/clang/compile_commands.json |
+    grep -E "^$PWD/(reader|scan|items|styles|format|render|sheetinfo|olefio|host|tool)/" |
+    xargs -r -n 1 -P "$(nproc)" clang-tidy-14 -p build/clang --quiet > build/log/tidy.txt 2>&1 ||
     status=1
   sed -n '/: \(error\|warning\): /,+3p' build/log/tidy.txt
   count $status

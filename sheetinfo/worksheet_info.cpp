@@ -75,7 +75,9 @@ DisplayName nameFromBody(const BodyView& body) {
 // given back when the scan is over, however it ends.
 class OpenFile {
  public:
-  explicit OpenFile(SSHostServices* services) : services_(services) {}
+  OpenFile(SSStream* stream, SSHostServices* services) : services_(services) {
+    records_.stream = stream;
+  }
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
   ~OpenFile() {
@@ -87,10 +89,10 @@ class OpenFile {
 
   RecordStream& records() { return records_; }
 
-  // Opens `file` and reads the header of the first record, which must be a file header.
-  [[nodiscard]] bool open(SSStream* file) {
+  // Reads the header of the first record, which must be a file header.
+  [[nodiscard]] bool readFirstHeader() {
+    SSStream* file = records_.stream;
     if (file->open(file) == 0) return false;
-    records_.stream = file;
     if (file->read(file, records_.recordBuffer, kRecordHeaderBytes) != kRecordHeaderBytes) {
       return false;
     }
@@ -227,8 +229,8 @@ void scanFile(RecordStream& records, EntryTable& table) {
 int32_t qpsWorkSheetInfo(QPSReader* reader, SSWorkSheetList* result) {
   using namespace qps;
   if (reader->stream == nullptr) return 0;
-  OpenFile file(reader->services);
-  if (!file.open(reader->stream)) return 0;
+  OpenFile file(reader->stream, reader->services);
+  if (!file.readFirstHeader()) return 0;
   EntryTable table(*result, reader->services);
   scanFile(file.records(), table);
   if (result->entries == nullptr) return 0;

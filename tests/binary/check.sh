@@ -7,7 +7,7 @@
 #   check.sh imports FILE PATTERNS   imports nothing but what a line of PATTERNS matches
 #   check.sh hardened FILE           is hardened, as a library or a program
 #   check.sh rpath FILE WANTED       has WANTED as its DT_RPATH, and no DT_RUNPATH
-#   check.sh flags COMMANDS ROOMS    every file of ROOMS (a|b) was compiled with the hardening flags
+#   check.sh flags COMMANDS FILES    every file of FILES/NAME.cpp was compiled with the hardening flags
 set -euo pipefail
 export LC_ALL=C
 
@@ -52,7 +52,7 @@ case $1 in
     [ "$paths" = "RPATH $3" ] || fail "wanted RPATH $3, found ${paths:-none}"
     ;;
   flags)
-    commands=$(grep '"command":' "$2" | grep -E "/($3)/[a-z_0-9]+\.cpp\"") || fail "no file of $3"
+    commands=$(grep '"command":' "$2" | grep -E " -c $3/[a-z_0-9]+\.cpp\"") || fail "no file of $3"
     for flag in -O[23s] -fstack-protector-strong -D_FORTIFY_SOURCE=2; do
       if grep -ve " $flag " <<< "$commands"; then fail "compiled without $flag"; fi
     done

@@ -86,7 +86,7 @@ const Damage kDamages[] = {
     {"mini sector shift", "MAIN", "no document", [](Document& d) { d.put(32, 2, 7); }},
     {"counts of sectors", "MAIN", "whole",
      [](Document& d) {
-       for (const std::size_t offset : {40, 44, 64, 72})
+       for (const std::size_t offset : {40u, 44u, 64u, 72u})
          d.put(offset, 4, kNone);
      }},
     {"cutoff 0", "MAIN", "whole", [](Document& d) { d.put(56, 4, 0); }},

@@ -26,9 +26,7 @@ struct Document {
     for (const std::string& call : host.log) {
       const bool isRecord = call.starts_with("inner ") && call != "inner close";
       const bool isMemory = call.find("lloc") != std::string::npos || call == "free";
-      if (!isRecord && !isMemory && !call.starts_with("to")) {
-        result.push_back(call);
-      }
+      if (!isRecord && !isMemory && !call.starts_with("to")) result.push_back(call);
     }
     return result;
   }

@@ -65,8 +65,12 @@ TEST(Opening, SucceedsOnlyAtACellOrTheSheetsEnd) {
 TEST(Opening, RefusedStreamsAndOffsetsOpenNothing) {
   NotebookBuilder book = everyRecordNotebook();
   RecordingHost host(book.bytes());
-  host.fail({.step = Step::kOpen});
+  host.fail({.step = Step::kOpen, .forGood = true});
   EXPECT_FALSE(readClean(host, book.sheetOffset()).opened);
+  host.logging = true;
+  EXPECT_FALSE(listSheets(host).has_value());
+  EXPECT_THAT(host.log, ElementsAre("calloc", "open", "close", "free"));
+  host.logging = false;
   host.clearFault();
   EXPECT_FALSE(readClean(host, 1u << 30).opened);
   EXPECT_TRUE(readClean(host, 0).opened) << "from the file's first record to its first cell";
@@ -77,16 +81,10 @@ TEST(Opening, RefusedStreamsAndOffsetsOpenNothing) {
 SheetRun readShortBody(unsigned type, bool inSheet, size_t bodyRead) {
   NotebookBuilder book;
   const Body body = Body().fill(17).u8(0xE7);
-  if (type != rec::kHeader) {
-    book.header();
-  }
-  if (inSheet) {
-    book.sheetStart();
-  }
+  if (type != rec::kHeader) book.header();
+  if (inSheet) book.sheetStart();
   book.record(type, body).raw(Body().u8(3).u16(0).bytes());
-  if (!inSheet) {
-    book.sheetStart();
-  }
+  if (!inSheet) book.sheetStart();
   // Read without the fault, the three bytes and the next one are a header whose body ends at mark.
   const size_t mark = book.bytes().size() + 1 + 256 * rec::kLabel;
   book.label({0, 9}, "after").sheetEnd();
@@ -99,22 +97,18 @@ SheetRun readShortBody(unsigned type, bool inSheet, size_t bodyRead) {
 }
 
 TEST(Opening, AFailedBodyReadFailsAllButTheRecordsThatMayBeLost) {
-  for (const unsigned type : {6u, 37u, 38u, 76u, 206u, 207u, 208u, 230u, 232u, 257u, 258u, 265u}) {
+  for (const unsigned type : {6u, 37u, 38u, 76u, 206u, 207u, 208u, 230u, 232u, 257u, 258u, 265u})
     EXPECT_FALSE(readShortBody(type, false, 5).opened) << type;
-  }
   EXPECT_TRUE(readShortBody(rec::kHeader, false, 3).opened);
-  for (const unsigned type : {150u, 210u, 212u, 216u, 222u, 224u, 231u}) {
+  for (const unsigned type : {150u, 210u, 212u, 216u, 222u, 224u, 231u})
     EXPECT_FALSE(readShortBody(type, true, 7).opened) << type;
-  }
-  for (const unsigned type : {214u, 220u, 261u}) {
+  for (const unsigned type : {214u, 220u, 261u})
     EXPECT_THAT(readShortBody(type, true, 7).kinds(), ElementsAre(10u, 15u)) << type;
-  }
 }
 
 TEST(Cells, AFailedBodyReadEndsTheSheetExceptForABlankCell) {
-  for (const unsigned type : {13u, 14u, 15u, 16u, 51u, 203u}) {
+  for (const unsigned type : {13u, 14u, 15u, 16u, 51u, 203u})
     EXPECT_THAT(readShortBody(type, true, 9).kinds(), ElementsAre(10u)) << type;
-  }
   EXPECT_THAT(readShortBody(12, true, 9).kinds(), ElementsAre(10u, 15u));
 }
 

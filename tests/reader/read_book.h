@@ -47,9 +47,8 @@ inline void nothing(NotebookBuilder&) {}
 
 inline std::vector<std::string> lines(const std::vector<Item>& items) {
   std::vector<std::string> result;
-  for (const Item& item : items) {
+  for (const Item& item : items)
     result.push_back(describe(item));
-  }
   return result;
 }
 
@@ -65,9 +64,8 @@ inline std::string sheetInfoOf(const NotebookBuilder& book) {
 // "text" of every cell, "(null)" where there is none.
 inline std::vector<std::string> textsOf(const NotebookBuilder& book) {
   std::vector<std::string> result;
-  for (const Item& cell : cellsOf(book)) {
+  for (const Item& cell : cellsOf(book))
     result.push_back(cell.text.value_or("(null)"));
-  }
   return result;
 }
 

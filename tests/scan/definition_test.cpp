@@ -119,9 +119,8 @@ TEST(Definitions, FontsAreNumberedInFileOrder) {
             "font=Open size=7 attr=1,0,0,0 extra=1,0");
 
   const Add many = [](auto& b) {
-    for (unsigned i = 1; i <= 257; ++i) {
+    for (unsigned i = 1; i <= 257; ++i)
       b.font(i, 0, std::string("F").append(std::to_string(i)));
-    }
   };
   EXPECT_THAT(fontOf(many, 255), HasSubstr("F255 "));
   EXPECT_THAT(fontOf(many, 0), HasSubstr("F256 "));

@@ -67,9 +67,8 @@ TEST(Layout, ColumnWidthsComeInRuns) {
       {"the column before it", [](auto& b) { b.columnWidth(254, 100); }, {run(255, 255, 100)}},
       {"all columns",
        [](auto& b) {
-         for (unsigned i = 0; i < 256; ++i) {
+         for (unsigned i = 0; i < 256; ++i)
            b.columnWidth(i, 100);
-         }
        },
        {run(1, 256, 100)}},
       {"the default spelled out",
@@ -186,15 +185,12 @@ TEST(Layout, AnyMixOfRowRecordsComesAsFromOneListOfNodes) {
           break;
         case 1:
           book.rowHeight(first, height);
-          if (height != standard) {
-            model.push_front({first + 1, height});
-          }
+          if (height != standard) model.push_front({first + 1, height});
           break;
         case 2:
           book.rowHeights(first, last, height);
-          for (unsigned row = first; row <= last && height != standard; ++row) {
+          for (unsigned row = first; row <= last && height != standard; ++row)
             model.push_front({row + 1, height});
-          }
           break;
         default: {
           Body bitmap;
@@ -205,9 +201,7 @@ TEST(Layout, AnyMixOfRowRecordsComesAsFromOneListOfNodes) {
               const auto found = std::find_if(model.begin(), model.end(), [&](const Row& node) {
                 return node.number == row + bit;
               });
-              if ((bits >> bit & 1) == 0) {
-                continue;
-              }
+              if ((bits >> bit & 1) == 0) continue;
               if (found != model.end()) {
                 found->height = 0;
               } else {
@@ -233,9 +227,7 @@ TEST(Layout, AFailedAllocationInARangeKeepsTheRowsBefore) {
     RecordingHost host(book.bytes());
     host.fail({.step = Step::kPoolBlock, .nth = nth, .forGood = true});
     const SheetRun run = readClean(host, book.sheetOffset());
-    if (!host.faultMet()) {
-      break;
-    }
+    if (!host.faultMet()) break;
     auto at = whole.begin();
     for (const Item& item : run.only(SSItemKindRowHeight)) {
       at = std::find(at, whole.end(), Row{item.raw.rowHeight.first, item.raw.rowHeight.value});
@@ -255,9 +247,8 @@ TEST(Layout, ColumnColoursAreReportedWhenAllColumnsShareOne) {
   };
   const auto all = [](unsigned first, unsigned style) {
     return [first, style](NotebookBuilder& b) {
-      for (unsigned i = first; i < 256; ++i) {
+      for (unsigned i = first; i < 256; ++i)
         b.columnStyle(i, style);
-      }
     };
   };
   EXPECT_EQ(colourOf(all(0, 1)), "colour=FF");

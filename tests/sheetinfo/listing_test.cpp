@@ -17,9 +17,8 @@ Names namesOf(const NotebookBuilder& book) {
   const auto entries = listSheets(host);
   EXPECT_EQ(host.state(), "clean");
   Names names;
-  for (const SSWorkSheetEntry& entry : entries.value_or(std::vector<SSWorkSheetEntry>())) {
+  for (const SSWorkSheetEntry& entry : entries.value_or(std::vector<SSWorkSheetEntry>()))
     names.emplace_back(entry.name);
-  }
   return entries.has_value() ? names : Names{"?"};
 }
 
@@ -40,9 +39,8 @@ TEST(Listing, NamesTheWorksheetsThatHaveADimensionTable) {
       {"numbers",
        [](auto& b) {
          b.header();
-         for (const unsigned number : {25u, 26u, 51u, 52u, 255u}) {
+         for (const unsigned number : {25u, 26u, 51u, 52u, 255u})
            b.sheetStart(number).table(1, 1).sheetEnd();
-         }
        },
        {"Z", "AA", "AZ", "BA", "IV"}},
       {"names",
@@ -145,9 +143,8 @@ TEST(Listing, TheReaderOwnsTheTableAndReplacesIt) {
 TEST(Listing, ATableThatCannotGrowIsGivenBack) {
   NotebookBuilder book;
   book.header();
-  for (unsigned number = 0; number < 40; ++number) {
+  for (unsigned number = 0; number < 40; ++number)
     book.sheetStart(number).table(1, 1).sheetEnd();
-  }
   size_t nth = 2;  // the first block is the handle
   for (;; ++nth) {
     RecordingHost host(book.bytes());
@@ -155,9 +152,7 @@ TEST(Listing, ATableThatCannotGrowIsGivenBack) {
     const auto entries = listSheets(host);
     EXPECT_EQ(host.state(), "clean");
     EXPECT_EQ(entries.has_value(), !host.faultMet());
-    if (!host.faultMet()) {
-      break;
-    }
+    if (!host.faultMet()) break;
   }
   EXPECT_GT(nth, 3u) << "the table grew";
 }

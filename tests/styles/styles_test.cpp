@@ -193,9 +193,8 @@ TEST(Styles, NothingOfACellRemainsForTheNext) {
       },
       [](auto& b) {
         unsigned row = 0;
-        for (const unsigned style : {1u, 2u, 3u, 4u, 5u, 1u, 6u, 99u, 3u, 98u, 2u}) {
+        for (const unsigned style : {1u, 2u, 3u, 4u, 5u, 1u, 6u, 99u, 3u, 98u, 2u})
           b.number({0, row++, style}, 60);
-        }
       }));
   EXPECT_THAT(texts, ElementsAre("text", "60", "February 28, 1900", "60", "February 28, 1900",
                                  "text", "60.000", "60", "February 28, 1900", "60", "60"));

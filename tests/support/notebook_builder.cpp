@@ -83,9 +83,7 @@ Self& NotebookBuilder::raw(const Bytes& bytes) {
 }
 
 Self& NotebookBuilder::record(unsigned type, const Body& body) {
-  if (type == rec::kSheetStart) {
-    sheetOffsets_.push_back(static_cast<uint32_t>(bytes_.size()));
-  }
+  if (type == rec::kSheetStart) sheetOffsets_.push_back(static_cast<uint32_t>(bytes_.size()));
   return rawHeader(type, static_cast<unsigned>(body.bytes().size())).raw(body.bytes());
 }
 
@@ -118,9 +116,8 @@ NotebookBuilder everyRecordNotebook() {
     book.rowHeight(1, 300).rowHeights(3, 6, 400).hiddenRows(Body().u8(0x21).u8(0x80));
     book.hiddenColumns(Body().u8(0x10)).unkept224().columnStyle(0, 2);
     book.blank({0, 0, 1}).label({0, 1, 1}, "label").integer({0, 2, 1}, -7);
-    for (unsigned i = 0; i < std::size(kFormats); ++i) {
+    for (unsigned i = 0; i < std::size(kFormats); ++i)
       book.number({1, i, i + 2}, 45296.75);
-    }
     book.formula({2, 0, 20}, -1234.5).formulaWithString({2, 1, 1}).string({2, 1, 1}, "result");
     book.formulaSpecial({2, 2, 1}, 0).formulaSpecial({2, 3, 1}, 3, 42).formulaSpecial({2, 4, 1}, 1);
     book.sheetEnd();

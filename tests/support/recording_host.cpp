@@ -23,9 +23,7 @@ std::string number(auto value) {
 
 std::string convertCase(std::string text, char first, char last) {
   for (char& c : text) {
-    if (c >= first && c <= last) {
-      c = static_cast<char>(c ^ 0x20);
-    }
+    if (c >= first && c <= last) c = static_cast<char>(c ^ 0x20);
   }
   return text;
 }
@@ -47,9 +45,7 @@ RecordingStream& RecordingStream::of(SSStream* table) {
 
 bool RecordingStream::mayCall(const char* operation) {
   host_.note(operation, {}, name_);
-  if (!isOpen_) {
-    host_.violate(name_ + operation + " on a closed stream");
-  }
+  if (!isOpen_) host_.violate(name_ + operation + " on a closed stream");
   return isOpen_;
 }
 
@@ -61,9 +57,7 @@ RecordingStream::RecordingStream(RecordingHost& host, std::string name, Bytes by
   table_.open = [](SSStream* stream) -> int32_t {
     RecordingStream& self = of(stream);
     self.host_.note("open", {}, self.name_);
-    if (self.isOpen_) {
-      self.host_.violate(self.name_ + "open of an open stream");
-    }
+    if (self.isOpen_) self.host_.violate(self.name_ + "open of an open stream");
     self.position_ = 0;
     self.isRefused_ = self.host_.shouldFail(Step::kOpen);
     self.isOpen_ = !self.isRefused_;
@@ -71,18 +65,12 @@ RecordingStream::RecordingStream(RecordingHost& host, std::string name, Bytes by
   };
   table_.read = [](SSStream* stream, void* buffer, size_t count) -> size_t {
     RecordingStream& self = of(stream);
-    if (!self.mayCall(self.host_.logging ? ("read " + number(count)).c_str() : "read")) {
-      return 0;
-    }
+    if (!self.mayCall(self.host_.logging ? ("read " + number(count)).c_str() : "read")) return 0;
     self.host_.largestRead_ = std::max(self.host_.largestRead_, count);
     size_t given =
         std::min(count, self.bytes_.size() - std::min(self.position_, self.bytes_.size()));
-    if (self.host_.shouldFail(Step::kRead)) {
-      given -= std::min(given, self.host_.fault_.shortBy);
-    }
-    if (given != 0) {
-      std::memcpy(buffer, self.bytes_.data() + self.position_, given);
-    }
+    if (self.host_.shouldFail(Step::kRead)) given -= std::min(given, self.host_.fault_.shortBy);
+    if (given != 0) std::memcpy(buffer, self.bytes_.data() + self.position_, given);
     self.position_ += given;
     self.host_.bytesRead_ += given;
     return given;
@@ -91,9 +79,7 @@ RecordingStream::RecordingStream(RecordingHost& host, std::string name, Bytes by
     RecordingStream& self = of(stream);
     const std::string detail =
         self.host_.logging ? "seek " + number(offset) + " " + number(origin) : "seek";
-    if (!self.mayCall(detail.c_str()) || self.host_.shouldFail(Step::kSeek)) {
-      return 0;
-    }
+    if (!self.mayCall(detail.c_str()) || self.host_.shouldFail(Step::kSeek)) return 0;
     if (origin != SSSeekFromStart && origin != SSSeekFromCurrent) {
       self.host_.violate("seek from origin " + number(origin));
       return 0;
@@ -114,9 +100,8 @@ RecordingStream::RecordingStream(RecordingHost& host, std::string name, Bytes by
   table_.close = [](SSStream* stream) {
     RecordingStream& self = of(stream);
     self.host_.note("close", {}, self.name_);
-    if (!self.isOpen_ && !self.isRefused_) {
+    if (!self.isOpen_ && !self.isRefused_)
       self.host_.violate(self.name_ + "close of a closed stream");
-    }
     self.isOpen_ = self.isRefused_ = false;
   };
 }
@@ -159,9 +144,7 @@ RecordingHost::RecordingHost(Bytes file) : file_(*this, "", std::move(file)) {
       host.violate("realloc of a block that is not the pool's");
       return nullptr;
     }
-    if (host.shouldFail(Step::kPoolBlock)) {
-      return nullptr;
-    }
+    if (host.shouldFail(Step::kPoolBlock)) return nullptr;
     void* moved = host.allocate(host.poolBlocks_, size, 0x5C);
     if (moved != nullptr) {
       const auto oldSize = host.poolBlocks_.at(block);
@@ -201,9 +184,8 @@ RecordingHost::RecordingHost(Bytes file) : file_(*this, "", std::move(file)) {
   services_.getSymbol = [](SSHostServices* services, void* library, const char* symbol) -> void* {
     RecordingHost& host = of(services);
     host.note("getSymbol", symbol);
-    if (library != &host.libraries_ || host.libraries_ == 0) {
+    if (library != &host.libraries_ || host.libraries_ == 0)
       host.violate("getSymbol in a library that is not loaded");
-    }
     return host.shouldFail(Step::kGetSymbol) || std::strcmp(symbol, OLE_ENTRY_POINT) != 0
                ? nullptr
                : reinterpret_cast<void*>(host.oleEntryPoint);
@@ -221,29 +203,22 @@ RecordingHost::RecordingHost(Bytes file) : file_(*this, "", std::move(file)) {
 
 RecordingHost::~RecordingHost() {
   for (const Blocks* blocks : {&poolBlocks_, &itemTexts_}) {
-    for (const auto& [block, size] : *blocks) {
+    for (const auto& [block, size] : *blocks)
       std::free(block);
-    }
   }
 }
 
 void* RecordingHost::itemAlloc(void* context, void* block, size_t size, uint32_t flags) {
   auto& host = *static_cast<RecordingHost*>(context);
   host.note("itemAlloc");
-  if (block != nullptr || flags != 0) {
-    host.violate("itemAlloc with a block or with flags");
-  }
+  if (block != nullptr || flags != 0) host.violate("itemAlloc with a block or with flags");
   return host.shouldFail(Step::kItemText) ? nullptr : host.allocate(host.itemTexts_, size, 0x5C);
 }
 
 void* RecordingHost::allocate(Blocks& blocks, size_t size, int filling) {
-  if (size == 0) {
-    violate("a block of no bytes");
-  }
+  if (size == 0) violate("a block of no bytes");
   void* block = std::malloc(size);
-  if (block == nullptr) {
-    return nullptr;
-  }
+  if (block == nullptr) return nullptr;
   std::memset(block, filling, size);
   blocks.emplace(block, size);
   if (&blocks == &poolBlocks_) {
@@ -259,9 +234,7 @@ void RecordingHost::release(Blocks& blocks, void* block, const char* what) {
     violate(std::string("free of what is no outstanding ") + what);
     return;
   }
-  if (&blocks == &poolBlocks_) {
-    poolBytes_ -= found->second;
-  }
+  if (&blocks == &poolBlocks_) poolBytes_ -= found->second;
   blocks.erase(found);
   std::free(block);
 }
@@ -285,25 +258,18 @@ void RecordingHost::note(std::string_view call, std::string_view detail, std::st
   ++hostCalls_;
   if (logging) {
     log.push_back(std::string(prefix).append(call));
-    if (!detail.empty()) {
-      log.back().append(" ").append(detail);
-    }
+    if (!detail.empty()) log.back().append(" ").append(detail);
   }
 }
 
 void RecordingHost::violate(const std::string& what) {
   violations_.push_back(what);
-  if (onViolation != nullptr) {
-    onViolation(what.c_str());
-  }
 }
 
 std::string RecordingHost::state() const {
   std::string found;
   const auto add = [&found](bool isLeft, const std::string& what) {
-    if (isLeft) {
-      found += (found.empty() ? "" : "; ") + what;
-    }
+    if (isLeft) found += (found.empty() ? "" : "; ") + what;
   };
   add(!poolBlocks_.empty(), number(poolBlocks_.size()) + " pool blocks");
   add(!itemTexts_.empty(), number(itemTexts_.size()) + " item texts");
@@ -311,9 +277,8 @@ std::string RecordingHost::state() const {
   add(containerOpen_, "container open");
   add(objectTaken_, "stream object not released");
   add(libraries_ != 0, number(libraries_) + " libraries loaded");
-  for (const std::string& violation : violations_) {
+  for (const std::string& violation : violations_)
     add(true, violation);
-  }
   return found.empty() ? "clean" : found;
 }
 
@@ -325,12 +290,9 @@ struct FakeLibrary {
   static void* openContainer(SSStream* file, SSMemoryPool* pool) {
     RecordingHost& host = RecordingHost::of(file);
     host.note("ole openContainer");
-    if (pool != &host.services_.pool || host.containerOpen_) {
+    if (pool != &host.services_.pool || host.containerOpen_)
       host.violate("openContainer with another pool, or twice");
-    }
-    if (file->open(file) == 0) {
-      return nullptr;
-    }
+    if (file->open(file) == 0) return nullptr;
     if (host.shouldFail(Step::kOpenContainer)) {
       file->close(file);
       return nullptr;
@@ -342,9 +304,7 @@ struct FakeLibrary {
   static int32_t openStream(void* container, const char* name) {
     RecordingHost& host = of(container);
     host.note("ole openStream", name);
-    if (host.shouldFail(Step::kOpenStream) || !host.containerStreams_.contains(name)) {
-      return 0;
-    }
+    if (host.shouldFail(Step::kOpenStream) || !host.containerStreams_.contains(name)) return 0;
     host.openStreamName_ = name;
     return 3;
   }
@@ -354,9 +314,8 @@ struct FakeLibrary {
     host.note("ole streamObject");
     host.objectTaken_ = true;
     const auto found = host.containerStreams_.find(host.openStreamName_);
-    if (host.shouldFail(Step::kStreamObject) || found == host.containerStreams_.end()) {
+    if (host.shouldFail(Step::kStreamObject) || found == host.containerStreams_.end())
       return nullptr;
-    }
     host.inner_ = std::make_unique<RecordingStream>(host, "inner ", found->second);
     host.inner_->open(true);
     return host.inner_->table();
@@ -365,9 +324,7 @@ struct FakeLibrary {
   static void releaseStreamObject(void* container) {
     RecordingHost& host = of(container);
     host.note("ole releaseStreamObject");
-    if (!host.objectTaken_) {
-      host.violate("releaseStreamObject without streamObject");
-    }
+    if (!host.objectTaken_) host.violate("releaseStreamObject without streamObject");
     host.objectTaken_ = false;
     host.inner_.reset();
   }
@@ -375,9 +332,8 @@ struct FakeLibrary {
   static void closeStream(void* container, const char* name) {
     RecordingHost& host = of(container);
     host.note("ole closeStream", name);
-    if (host.openStreamName_ != name || host.openStreamName_.empty()) {
+    if (host.openStreamName_ != name || host.openStreamName_.empty())
       host.violate("closeStream of a stream that is not open");
-    }
     host.openStreamName_.clear();
   }
 

@@ -117,8 +117,6 @@ class RecordingHost {
   bool logging = false;
   std::vector<std::string> log;
 
-  // Called with each violation when set; a fuzz target aborts there.
-  void (*onViolation)(const char* what) = nullptr;
   const std::vector<std::string>& violations() const { return violations_; }
   void violate(const std::string& what);
 

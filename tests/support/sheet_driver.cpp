@@ -84,30 +84,23 @@ bool isUntouched(const uint8_t* bytes, size_t count) {
 void checkStrayWrites(RecordingHost& host, const SSItem& item) {
   SSItem rest = item;
   std::memset(rest.bytes, kUntouched, sizeof(rest.kind));
-  for (const Field& field : fieldsOf(item.kind)) {
+  for (const Field& field : fieldsOf(item.kind))
     std::memset(rest.bytes + field.offset, kUntouched, field.size);
-  }
-  if (const size_t offset = textOffsetOf(item.kind); offset != 0) {
+  if (const size_t offset = textOffsetOf(item.kind); offset != 0)
     std::memset(rest.bytes + offset, kUntouched, sizeof(char*));
-  }
-  if (!isUntouched(rest.bytes, sizeof(rest.bytes))) {
+  if (!isUntouched(rest.bytes, sizeof(rest.bytes)))
     host.violate("an item of kind " + std::to_string(item.kind) + " wrote bytes that are not its");
-  }
 }
 
 // Copies the item's text out and gives the block back to where it came from.
 Item take(RecordingHost& host, const SSItem& delivered) {
   Item item{delivered, std::nullopt};
   const size_t offset = textOffsetOf(item.kind());
-  if (offset == 0) {
-    return item;
-  }
+  if (offset == 0) return item;
   char* text = nullptr;
   std::memcpy(&text, item.raw.bytes + offset, sizeof(text));
   std::memset(item.raw.bytes + offset, 0, sizeof(text));
-  if (text == nullptr) {
-    return item;
-  }
+  if (text == nullptr) return item;
   item.text = text;
   if (item.kind() == SSItemKindCell) {
     host.freeItemText(text);
@@ -119,17 +112,13 @@ Item take(RecordingHost& host, const SSItem& delivered) {
 
 std::string print(const Field& field, const SSItem& item) {
   const uint8_t* at = item.bytes + field.offset;
-  if (isUntouched(at, field.size)) {
-    return "-";
-  }
+  if (isUntouched(at, field.size)) return "-";
   if (field.size == SSItemFontNameBytes) {
     const char* name = reinterpret_cast<const char*>(at);
     return std::string(name, strnlen(name, SSItemFontNameBytes));
   }
   uint32_t value = *at;
-  if (field.size == sizeof(value)) {
-    std::memcpy(&value, at, sizeof(value));
-  }
+  if (field.size == sizeof(value)) std::memcpy(&value, at, sizeof(value));
   char digits[16];
   std::snprintf(digits, sizeof(digits), field.isHex ? "%X" : "%u", value);
   return digits;
@@ -147,9 +136,8 @@ std::string describe(const Item& item) {
     line += field.name[0] == '\0' ? "," : std::string(" ") + field.name + "=";
     line += print(field, item.raw);
   }
-  if (textOffsetOf(item.kind()) != 0) {
+  if (textOffsetOf(item.kind()) != 0)
     line += item.text.has_value() ? " text='" + *item.text + "'" : " no text";
-  }
   return line;
 }
 
@@ -182,16 +170,14 @@ SheetRun readSheet(RecordingHost& host, uint32_t offset, const SSReaderInterface
     SSItem item;
     for (;;) {
       std::memset(item.bytes, kUntouched, sizeof(item.bytes));
-      if (reader.processSheet(sheet, &item) != 0) {
-        break;
-      }
+      if (reader.processSheet(sheet, &item) != 0) break;
       checkStrayWrites(host, item);
       run.items.push_back(take(host, item));
+      if (!host.faultMet()) ++run.soundItems;
     }
     const size_t callsSoFar = host.hostCalls();
-    if (reader.processSheet(sheet, &item) != 1 || host.hostCalls() != callsSoFar) {
+    if (reader.processSheet(sheet, &item) != 1 || host.hostCalls() != callsSoFar)
       host.violate("QPSProcessSheet went on after the end");
-    }
     run.closeResult = reader.closeSheet(sheet);
   }
   reader.closeReader(handle);
@@ -205,9 +191,8 @@ std::optional<std::vector<SSWorkSheetEntry>> listSheets(RecordingHost& host,
       reader.allocateReader(&host, nullptr, host.stream(), host.services(), nullptr, nullptr);
   SSWorkSheetList list{0, nullptr};
   if (reader.getWorkSheetInfo(handle, &list, 0) == 1) {
-    if (list.entries != handle->sheetTable || list.count != handle->sheetCount) {
+    if (list.entries != handle->sheetTable || list.count != handle->sheetCount)
       host.violate("the reader's handle does not hold the listing");
-    }
     entries.emplace(list.entries, list.entries + list.count);
   } else if (list.entries != nullptr) {
     host.violate("a failed listing left a table");

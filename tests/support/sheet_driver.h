@@ -40,6 +40,7 @@ std::ostream& operator<<(std::ostream& out, const Item& item);
 struct SheetRun {
   bool opened = false;
   std::vector<Item> items;
+  size_t soundItems = 0;     // those that came before a fault was met
   int32_t closeResult = -2;  // of QPSCloseSheet
 
   std::vector<uint32_t> kinds() const;

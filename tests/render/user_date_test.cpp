@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+#include "render/user_date.h"
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <cstring>
+#include <random>
+#include <string>
+
+#include "reader/qps_reader.h"
+
+namespace qps {
+namespace {
+
+char* toUpper(SSHostServices*, char* text) {
+  for (char* at = text; *at != '\0'; ++at)
+    *at = static_cast<char>(std::toupper(*at));
+  return text;
+}
+
+char* toLower(SSHostServices*, char* text) {
+  for (char* at = text; *at != '\0'; ++at)
+    *at = static_cast<char>(std::tolower(*at));
+  return text;
+}
+
+// What the renderer gives, or "null".
+std::string shown(std::string_view format, const UserDateFields& fields,
+                  char* (*upper)(SSHostServices*, char*) = toUpper) {
+  SSHostServices services{};
+  services.toUpperText = upper;
+  services.toLowerText = toLower;
+  const auto text = qpsFormatUserDate(format, fields, &services);
+  if (!text) return "null";
+  EXPECT_EQ(std::strlen(text->data()), text->size());
+  return std::string(*text);
+}
+
+constexpr UserDateFields kSunday = {{1999, 3, 7}, {15, 4, 9}, 1, true};
+
+TEST(UserDate, Formats) {
+  struct Row {
+    const char* format;
+    const char* text;
+  };
+  for (const Row& row : {Row{"TDD-Mon-YY", "07-Mar-99"},
+                         {"TD' 'Month' 'YYYY", "7 March 1999"},
+                         {"TWEEKDAY", "SUNDAY"},
+                         {"TWeekday weekday", "Sunday sunday"},
+                         {"TWDAY Wday wday", "SUN Sun sun"},
+                         {"TMONTH Month month", "MARCH March march"},
+                         {"TMON Mon mon", "MAR Mar mar"},
+                         {"Twday mon", "sun mar"},
+                         {"THH:MM:SS", "15:04:09"},
+                         {"THH:MM' 'AMPM", "03:04 PM"},
+                         {"TH:M", "15:4"},
+                         {"TH:M:S", "15:4:9"},
+                         {"TMM/DD/YYYY", "03/07/1999"},
+                         // The minute only right behind an hour, whatever literals stand between.
+                         {"THH':'MM", "15:04"},
+                         {"THH:MM:SS MM", "15:04:09 03"},
+                         {"THH MM MM", "15 04 03"},
+                         {"TM H' o''clock, 'M", "3 15 o'clock, M"},
+                         // AMPM anywhere, in quotes too.
+                         {"T'AMPM'HH", "AMPM03"},
+                         {"TAMPM HH", "PM 03"},
+                         {"TAM", "A3"},
+                         // Literals.
+                         {"T'a''b'", "a'b"},
+                         {"T''''", "'"},
+                         {"T''DD", "07"},
+                         {"T'DD", "DD"},
+                         {"TDD'", "07"},
+                         {"T'x''", "x'"},
+                         {"TPM", "P3"},
+                         {"TMonday", "Marday"},
+                         {"Tnoon, \xE9t\xE9", "noon, \xE9t\xE9"},
+                         {"TYYYYYY", "199999"},
+                         {"TYYY", "99Y"},
+                         {"TDDD", "077"},
+                         {"TYY YYYY", "99 1999"},
+                         {"T", ""},
+                         {"", "null"},
+                         {"tDD", "null"},
+                         {"NDD", "null"}}) {
+    EXPECT_EQ(shown(row.format, kSunday), row.text) << row.format;
+  }
+}
+
+TEST(UserDate, Values) {
+  struct Row {
+    double serial;
+    const char* format;
+    const char* text;
+  };
+  for (const Row& row : {Row{45296, "TWeekday, Month D, YYYY", "Friday, January 5, 2024"},
+                         {45296, "TYY YYYY", "2024 2024"},
+                         {45296, "TD/M/YY", "5/1/2024"},
+                         {-1, "TWeekday DD", "Friday 29"},
+                         {-7, "TWeekday DD", "Saturday 23"},
+                         {-1, "TYY", "1899"},
+                         {2, "TYY", "00"},
+                         {-693959.0, "TYYYY", "0000"},
+                         {-693960.0, "TYYYY", "-0001"},
+                         {2e9, "TYYYY", "5477714"},
+                         {0.0, "TH:MM AMPM", "12:00 AM"},
+                         {0.5, "TH:MM AMPM", "12:00 PM"},
+                         {0.55, "TH:MM AMPM", "1:12 PM"},
+                         // Rounded up to midnight.
+                         {0.999999, "THH:MM' 'AMPM", "12:00 AM"},
+                         {0.999999, "THH:MM", "00:00"},
+                         {0.999999, "TH", "0"}}) {
+    EXPECT_EQ(shown(row.format, userDateFields(row.serial)), row.text) << row.format;
+  }
+}
+
+// The host may answer with any text.
+TEST(UserDate, CaseIsTheHosts) {
+  const auto elsewhere = [](SSHostServices*, char* text) {
+    static char answer[32];
+    std::strcpy(answer, text);
+    std::strcat(answer, "[\xC9]");
+    std::memset(text, '#', 16);
+    return answer;
+  };
+  EXPECT_EQ(shown("TWEEKDAY MON", kSunday, elsewhere), "Sunday[\xC9] Mar[\xC9]");
+}
+
+TEST(UserDate, TableRows) {
+  // Longer tokens come before those that begin them, so that the first match is the longest.
+  for (int row = 0; row < QPSUserDefineRows; ++row) {
+    const std::string token = qpsUSERDEFINE[row].token;
+    EXPECT_EQ(static_cast<size_t>(qpsUSERDEFINE[row].length), token.size());
+    for (int later = row + 1; later < QPSUserDefineRows; ++later) {
+      EXPECT_NE(std::string(qpsUSERDEFINE[later].token).rfind(token, 0), 0u) << token;
+    }
+  }
+  EXPECT_STREQ(qpsUSERDEFINE[10].token, "YYYY");
+  EXPECT_EQ(qpsUSERDEFINE[10].field, 17u);
+  EXPECT_STREQ(qpsUSERDEFINE[18].format, "%.2d");
+  EXPECT_STREQ(qpsUSERDEFINE[22].format, "%.d");
+}
+
+TEST(UserDate, LongTextsAreCut) {
+  EXPECT_EQ(shown("T'" + std::string(600, 'a'), kSunday), std::string(511, 'a'));
+  EXPECT_EQ(shown("T" + std::string(600, '-'), kSunday), std::string(511, '-'));
+  std::string months = "T", names;
+  for (int i = 0; i < 200; ++i)
+    months += "Month", names += "March";
+  EXPECT_EQ(shown(months, kSunday), names.substr(0, 511));
+
+  std::mt19937 random(1);
+  const std::string_view pieces[] = {"DD", "D", "M",  "Month", "WEEKDAY", "AMPM", "YY", "YYYY",
+                                     "H",  "S", "'",  "''",    "mon",     "-",    "A",  "\xFF",
+                                     "W",  "m", "wd", "x y z", "'MM'",    "YYY"};
+  for (int i = 0; i < 500; ++i) {
+    std::string format = "T";
+    for (size_t count = random() % 300; count != 0; --count) {
+      format += pieces[random() % std::size(pieces)];
+    }
+    const double serial = std::ldexp(static_cast<double>(random()) - 0x1p31, -16);
+    EXPECT_LE(shown(format, userDateFields(serial)).size(), 511u);
+  }
+}
+
+}  // namespace
+}  // namespace qps

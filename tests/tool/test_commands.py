@@ -1,0 +1,161 @@
+# SPDX-License-Identifier: MIT
+# What each command prints: the real program, on notebooks made for the case.
+import csv
+import io
+import json
+import os
+import tempfile
+import unittest
+
+from notebooks import (EXAMPLE, blank, font, integer, label, notebook, record, run, sheet, style)
+
+PLAIN = notebook(sheet(label(0, 0, b"X"), label(1, 0, b"Y"), integer(0, 1, 1), integer(1, 1, -5)))
+TWO = notebook(sheet(label(0, 0, b"first"), name=b"Budget"),
+               sheet(label(0, 0, b"second"), name=b"2", number=1))
+GAPS = notebook(sheet(label(2, 4, b"last"), label(1, 1, b"a"), label(2, 1, b"b")))
+ODD = notebook(sheet(label(0, 0, b'a"b'), label(1, 0, b"c,d"), label(2, 0, b"e\nf"),
+                     label(0, 1, b"caf\xe9 \x80"), label(1, 1, b"  pad "), label(2, 1, b"")))
+FORMULAS = notebook(sheet(*[label(0, i, text) for i, text in enumerate([
+    b"=1+1", b"@SUM(A1)", b"+A1", b"-cmd|' /C calc'!A0", b"\tx", b"-1+cmd|'x'!A0", b"+-A1",
+    b"-5", b"-1,234.50", b"-1.5E+03", b"-$5", b"-20%", b"--", b"-3 kg", b"a=b"])]))
+CONTROLS = notebook(sheet(label(0, 0, b"\x1b[31mred\x07"), label(1, 0, b"tab\there"), name=b"\x1b"))
+HIDDEN = notebook(sheet(record(222, b"\x06"), record(220, b"\x10\x01"), blank(3, 9), label(1, 2, b"x"),
+                        name=b"Budget", columns=7, rows=10))
+EMPTY_SHEET = notebook(sheet(), sheet(label(0, 0, b"x"), number=1))
+TEXTS = notebook(sheet(label(0, 0, b"x")),
+                 definitions=record(265) + record(38, b"Header\0") + record(37, b"Footer\0") +
+                 record(266) + font() + style())
+
+# notebook, arguments, standard output
+CASES = [
+    (PLAIN, ["csv"], "X,Y\n1,-5\n"),
+    (TWO, ["csv"], "first\n\nsecond\n"),
+    (TWO, ["csv", "--separator", r"\f--\n"], "first\n\f--\nsecond\n"),
+    (TWO, ["csv", "--sheet", "Budget"], "first\n"),
+    (TWO, ["csv", "--sheet", "1"], "first\n"),
+    (TWO, ["csv", "--sheet", "2"], "second\n"),  # by its name
+    (TWO, ["csv", "--sheet", "2", "--sheet", "Budget"], "first\n\nsecond\n"),
+    (GAPS, ["csv"], ",,\n,a,b\n,,\n,,\n,,last\n"),
+    (GAPS, ["csv", "--skip-empty"], ",a,b\n,,last\n"),
+    (GAPS, ["csv", "--delimiter", ";"], ";;\n;a;b\n;;\n;;\n;;last\n"),
+    (PLAIN, ["csv", "--delimiter", "tab"], "X\tY\n1\t-5\n"),
+    (PLAIN, ["csv", "--crlf", "--bom"], "\ufeffX,Y\r\n1,-5\r\n"),
+    (ODD, ["csv"], '"a""b","c,d","e\nf"\ncaf\u00e9 \u20ac,  pad ,\n'),
+    (ODD, ["csv", "--trim"], '"a""b","c,d","e\nf"\ncaf\u00e9 \u20ac,pad,\n'),
+    (ODD, ["csv", "--encoding", "cp850"], '"a""b","c,d","e\nf"\ncaf\u00da \u00c7,  pad ,\n'),
+    (FORMULAS, ["csv", "--csv-safe"],
+     "'=1+1\n'@SUM(A1)\n'+A1\n'-cmd|' /C calc'!A0\n'\tx\n'-1+cmd|'x'!A0\n'+-A1\n-5\n\"-1,234.50\"\n"
+     "-1.5E+03\n-$5\n-20%\n--\n-3 kg\na=b\n"),
+    (EMPTY_SHEET, ["csv"], "\nx\n"),
+    (GAPS, ["text"], "=== A ===\n\n\ta\tb\n\n\n\t\tlast\n"),
+    (GAPS, ["text", "--skip-empty"], "=== A ===\n\ta\tb\n\t\tlast\n"),
+    (CONTROLS, ["text"], "=== \u241b ===\n\u241b[31mred\u2407\ttab\u2409here\n"),
+    (TEXTS, ["text"], "notebook text 38: Header\nnotebook text 37: Footer\n=== A ===\nx\n"),
+    (HIDDEN, ["sheets"],
+     "number\tname\trows\tcolumns\tused\tcells\tblank cells\thidden rows\thidden columns\toffset\n"
+     "1\tBudget\t10\t7\tB3\t1\t1\t2\t2\t35\n"),
+    (HIDDEN, ["csv"], ",\n,\n,x\n"),
+    (EMPTY_SHEET, ["sheets", "--sheet", "1"],
+     "number\tname\trows\tcolumns\tused\tcells\tblank cells\thidden rows\thidden columns\toffset\n"
+     "1\tA\t3\t3\t-\t0\t0\t0\t0\t35\n"),
+]
+
+
+class Commands(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+
+    def file(self, data, name="book.wb2"):
+        path = os.path.join(self.folder, name)
+        with open(path, "wb") as file:
+            file.write(data)
+        return path
+
+    def output(self, data, *args):
+        result = run(*args, self.file(data))
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        return result.stdout.decode()
+
+    def test_output_of_each_command(self):
+        for data, args, expected in CASES:
+            with self.subTest(args=args, expected=expected):
+                self.assertEqual(self.output(data, *args), expected)
+
+    def test_a_later_cell_in_the_same_place_counts_and_is_warned_of(self):
+        twice = notebook(sheet(label(0, 0, b"old"), label(1, 0, b"b"), label(0, 0, b"new")))
+        result = run("csv", self.file(twice))
+        self.assertEqual(result.stdout, b"new,b\n")
+        self.assertIn(b"has 1 cell more than once", result.stderr)
+
+    def test_a_large_sheet_column_by_column_comes_out_in_rows(self):
+        cells = [integer(c, r, (c * 7919 + r) % 30000) for c in range(4) for r in range(1500)]
+        cells.insert(2, integer(0, 60000, 9))  # out of order, far away
+        rows = list(csv.reader(io.StringIO(self.output(notebook(sheet(*cells)), "csv", "--skip-empty"))))
+        self.assertEqual(len(rows), 1501)
+        for r in range(1500):
+            self.assertEqual(rows[r], [str((c * 7919 + r) % 30000) for c in range(4)])
+        self.assertEqual(rows[1500], ["9", "", "", ""])
+
+    def test_long_and_many_texts_survive(self):
+        texts = [("x" * n).encode() for n in (0, 1, 5000, 5100)] + [b"\xe9" * 5000]
+        data = notebook(sheet(*[label(i, 0, text) for i, text in enumerate(texts)]))
+        row = next(csv.reader(io.StringIO(self.output(data, "csv"))))
+        self.assertEqual(row, [text.decode("cp1252") for text in texts])
+
+    def test_east_asian_encoding(self):
+        text = "\u8868\u683c, \u4e88\u7b97"  # the first has a backslash for its second byte
+        data = notebook(sheet(label(0, 0, text.encode("cp932")), label(1, 0, b"\x82")))
+        result = run("csv", "--encoding", "CP932", self.file(data))
+        self.assertEqual(result.stdout.decode(), f'"{text}",\ufffd\n')
+        self.assertIn(b"warning: 1 byte is not defined in CP932", result.stderr)
+
+    def test_corner_cells_cost_what_two_cells_cost(self):
+        sheets = [sheet(label(0, 0, b"a"), label(255, 65535, b"z"), number=n) for n in range(50)]
+        path = self.file(notebook(*sheets))
+        for args in (["text"], ["csv", "--skip-empty"], ["json"], ["sheets"]):
+            result = run(args[0], "--max-memory", "20M", *args[1:], path)
+            self.assertEqual((result.returncode, result.stderr), (0, b""))
+
+    def test_json_objects(self):
+        data = notebook(
+            sheet(record(216, b"\x01\x00\xf4\x01"), record(214, b"\x04\x00\x2c\x01"),
+                  label(0, 0, b'q"\xe9', style=2), blank(1, 4), name=b"S"),
+            definitions=font() + font(b"Times", 12, 0x23) + style() +
+            style(font=2, align=0x0B, colours=0x45, blend=0x50, lines=0xE4, line_colours=0x4321))
+        lines = [json.loads(line) for line in self.output(data, "json").splitlines()]
+        self.assertEqual([line["kind"] for line in lines],
+                         ["sheet", "columnWidths", "rowHeight", "cell", "cell"])
+        for line in lines:
+            self.assertEqual((line["sheet"], line["sheetNumber"]), ("S", 1))
+        self.assertEqual((lines[1]["firstColumn"], lines[1]["width"], lines[1]["hidden"]), (2, 500, False))
+        self.assertEqual((lines[2]["row"], lines[2]["height"]), (5, 300))
+        cell = {key: lines[3][key] for key in lines[3] if key not in ("file", "sheet", "sheetNumber")}
+        self.assertEqual(cell, {
+            "kind": "cell", "address": "A1", "row": 1, "column": 1, "text": 'q"\u00e9',
+            "alignment": {"horizontal": "right", "vertical": "centre"},
+            "fillColour": "#ff0000", "textColour": "#00ff00",
+            "borders": {"top": {"line": "thin", "colour": "#808080"},
+                        "right": {"line": "double", "colour": "#000000"},
+                        "bottom": {"line": "thick", "colour": "#ff0000"}},
+            "font": {"name": "Times", "size": 12, "bold": True, "italic": True, "underline": False,
+                     "strikeOut": True}})
+        self.assertEqual((lines[4]["address"], lines[4]["text"]), ("B5", None))
+
+    def test_items_show_the_raw_fields(self):
+        out = self.output(TEXTS, "items")
+        self.assertIn("10 sheetInfo marker=1 rowCount=3 columnCount=3", out)
+        self.assertIn('13 record38Text text="Header"\n14 record37Text text="Footer"\n15 cell A1 text="x"', out)
+
+    def test_info_of_the_example(self):
+        result = run("info", EXAMPLE)
+        facts = dict(line.split(": ", 1) for line in result.stdout.decode().splitlines())
+        self.assertEqual(facts["format version"], "4098 (0x1002)")
+        self.assertEqual(facts["MIME type"], "application/x-quattropro")
+        self.assertTrue(facts["worksheets"].startswith("2 (Budget, "))
+        self.assertIn("Times New Roman 16 bold", facts["fonts in use"])
+
+
+if __name__ == "__main__":
+    unittest.main()

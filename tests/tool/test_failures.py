@@ -1,0 +1,160 @@
+# SPDX-License-Identifier: MIT
+# What happens when something is wrong: the exit status, one line on standard error that says which
+# file and why, and nothing on standard output that could be taken for a result.
+import os
+import re
+import signal
+import subprocess
+import tempfile
+import unittest
+
+from notebooks import (EXAMPLE, QPS, blank, font, integer, label, notebook, record, run, sheet, style)
+
+GOOD = notebook(sheet(label(0, 0, b"x")))
+TWO = notebook(sheet(label(0, 0, b"first")), sheet(label(0, 0, b"second"), number=1))
+CUT = TWO[:-30]
+UNDEFINED = notebook(sheet(label(0, 0, b"x")), sheet(label(0, 0, b"\x81\x8d"), number=1))
+TWICE = notebook(sheet(label(0, 0, b"x"), label(0, 0, b"y")))
+NO_END = notebook(sheet(label(0, 0, b"x")), sheet(label(0, 0, b"y"), number=1)[:-4])
+ROW_RANGES = notebook(sheet(*[record(261, b"\0\0\xfe\xff" + bytes([n % 200 + 1, 0]))
+                              for n in range(400)], label(0, 0, b"x")))
+LARGE = notebook(sheet(*[label(c, r, b"x" * 100) for r in range(2000) for c in range(20)]))
+
+# file contents (None: no such file), arguments, exit status, what standard error says of it
+CASES = [
+    (None, [], 1, "No such file or directory"),
+    (b"", [], 3, "empty"),
+    (b"hello, world", [], 3, "not a Quattro Pro for Windows notebook"),
+    (b"\x00\x00\x02\x00\x20\x51" + record(1), [], 3, "DOS"),
+    (b"%PDF-1.4 and so on", [], 3, "PDF"),
+    (b"PK\x03\x04 and so on", [], 3, "ZIP"),
+    (b"\xd0\xcf\x11\xe0\xa1\xb1\x1a\xe1" + bytes(600), [], 5, "compound document"),
+    (notebook(sheet(), definitions=record(76, b"\1\0") + style()), [], 4, "protected"),
+    (CUT, [], 5, "cut short"),
+    (GOOD[:40], [], 5, "cut short"),
+    (GOOD[:-4], [], 5, "cut short"),
+    (NO_END, [], 5, "end record"),
+    (LARGE, ["--max-memory", "1M"], 6, "memory limit"),
+    (GOOD, ["--sheet", "Budget"], 1, "no worksheet is named 'Budget'"),
+    (GOOD, ["--sheet", "2"], 1, "there is no worksheet 2"),
+    (GOOD, ["--sheet", "0"], 1, "there is no worksheet 0"),
+    (UNDEFINED, ["--strict"], 1, "2 bytes are not defined in windows-1252"),
+    (TWICE, ["--strict"], 1, "1 cell more than once"),
+]
+
+USAGE = [
+    [], ["frobnicate"], ["csv"], ["csv", "--nosuch", "x"], ["csv", "--delimiter", "ab", "x"],
+    ["csv", "--delimiter", '"', "x"], ["csv", "--delimiter", "", "x"], ["csv", "--encoding", "klingon", "x"],
+    ["csv", "--encoding", "UTF-16LE", "x"], ["csv", "--encoding", "cp1252//IGNORE", "x"],
+    ["csv", "--max-memory", "lots", "x"], ["csv", "--max-memory", "99999999999T", "x"],
+    ["csv", "--files0-from", "-", "x"], ["csv", "--files0-from", "/nonexistent/list"],
+    ["csv", "--output-dir", "", "x"], ["text", "--crlf", "x"], ["csv", "--sheet"],
+]
+
+ALL_COMMANDS = ["sheets", "info", "text", "csv", "json", "items"]
+
+
+class Failures(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def file(self, data, name="book.wb2"):
+        if data is not None:
+            with open(self.path(name), "wb") as file:
+                file.write(data)
+        return self.path(name)
+
+    def assert_fails(self, result, path, status, reason):
+        line = result.stderr.decode()
+        self.assertEqual((result.returncode, result.stdout), (status, b""), line)
+        self.assertTrue(line.startswith(f"qps: {path}: ") and reason in line, line)
+        self.assertEqual(line.count("\n"), 1, line)
+
+    def test_status_and_reason(self):
+        for data, args, status, reason in CASES:
+            with self.subTest(status=status, reason=reason):
+                path = self.path("missing") if data is None else self.file(data)
+                self.assert_fails(run("csv", *args, path), path, status, reason)
+
+    def test_every_command_prints_nothing_of_a_damaged_file(self):
+        path = self.file(CUT)
+        for command in ALL_COMMANDS:
+            with self.subTest(command=command):
+                self.assert_fails(run(command, path), path, 5, "cut short")
+
+    def test_every_prefix_of_a_notebook_fails(self):
+        for size in range(len(TWO)):
+            path = self.file(TWO[:size])
+            result = run("csv", path)
+            self.assertEqual((result.stdout, result.stderr.count(b"\n")), (b"", 1), size)
+            self.assertIn(result.returncode, (3, 5), size)
+
+    def test_salvage_prints_what_is_there(self):
+        path = self.file(CUT)
+        result = run("csv", "--salvage", path)
+        self.assertEqual((result.returncode, result.stdout), (5, b"first\n\n"))  # the second has no cell left
+        self.assertIn(b"cut short", result.stderr)
+        result = run("csv", "--salvage", self.file(NO_END))
+        self.assertEqual((result.returncode, result.stdout), (5, b"x\n\ny\n"))
+
+    def test_rows_without_end_hit_the_limit(self):
+        path = self.file(ROW_RANGES)
+        self.assert_fails(run("sheets", "--max-memory", "100M", path), path, 6, "memory limit")
+
+    def test_wrong_usage(self):
+        for args in USAGE:
+            with self.subTest(args=args):
+                result = run(*args)
+                self.assertEqual((result.returncode, result.stdout), (2, b""))
+                self.assertRegex(result.stderr.decode(), r"\Aqps: [^\n]+\n\Z")
+
+    def test_a_folder_is_no_file(self):
+        self.assert_fails(run("csv", self.folder), self.folder, 1, "directory")
+
+    def test_goes_on_after_a_failure_and_returns_the_first(self):
+        good, cut = self.file(GOOD, "good.wb2"), self.file(CUT, "cut.wb2")
+        other = self.file(b"hello", "other.txt")
+        result = run("csv", good, other, cut, good)
+        self.assertEqual((result.returncode, result.stdout), (3, b"x\n\nx\n"))
+        self.assertEqual(result.stderr.count(b"\n"), 2)
+
+    def test_warnings_can_be_silenced_but_failures_cannot(self):
+        path = self.file(UNDEFINED)
+        loud, quiet = run("csv", path), run("csv", "--quiet", path)
+        self.assertEqual((loud.stdout, loud.returncode), (quiet.stdout, quiet.returncode))
+        self.assertEqual(loud.stdout.decode(), "x\n\n\ufffd\ufffd\n")
+        self.assertRegex(loud.stderr.decode(), "warning: 2 bytes are not defined in windows-1252")
+        self.assertEqual(quiet.stderr, b"")
+        self.assert_fails(run("csv", "--quiet", self.path("missing")), self.path("missing"), 1, "No such")
+
+    def test_names_cannot_give_orders_to_the_terminal(self):
+        result = run("csv", self.path("\x1b[31mno\n"))
+        self.assertNotIn(b"\x1b", result.stderr)
+        self.assertEqual(result.stderr.count(b"\n"), 1)
+
+    def test_a_full_disk_is_noticed(self):
+        with open("/dev/full", "wb") as full:
+            for args in (["csv", EXAMPLE], ["--help"], ["csv", "--help"]):
+                result = run(*args, stdout=full)
+                self.assertEqual(result.returncode, 1)
+                self.assertEqual(result.stderr, b"qps: standard output: No space left on device\n")
+
+    def test_a_closed_pipe_ends_quietly(self):
+        path = self.file(LARGE)
+        for ignored in (True, False):  # the signal; then the write fails instead
+            reader, writer = os.pipe()
+            os.close(reader)
+            process = subprocess.run([*QPS, "csv", path], stdout=writer, stderr=subprocess.PIPE,
+                                     restore_signals=not ignored, timeout=60, check=False)
+            os.close(writer)
+            self.assertEqual(process.stderr, b"")
+            self.assertEqual(process.returncode, 1 if ignored else -signal.SIGPIPE)
+
+
+if __name__ == "__main__":
+    unittest.main()

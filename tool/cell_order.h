@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+//
+// Puts cells into rows. Notebooks hold them column by column, so this is the usual case for a large
+// sheet: three counting passes instead of a comparison sort, and one spare copy of the cells.
+#ifndef QPSREADER_TOOL_CELL_ORDER_H
+#define QPSREADER_TOOL_CELL_ORDER_H
+
+#include <cstddef>
+#include <vector>
+
+#include "tool/document.h"
+
+namespace qps {
+
+// Sorts by place, row by row. Of several cells in one place the last one stays; returns how many
+// others there were.
+std::size_t putInRows(std::vector<Cell>& cells);
+
+}  // namespace qps
+
+#endif  // QPSREADER_TOOL_CELL_ORDER_H

@@ -1,0 +1,254 @@
+// SPDX-License-Identifier: MIT
+//
+// The tables of commands and options, and the parser made of them.
+#include "tool/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <memory>
+#include <sstream>
+#include <string_view>
+#include <vector>
+
+#include "tool/status.h"
+
+namespace qps {
+namespace {
+
+constexpr Command kCommands[] = {
+    {CommandId::kSheets, "sheets", "List the worksheets: names, sizes, used ranges, cells, offsets",
+     Need::kCounts, ".sheets.tsv", false, writeSheets},
+    {CommandId::kInfo, "info", "Describe the notebook: kind, MIME type, version, fonts, styles",
+     Need::kCounts, ".info.txt", false, writeInfo},
+    {CommandId::kText, "text", "Print rows as lines and columns between tabs, for grep and diff",
+     Need::kTexts, ".txt", false, writeText},
+    {CommandId::kCsv, "csv", "Print comma-separated values (RFC 4180, UTF-8)", Need::kTexts, ".csv",
+     true, writeCsv},
+    {CommandId::kJson, "json", "Print JSON Lines: one object for each item, with its style",
+     Need::kItems, ".jsonl", false, writeJson},
+    {CommandId::kItems, "items", "Print every item with its raw fields, for debugging",
+     Need::kItems, ".items.txt", false, writeItems},
+};
+
+constexpr unsigned kEvery = ~0U;
+constexpr unsigned kCsvOnly = bitOf(CommandId::kCsv);
+constexpr unsigned kRows = bitOf(CommandId::kCsv) | bitOf(CommandId::kText);
+
+struct OptionRow {
+  const char* name;
+  const char* value;  // what stands for its value in the help; null for a switch
+  unsigned commands;  // those that have it
+  const char* help;
+  void (*set)(Settings& settings, const std::string& value);
+};
+
+const std::string& notEmpty(const char* option, const std::string& value) {
+  if (value.empty()) throw UsageError{std::string(option) + ": the name is empty"};
+  return value;
+}
+
+// "4M" and the like.
+std::uint64_t parseSize(const std::string& text) {
+  std::uint64_t number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [suffix, error] = std::from_chars(text.data(), end, number);
+  const std::string_view units = "KMGT";
+  unsigned shift = 0;
+  if (error == std::errc() && end - suffix == 1)
+    shift = 10 * (static_cast<unsigned>(units.find(*suffix)) + 1);  // npos + 1 is 0
+  const bool known = suffix == end || shift > 0;
+  if (error != std::errc() || !known || (number << shift >> shift) != number)
+    throw UsageError{"--max-memory: '" + text + "' is not a size such as 500M or 2G"};
+  return number << shift;
+}
+
+// The escapes that a shell does not offer everywhere.
+std::string parseEscapes(const std::string& text) {
+  std::string result;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '\\' || i + 1 == text.size()) {
+      result += text[i];
+      continue;
+    }
+    switch (text[++i]) {
+      case 'n':
+        result += '\n';
+        break;
+      case 'r':
+        result += '\r';
+        break;
+      case 't':
+        result += '\t';
+        break;
+      case 'f':
+        result += '\f';
+        break;
+      default:
+        result += text[i];
+    }
+  }
+  return result;
+}
+
+char parseDelimiter(const std::string& text) {
+  const std::string value = text == "tab" ? "\t" : parseEscapes(text);
+  const bool usable = value.size() == 1 && static_cast<unsigned char>(value[0]) < 0x80 &&
+                      std::string_view("\"\r\n").find(value[0]) == std::string_view::npos;
+  if (!usable)
+    throw UsageError{"--delimiter: '" + text + "' is not one ASCII character, or is a quote"};
+  return value[0];
+}
+
+constexpr OptionRow kOptions[] = {
+    {"--sheet", "NAME|NUMBER", kEvery,
+     "Only this worksheet, by its name or its number from 1 (repeatable)",
+     [](Settings& s, const std::string& value) { s.sheets.push_back(value); }},
+    {"--files0-from", "FILE", kEvery,
+     "Read the names of the files from FILE, each ended by a zero byte (- for standard input)",
+     [](Settings& s, const std::string& value) {
+       s.files0From = notEmpty("--files0-from", value);
+     }},
+    {"--output-dir", "DIR", kEvery, "Write a file for each notebook (csv: each worksheet) in DIR",
+     [](Settings& s, const std::string& value) { s.outputDir = notEmpty("--output-dir", value); }},
+    {"--encoding", "NAME", kEvery, "The notebook's character set (default windows-1252)",
+     [](Settings& s, const std::string& value) {
+       s.encoding = value;
+       s.encodingChosen = true;
+     }},
+    {"--strict", nullptr, kEvery, "Fail where there would be a warning, and print nothing",
+     [](Settings& s, const std::string&) { s.strict = true; }},
+    {"--salvage", nullptr, kEvery,
+     "Print what can be read of a damaged notebook (the exit status stays 5)",
+     [](Settings& s, const std::string&) { s.salvage = true; }},
+    {"--max-memory", "SIZE", kEvery, "Give up beyond SIZE bytes (K, M, G; default 1G; 0: no limit)",
+     [](Settings& s, const std::string& value) { s.maxMemory = parseSize(value); }},
+    {"--quiet", nullptr, kEvery, "No warnings and no progress; failures are still reported",
+     [](Settings& s, const std::string&) { s.quiet = true; }},
+    {"--skip-empty", nullptr, kRows, "Leave out rows in which nothing shows",
+     [](Settings& s, const std::string&) { s.skipEmpty = true; }},
+    {"--trim", nullptr, kRows, "Remove blanks at both ends of each text",
+     [](Settings& s, const std::string&) { s.trim = true; }},
+    {"--delimiter", "CHAR", kCsvOnly, "Between columns (default a comma; \\t or tab for a tab)",
+     [](Settings& s, const std::string& value) { s.delimiter = parseDelimiter(value); }},
+    {"--separator", "TEXT", kCsvOnly,
+     "Between worksheets in one output (default \\n, an empty line; \\f, \\t, \\r and \\\\ as in "
+     "C)",
+     [](Settings& s, const std::string& value) { s.separator = parseEscapes(value); }},
+    {"--crlf", nullptr, kCsvOnly, "End lines with CR LF",
+     [](Settings& s, const std::string&) { s.crlf = true; }},
+    {"--bom", nullptr, kCsvOnly, "Begin with a byte order mark",
+     [](Settings& s, const std::string&) { s.bom = true; }},
+    {"--csv-safe", nullptr, kCsvOnly,
+     "Put ' before texts that a spreadsheet would take for a formula (never before numbers)",
+     [](Settings& s, const std::string&) { s.csvSafe = true; }},
+};
+
+// CLI11 takes "[a,b]" for a list wherever an option may stand for several values. A mark before the
+// bracket keeps it what it is, the name of a file.
+constexpr char kMark = '\1';
+
+std::string marked(std::string argument) {
+  if (argument.starts_with('[') || argument.starts_with(kMark)) argument.insert(0, 1, kMark);
+  return argument;
+}
+
+std::string unmarked(std::string argument) {
+  if (argument.starts_with(kMark)) argument.erase(0, 1);
+  return argument;
+}
+
+void addOption(CLI::App& app, const OptionRow& row, Settings& settings) {
+  // The results as they were typed: CLI11's own conversions give brackets and braces a meaning.
+  const auto set = [&row, &settings](const CLI::results_t& values) {
+    for (const std::string& value : values)
+      row.set(settings, value);
+    return true;
+  };
+  if (row.value == nullptr) {
+    app.add_flag_callback(
+        row.name, [&row, &settings] { row.set(settings, ""); }, row.help);
+  } else {
+    app.add_option(row.name, set, row.help)
+        ->type_name(row.value)
+        ->take_all()
+        ->allow_extra_args(false);
+  }
+}
+
+CLI::App* addCommand(CLI::App& app, const Command& command, Settings& settings) {
+  CLI::App* const sub = app.add_subcommand(command.name, command.summary)->group("Commands");
+  const auto setFiles = [&settings](const CLI::results_t& values) {
+    for (const std::string& value : values)
+      settings.files.push_back(unmarked(value));
+    return true;
+  };
+  sub->add_option("FILE", setFiles, "Notebooks; - for standard input")
+      ->expected(1, -1)
+      ->allow_extra_args()
+      ->type_name("");
+  for (const OptionRow& row : kOptions)
+    if ((row.commands & bitOf(command.id)) != 0) addOption(*sub, row, settings);
+  return sub;
+}
+
+class HelpFormatter : public CLI::Formatter {
+ public:
+  HelpFormatter() { column_width(30); }
+  std::string make_usage(const CLI::App* app, std::string name) const override {
+    const bool top = app->get_parent() == nullptr;
+    return "Usage: " + name + (top ? " COMMAND [OPTIONS] FILE...\n" : " [OPTIONS] FILE...\n");
+  }
+};
+
+void check(const Command& command, const Settings& settings) {
+  const bool both = !settings.files.empty() && !settings.files0From.empty();
+  if (both) throw UsageError{"files are named on the command line and with --files0-from"};
+  if (settings.files.empty() && settings.files0From.empty())
+    throw UsageError{std::string(command.name) + ": no file is named (see 'qps " + command.name +
+                     " --help')"};
+}
+
+}  // namespace
+
+std::span<const Command> commands() {
+  return kCommands;
+}
+
+Invocation parseCommandLine(int argc, const char* const* argv) {
+  Invocation invocation;
+  CLI::App app("Read Quattro Pro for Windows notebooks (.wb1, .wb2, .wb3).", "qps");
+  app.formatter(std::make_shared<HelpFormatter>());
+  app.footer("'qps COMMAND --help' lists the options of a command.");
+  app.set_version_flag("--version", "qps " QPS_VERSION, "Print the version and exit");
+  app.set_help_flag("-h,--help", "Print this help and exit");
+  app.require_subcommand(0, 1);  // none is our own message
+
+  std::vector<CLI::App*> subs;
+  for (const Command& command : kCommands)
+    subs.push_back(addCommand(app, command, invocation.settings));
+
+  try {
+    std::vector<std::string> arguments;  // CLI11 wants them from the last to the first
+    for (int i = argc - 1; i > 0; --i)
+      arguments.push_back(marked(argv[i]));
+    app.parse(std::move(arguments));
+  } catch (const CLI::Success& request) {  // for the help or the version
+    std::ostringstream text;
+    app.exit(request, text, text);
+    invocation.text = text.str();
+    return invocation;
+  } catch (const CLI::ParseError& error) {
+    throw UsageError{std::string(error.what()) + " (see 'qps --help')"};
+  }
+
+  const auto parsed =
+      std::find_if(subs.begin(), subs.end(), [](const CLI::App* sub) { return sub->parsed(); });
+  if (parsed == subs.end()) throw UsageError{"no command is named (see 'qps --help')"};
+  invocation.command = &kCommands[parsed - subs.begin()];
+  check(*invocation.command, invocation.settings);
+  return invocation;
+}
+
+}  // namespace qps

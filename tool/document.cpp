@@ -1,0 +1,292 @@
+// SPDX-License-Identifier: MIT
+//
+// Reads a notebook into a Document: each worksheet that was asked for, item by item.
+#include "tool/document.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "tool/cell_order.h"
+#include "tool/progress.h"
+#include "tool/settings.h"
+#include "tool/text_forms.h"
+
+namespace qps {
+namespace {
+
+// What --max-memory is spent on besides the notebook's own pool, which counts for itself.
+class Budget {
+ public:
+  Budget(const Notebook& notebook, std::uint64_t limit) : notebook_(notebook), limit_(limit) {}
+
+  void charge(std::uint64_t bytes) {
+    used_ += bytes;
+    if (limit_ != 0 && used_ + notebook_.memoryInUse() > limit_)
+      throw Failure{Status::kLimit, "the memory limit was reached"};
+  }
+  void refund(std::uint64_t bytes) { used_ -= bytes; }
+
+ private:
+  const Notebook& notebook_;
+  std::uint64_t limit_;
+  std::uint64_t used_ = 0;
+};
+
+// Appends, and pays for the growth before it happens.
+template <class T>
+void append(std::vector<T>& values, const T& value, Budget& budget) {
+  if (values.size() == values.capacity()) {
+    const std::size_t grown = std::max<std::size_t>(64, values.capacity() * 2);
+    budget.charge((grown - values.capacity()) * sizeof(T));
+    values.reserve(grown);
+  }
+  values.push_back(value);
+}
+
+// The rows in order and each once: the reader delivers the height that holds first.
+void keepEachRowOnce(std::vector<Run>& heights) {
+  std::stable_sort(heights.begin(), heights.end(),
+                   [](const Run& a, const Run& b) { return a.first < b.first; });
+  const auto same = [](const Run& a, const Run& b) { return a.first == b.first; };
+  heights.erase(std::unique(heights.begin(), heights.end(), same), heights.end());
+}
+
+class Loader {
+ public:
+  Loader(Document& document, const Command& command, const Settings& settings, Progress& progress)
+      : document_(document),
+        need_(command.need),
+        salvage_(settings.salvage),
+        trims_(settings.trim),
+        progress_(progress),
+        budget_(document.notebook, settings.maxMemory) {}
+
+  void readSheet(const Sheet& sheet, std::string name);
+  void meetDamage(const Error& error);
+
+ private:
+  void take(const Item& item, SheetData& sheet);
+  void takeCell(const SSItemCell& item, SheetData& sheet);
+  void takeNotebookText(std::uint32_t record, std::string_view text);
+  std::uint32_t styleOf(const SSItemCell& item);
+  void finish(SheetData& sheet);
+
+  Document& document_;
+  Need need_;
+  bool salvage_;
+  bool trims_;
+  Progress& progress_;
+  Budget budget_;
+};
+
+void Loader::readSheet(const Sheet& sheet, std::string name) {
+  budget_.charge(sizeof(SheetData));
+  SheetData& data = document_.sheets.emplace_back();
+  data.number = sheet.index + 1;
+  data.name = std::move(name);
+  data.startOffset = sheet.startOffset;
+
+  const Notebook& notebook = document_.notebook;
+  ItemRange items =
+      need_ == Need::kCounts ? notebook.items(sheet) : notebook.items(sheet, document_.texts);
+  for (const Item& item : items)
+    take(item, data);
+  if (const auto error = items.error()) meetDamage(*error);
+  finish(data);
+}
+
+void Loader::meetDamage(const Error& error) {
+  Failure failure = failureOf(error);
+  if (!salvage_ || failure.status != Status::kDamaged) throw failure;
+  if (!document_.damage) document_.damage = std::move(failure);
+}
+
+void Loader::take(const Item& item, SheetData& sheet) {
+  switch (item.kind()) {
+    case Item::Kind::kCell:
+      takeCell(item.raw().cell, sheet);
+      break;
+    case Item::Kind::kSheetInfo:
+      sheet.info = *item.sheetInfo();
+      sheet.infoRecord = item.raw().sheetInfo;
+      break;
+    case Item::Kind::kColumnWidths:
+      append(sheet.columnWidths, *item.columnWidths(), budget_);
+      break;
+    case Item::Kind::kRowHeight:
+      if (need_ != Need::kTexts) append(sheet.rowHeights, *item.rowHeight(), budget_);
+      break;
+    case Item::Kind::kRecord38Text:
+      takeNotebookText(38, *item.notebookText());
+      break;
+    case Item::Kind::kRecord37Text:
+      takeNotebookText(37, *item.notebookText());
+      break;
+  }
+}
+
+void Loader::takeCell(const SSItemCell& item, SheetData& sheet) {
+  progress_.cellRead();
+  const char* const text = item.text;
+  const bool shows = text != nullptr && *text != '\0' && !(trims_ && trimmed(text).empty());
+  if (shows) {
+    sheet.shown.include(item.column, item.row);
+    ++sheet.shownCells;
+  } else {
+    ++sheet.blankCells;
+  }
+  if (need_ == Need::kTexts && !shows) return;
+
+  const std::uint32_t style = need_ == Need::kTexts ? 0 : styleOf(item);
+  if (need_ != Need::kCounts)
+    append(sheet.cells, Cell{Place(item.column, item.row), style, text}, budget_);
+}
+
+std::uint32_t Loader::styleOf(const SSItemCell& item) {
+  const std::size_t known = document_.styles.size();
+  const std::uint32_t number = document_.styles.numberOf(item);
+  if (document_.styles.size() != known) budget_.charge(StyleTable::kBytesPerStyle);
+  return number;
+}
+
+// Every worksheet delivers the notebook's texts again.
+void Loader::takeNotebookText(std::uint32_t record, std::string_view text) {
+  for (const NotebookText& known : document_.notebookTexts)
+    if (known.record == record) return;
+  document_.notebookTexts.push_back({record, document_.decoder->decode(text)});
+}
+
+void Loader::finish(SheetData& sheet) {
+  if (need_ == Need::kItems) return;
+  keepEachRowOnce(sheet.rowHeights);
+  const std::size_t spareCopy = sheet.cells.size() * sizeof(Cell);
+  budget_.charge(spareCopy);
+  sheet.repeatedCells = putInRows(sheet.cells);
+  budget_.refund(spareCopy);
+}
+
+std::optional<std::uint32_t> numberIn(std::string_view text) {
+  std::uint32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
+// Marks the worksheets that `wanted` means: all of that name, or else the one of that number.
+void chooseSheets(const std::string& wanted, const std::vector<std::string>& names,
+                  std::vector<bool>& chosen) {
+  bool found = false;
+  for (std::size_t i = 0; i < names.size(); ++i)
+    if (names[i] == wanted) chosen[i] = found = true;
+  if (found) return;
+
+  const auto number = numberIn(wanted);
+  if (!number) throw Failure{Status::kFailed, "no worksheet is named '" + visible(wanted) + "'"};
+  if (*number == 0 || *number > names.size())
+    throw Failure{Status::kFailed, "there is no worksheet " + wanted + ": the notebook has " +
+                                       std::to_string(names.size())};
+  chosen[*number - 1] = true;
+}
+
+void failOn(const std::string& message) {
+  if (!message.empty()) throw Failure{Status::kFailed, message};
+}
+
+// With --strict, what would only have been a warning.
+void checkStrictly(const Document& document, std::uint64_t undefinedBefore) {
+  std::string scratch;
+  for (const SheetData& sheet : document.sheets) {
+    failOn(repeatedCellsMessage(sheet));
+    for (const Cell& cell : sheet.cells) {
+      scratch.clear();
+      if (cell.text != nullptr) document.decoder->append(cell.text, scratch);
+    }
+  }
+  failOn(undefinedBytesMessage(document, document.decoder->undefinedBytes() - undefinedBefore));
+}
+
+}  // namespace
+
+void Area::include(std::uint32_t column, std::uint32_t row) {
+  firstColumn = std::min(firstColumn, column);
+  lastColumn = std::max(lastColumn, column);
+  firstRow = std::min(firstRow, row);
+  lastRow = std::max(lastRow, row);
+}
+
+std::string Area::name() const {
+  if (empty()) return "";
+  const std::string first = cellAddress(firstColumn, firstRow);
+  const std::string last = cellAddress(lastColumn, lastRow);
+  return first == last ? first : first + ":" + last;
+}
+
+std::uint32_t SheetData::hiddenRows() const {
+  return static_cast<std::uint32_t>(std::count_if(
+      rowHeights.begin(), rowHeights.end(), [](const Run& height) { return height.size == 0; }));
+}
+
+std::uint32_t SheetData::hiddenColumns() const {
+  std::uint32_t count = 0;
+  for (const Run& run : columnWidths)
+    if (run.size == 0) count += run.last - run.first + 1;
+  return count;
+}
+
+Document readDocument(const std::string& file, Notebook notebook, const Command& command,
+                      const Settings& settings, const Decoder& decoder, Progress& progress) {
+  Document document(std::move(notebook), decoder);
+  document.name = file;
+  document.many = settings.manyFiles();
+  const std::uint64_t undefinedBefore = decoder.undefinedBytes();
+
+  const std::span<const Sheet> sheets = document.notebook.sheets();
+  std::vector<std::string> names;
+  for (const Sheet& sheet : sheets)
+    names.push_back(decoder.decode(sheet.name));
+  std::vector<bool> chosen(sheets.size(), settings.sheets.empty());
+  for (const std::string& wanted : settings.sheets)
+    chooseSheets(wanted, names, chosen);
+
+  Loader loader(document, command, settings, progress);
+  if (const auto damage = document.notebook.damage()) loader.meetDamage(*damage);
+  for (const Sheet& sheet : sheets)
+    if (chosen[sheet.index]) loader.readSheet(sheet, std::move(names[sheet.index]));
+  if (settings.strict) checkStrictly(document, undefinedBefore);
+  return document;
+}
+
+std::string undefinedBytesMessage(const Document& document, std::uint64_t undefinedBytes) {
+  if (undefinedBytes == 0) return "";
+  return counted(undefinedBytes, "byte") + (undefinedBytes == 1 ? " is" : " are") +
+         " not defined in " + document.decoder->name();
+}
+
+std::string repeatedCellsMessage(const SheetData& sheet) {
+  if (sheet.repeatedCells == 0) return "";
+  return "worksheet '" + sheet.name + "' has " + counted(sheet.repeatedCells, "cell") +
+         " more than once";
+}
+
+Failure failureOf(const Error& error) {
+  const auto status = [](Reason reason) {
+    switch (reason) {
+      case Reason::kEmpty:
+      case Reason::kNotANotebook:
+        return Status::kNotANotebook;
+      case Reason::kProtected:
+        return Status::kRefused;
+      case Reason::kDamaged:
+        return Status::kDamaged;
+      case Reason::kMemoryLimit:
+        return Status::kLimit;
+      case Reason::kUnreadable:
+      case Reason::kLibraryMissing:
+        break;
+    }
+    return Status::kFailed;
+  };
+  return Failure{status(error.reason), error.message};
+}
+
+}  // namespace qps

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+//
+// A notebook, read completely: what the writers print. Nothing is printed before this exists, so a
+// file that cannot be read leaves no half of itself in the output.
+//
+// Memory is in proportion to the cells: 16 bytes each, and their texts. Rows and columns cost
+// nothing by themselves.
+#ifndef QPSREADER_TOOL_DOCUMENT_H
+#define QPSREADER_TOOL_DOCUMENT_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/notebook.hpp"
+#include "tool/commands.h"
+#include "tool/encoding.h"
+#include "tool/status.h"
+#include "tool/style_table.h"
+
+namespace qps {
+
+class Progress;
+
+// Where a cell stands, in an order that goes through a sheet row by row.
+class Place {
+ public:
+  Place() = default;
+  Place(std::uint32_t column, std::uint32_t row) : key_((row - 1) << 8 | (column - 1)) {}
+
+  std::uint32_t column() const { return (key_ & 0xFF) + 1; }  // 1 to 256
+  std::uint32_t row() const { return (key_ >> 8) + 1; }       // 1 to 65536
+  std::uint32_t key() const { return key_; }                  // 24 bits
+
+ private:
+  std::uint32_t key_ = 0;
+};
+
+struct Cell {
+  Place place;
+  std::uint32_t style = 0;     // a number of Document::styles
+  const char* text = nullptr;  // in the notebook's bytes; null when the cell shows nothing
+};
+static_assert(sizeof(Cell) == 8 + sizeof(void*));
+
+// The smallest rectangle around some cells; empty as long as lastRow is 0.
+struct Area {
+  std::uint32_t firstColumn = 256, firstRow = 65536, lastColumn = 0, lastRow = 0;
+
+  bool empty() const { return lastRow == 0; }
+  void include(std::uint32_t column, std::uint32_t row);
+  std::string name() const;  // "A1:C11", "B7" or ""
+};
+
+struct SheetData {
+  std::uint32_t number = 0;  // its place in the notebook, from 1
+  std::string name;          // UTF-8
+  std::uint32_t startOffset = 0;
+  SheetInfo info;
+  SSItemSheetInfo infoRecord{};  // the same as the reader wrote it
+  std::vector<Run> columnWidths;
+  std::vector<Run> rowHeights;  // Need::kItems: as delivered; otherwise by row, each row once
+  std::vector<Cell> cells;      // as the Need of the command asks
+  Area shown;                   // around the cells with a text
+  std::uint64_t shownCells = 0;
+  std::uint64_t blankCells = 0;     // cells that have no text
+  std::uint64_t repeatedCells = 0;  // cells that a later one in the same place replaced
+
+  std::uint32_t hiddenRows() const;
+  std::uint32_t hiddenColumns() const;
+};
+
+struct NotebookText {
+  std::uint32_t record = 0;  // 37 or 38
+  std::string text;          // UTF-8
+};
+
+struct Document {
+  Document(Notebook opened, const Decoder& textDecoder)
+      : notebook(std::move(opened)), texts(notebook.textArena()), decoder(&textDecoder) {}
+
+  std::string name;      // the file's, as the user gave it
+  bool many = false;     // one of several: what is printed says of which file it is
+  bool follows = false;  // another one stands before it in the same output
+  Notebook notebook;
+  TextArena texts;
+  const Decoder* decoder;
+  StyleTable styles;
+  std::vector<NotebookText> notebookTexts;
+  std::vector<SheetData> sheets;  // those that were asked for
+  std::optional<Failure> damage;  // with --salvage: what is missing from all this
+};
+
+// Reads what `command` needs of the notebook. Throws Failure.
+Document readDocument(const std::string& file, Notebook notebook, const Command& command,
+                      const Settings& settings, const Decoder& decoder, Progress& progress);
+
+// What --strict takes for a failure, and what is a warning otherwise; "" when there is none.
+std::string undefinedBytesMessage(const Document& document, std::uint64_t undefinedBytes);
+std::string repeatedCellsMessage(const SheetData& sheet);
+
+// The same, with the reason in this program's terms.
+Failure failureOf(const Error& error);
+
+}  // namespace qps
+
+#endif  // QPSREADER_TOOL_DOCUMENT_H

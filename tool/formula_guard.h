@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+//
+// Which texts a spreadsheet program would run as a formula when it opens a CSV file.
+#ifndef QPSREADER_TOOL_FORMULA_GUARD_H
+#define QPSREADER_TOOL_FORMULA_GUARD_H
+
+#include <string_view>
+
+namespace qps {
+
+// True for a text that begins with "=", "@", "+", "-", a tab or a line end, unless it is a number
+// in any form that a cell's format may give it: signs, a currency, digits with their separators, an
+// exponent, a unit ("-1,234.50", "-$5", "-1.5E+03", "-20%", "-3 kg"), or a bar of signs. Such a
+// text has no operator after its first digit, so that nothing in it can be called.
+bool looksLikeFormula(std::string_view utf8);
+
+}  // namespace qps
+
+#endif  // QPSREADER_TOOL_FORMULA_GUARD_H

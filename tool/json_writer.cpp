@@ -1,0 +1,265 @@
+// SPDX-License-Identifier: MIT
+//
+// JSON Lines: one object for each item, in the order in which the reader delivers them. The names
+// and their meanings are in docs/json-schema/qps-items.schema.json.
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <array>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tool/commands.h"
+#include "tool/document.h"
+#include "tool/output.h"
+#include "tool/text_forms.h"
+
+namespace qps {
+namespace {
+
+using Json = rapidjson::Writer<rapidjson::StringBuffer>;
+
+void putText(Json& json, const char* name, std::string_view utf8) {
+  json.Key(name);
+  json.String(utf8.data(), static_cast<rapidjson::SizeType>(utf8.size()));
+}
+
+void putNumber(Json& json, const char* name, std::uint32_t value) {
+  json.Key(name);
+  json.Uint(value);
+}
+
+void putBool(Json& json, const char* name, bool value) {
+  json.Key(name);
+  json.Bool(value);
+}
+
+// "#rrggbb", or null for no colour.
+void putColour(Json& json, const char* name, SSColour colour) {
+  if (colour != SS_NO_COLOUR) return putText(json, name, htmlColour(colour));
+  json.Key(name);
+  json.Null();
+}
+
+const char* nameOf(HorizontalAlign align) {
+  switch (align) {
+    case HorizontalAlign::kLeft:
+      return "left";
+    case HorizontalAlign::kCentre:
+      return "centre";
+    case HorizontalAlign::kRight:
+      return "right";
+    case HorizontalAlign::kCentreAcross:
+      return "centreAcross";
+    case HorizontalAlign::kGeneral:
+      break;
+  }
+  return "general";
+}
+
+const char* nameOf(VerticalAlign align) {
+  switch (align) {
+    case VerticalAlign::kTop:
+      return "top";
+    case VerticalAlign::kCentre:
+      return "centre";
+    case VerticalAlign::kBottom:
+      return "bottom";
+    case VerticalAlign::kDefault:
+      break;
+  }
+  return "default";
+}
+
+const char* nameOf(BorderLine line) {
+  switch (line) {
+    case BorderLine::kThick:
+      return "thick";
+    case BorderLine::kDouble:
+      return "double";
+    default:
+      return "thin";
+  }
+}
+
+void putAlignment(Json& json, const CellStyle& style) {
+  json.StartObject();
+  putText(json, "horizontal", nameOf(style.horizontal));
+  putText(json, "vertical", nameOf(style.vertical));
+  json.EndObject();
+}
+
+// The sides that have a line.
+void putBorders(Json& json, const CellStyle& style) {
+  constexpr std::array<const char*, SSItemBorderSlots> kSides = {"left", "top", "right", "bottom"};
+  json.StartObject();
+  for (std::size_t side = 0; side < kSides.size(); ++side) {
+    const Border& border = style.borders[side];
+    if (border.line == BorderLine::kNone) continue;
+    json.Key(kSides[side]);
+    json.StartObject();
+    putText(json, "line", nameOf(border.line));
+    putColour(json, "colour", border.colour);
+    json.EndObject();
+  }
+  json.EndObject();
+}
+
+void putFont(Json& json, const std::optional<Font>& font, const Decoder& decoder) {
+  if (!font) {
+    json.Null();
+    return;
+  }
+  json.StartObject();
+  putText(json, "name", decoder.decode(font->name));
+  putNumber(json, "size", font->size);
+  putBool(json, "bold", font->bold);
+  putBool(json, "italic", font->italic);
+  putBool(json, "underline", font->underline);
+  putBool(json, "strikeOut", font->strikeOut);
+  json.EndObject();
+}
+
+// What a style says, as the members of a cell's object; many cells share it.
+struct StyleMembers {
+  std::string alignment, borders, font;
+  SSColour fillColour, textColour;
+};
+
+template <class Put>
+std::string valueOf(const Put& put) {
+  rapidjson::StringBuffer buffer;
+  Json json(buffer);
+  put(json);
+  return buffer.GetString();
+}
+
+class JsonWriter {
+ public:
+  JsonWriter(Output& out, const Document& document)
+      : out_(out), document_(document), file_(validUtf8(document.name)) {
+    for (std::uint32_t number = 0; number < document.styles.size(); ++number)
+      styles_.push_back(membersOf(document.styles.style(number)));
+  }
+
+  void write(const SheetData& sheet);
+
+ private:
+  StyleMembers membersOf(const CellStyle& style) const;
+  void begin(const char* kind, const SheetData& sheet);
+  void end();
+  void writeSheetInfo(const SheetData& sheet);
+  void writeCell(const SheetData& sheet, const Cell& cell);
+  void putRaw(const char* name, const std::string& value);
+
+  Output& out_;
+  const Document& document_;
+  std::string file_;
+  std::vector<StyleMembers> styles_;
+  rapidjson::StringBuffer line_;
+  Json json_{line_};
+  std::string scratch_;
+};
+
+StyleMembers JsonWriter::membersOf(const CellStyle& style) const {
+  const Decoder& decoder = *document_.decoder;
+  return {valueOf([&](Json& json) { putAlignment(json, style); }),
+          valueOf([&](Json& json) { putBorders(json, style); }),
+          valueOf([&](Json& json) { putFont(json, style.font, decoder); }), style.fillColour,
+          style.textColour};
+}
+
+void JsonWriter::write(const SheetData& sheet) {
+  writeSheetInfo(sheet);
+  for (const Run& run : sheet.columnWidths) {
+    begin("columnWidths", sheet);
+    putNumber(json_, "firstColumn", run.first);
+    putNumber(json_, "lastColumn", run.last);
+    putNumber(json_, "width", run.size);
+    putBool(json_, "hidden", run.size == 0);
+    end();
+  }
+  for (const Run& run : sheet.rowHeights) {
+    begin("rowHeight", sheet);
+    putNumber(json_, "row", run.first);
+    putNumber(json_, "height", run.size);
+    putBool(json_, "hidden", run.size == 0);
+    end();
+  }
+  for (const NotebookText& text : document_.notebookTexts) {
+    begin("notebookText", sheet);
+    putNumber(json_, "record", text.record);
+    putText(json_, "text", text.text);
+    end();
+  }
+  for (const Cell& cell : sheet.cells)
+    writeCell(sheet, cell);
+}
+
+void JsonWriter::begin(const char* kind, const SheetData& sheet) {
+  line_.Clear();
+  json_.Reset(line_);
+  json_.StartObject();
+  putText(json_, "kind", kind);
+  putText(json_, "file", file_);
+  putText(json_, "sheet", sheet.name);
+  putNumber(json_, "sheetNumber", sheet.number);
+}
+
+void JsonWriter::end() {
+  json_.EndObject();
+  out_.write({line_.GetString(), line_.GetSize()});
+  out_.put('\n');
+}
+
+void JsonWriter::writeSheetInfo(const SheetData& sheet) {
+  begin("sheet", sheet);
+  putNumber(json_, "rowCount", sheet.info.rowCount);
+  putNumber(json_, "columnCount", sheet.info.columnCount);
+  putNumber(json_, "defaultColumnWidth", sheet.info.defaultColumnWidth);
+  putNumber(json_, "defaultRowHeight", sheet.info.defaultRowHeight);
+  putColour(json_, "columnColour", sheet.info.columnColour);
+  putBool(json_, "record257Flag", sheet.info.record257Flag);
+  putBool(json_, "record258Flag", sheet.info.record258Flag);
+  end();
+}
+
+void JsonWriter::writeCell(const SheetData& sheet, const Cell& cell) {
+  begin("cell", sheet);
+  putText(json_, "address", cellAddress(cell.place.column(), cell.place.row()));
+  putNumber(json_, "row", cell.place.row());
+  putNumber(json_, "column", cell.place.column());
+  if (cell.text == nullptr) {
+    json_.Key("text");
+    json_.Null();
+  } else {
+    scratch_.clear();
+    document_.decoder->append(cell.text, scratch_);
+    putText(json_, "text", scratch_);
+  }
+  const StyleMembers& style = styles_[cell.style];
+  putRaw("alignment", style.alignment);
+  putColour(json_, "fillColour", style.fillColour);
+  putColour(json_, "textColour", style.textColour);
+  putRaw("borders", style.borders);
+  putRaw("font", style.font);
+  end();
+}
+
+void JsonWriter::putRaw(const char* name, const std::string& value) {
+  json_.Key(name);
+  json_.RawValue(value.data(), value.size(), rapidjson::kObjectType);
+}
+
+}  // namespace
+
+void writeJson(Output& out, const Document& document, std::span<const SheetData> sheets,
+               const Settings&) {
+  JsonWriter writer(out, document);
+  for (const SheetData& sheet : sheets)
+    writer.write(sheet);
+}
+
+}  // namespace qps

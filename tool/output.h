@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+//
+// Where results go: a block of bytes in front of a file, and a file in --output-dir that appears
+// under its name only when it is whole.
+#ifndef QPSREADER_TOOL_OUTPUT_H
+#define QPSREADER_TOOL_OUTPUT_H
+
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace qps {
+
+// The system took no more bytes; `error` is its errno.
+struct WriteError {
+  int error = 0;
+  std::string message() const;
+};
+
+class Output {
+ public:
+  // Writes to `file`, past its own buffer; the file stays the caller's.
+  explicit Output(std::FILE* file);
+
+  // Room for at least `size` bytes. What was written there counts once `commit` is told its end.
+  char* reserve(std::size_t size) {
+    if (size > static_cast<std::size_t>(end_ - cursor_)) makeRoom(size);
+    return cursor_;
+  }
+  void commit(char* end) { cursor_ = end; }
+
+  void put(char byte) {
+    *reserve(1) = byte;
+    ++cursor_;
+  }
+  void write(std::string_view text) {
+    if (text.empty()) return;
+    std::memcpy(reserve(text.size()), text.data(), text.size());
+    cursor_ += text.size();
+  }
+  void fill(std::size_t count, char byte);
+
+  // Hands everything to the system. This, and whatever needs room, may throw WriteError.
+  void flush();
+
+ private:
+  void makeRoom(std::size_t size);
+
+  std::FILE* file_;
+  std::size_t capacity_;
+  std::unique_ptr<char[]> block_;
+  char* cursor_;
+  char* end_;
+};
+
+// A new file in a folder. Its bytes go to a temporary name beside it, which `finish` renames;
+// without `finish` nothing stays behind. Each function may throw WriteError.
+class OutputFile {
+ public:
+  OutputFile(const std::filesystem::path& folder, const std::string& name);
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  Output& out() { return out_; }
+  void finish();
+
+ private:
+  std::filesystem::path target_;
+  std::filesystem::path temporary_;
+  std::FILE* file_;  // null once closed
+  Output out_;
+};
+
+}  // namespace qps
+
+#endif  // QPSREADER_TOOL_OUTPUT_H

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+//
+// The values of all options, as command_line.cpp fills them in and everything else reads them.
+#ifndef QPSREADER_TOOL_SETTINGS_H
+#define QPSREADER_TOOL_SETTINGS_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace qps {
+
+struct Settings {
+  // Input.
+  std::vector<std::string> files;
+  std::string files0From;           // a file of names, each ended by a zero byte; "" is none
+  std::vector<std::string> sheets;  // names or numbers; none means all
+  std::string encoding = "windows-1252";
+  bool encodingChosen = false;
+
+  // Output.
+  std::string outputDir;  // "" is standard output
+  bool quiet = false;
+  bool strict = false;
+  bool salvage = false;
+  std::uint64_t maxMemory = std::uint64_t{1} << 30;  // in bytes; 0 is no limit
+
+  // Rows: csv and text.
+  bool skipEmpty = false;
+  bool trim = false;
+
+  // csv.
+  char delimiter = ',';
+  bool crlf = false;
+  bool bom = false;
+  bool csvSafe = false;
+  std::string separator = "\n";  // between the worksheets of one stream
+
+  bool manyFiles() const { return files.size() > 1 || !files0From.empty(); }
+};
+
+}  // namespace qps
+
+#endif  // QPSREADER_TOOL_SETTINGS_H
