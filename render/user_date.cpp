@@ -25,30 +25,18 @@ constexpr QPSUserDefine qpsUSERDEFINE[QPSUserDefineRows] = {
 namespace qps {
 namespace {
 
+using Source = DatePiece::Source;
+using Letters = DatePiece::Letters;
+
 char userDateBuffer[512];
-
-enum class Source : uint8_t {
-  kWeekdayName,
-  kWeekdayAbbreviation,
-  kMonthName,
-  kMonthAbbreviation,
-  kHalfDay,
-  kDay,
-  kHour,
-  kMinuteOrMonth,
-  kSecond,
-  kYear,
-  kShortYear,
-};
-
-enum class Letters : uint8_t { kUpper, kAsTheyAre, kLower };
 
 struct FieldRule {
   Source source;
   Letters letters = Letters::kAsTheyAre;
 };
 
-// What a row of qpsUSERDEFINE prints, by its field.
+// What a row of qpsUSERDEFINE shows, by its field. An hour may be one of the dial, and a month a
+// minute, by what else stands in the text.
 constexpr std::array<FieldRule, 19> kFieldRules = {{
     {Source::kWeekdayName, Letters::kUpper},
     {Source::kWeekdayName},
@@ -65,7 +53,7 @@ constexpr std::array<FieldRule, 19> kFieldRules = {{
     {Source::kMonthAbbreviation, Letters::kLower},
     {Source::kDay},
     {Source::kHour},
-    {Source::kMinuteOrMonth},
+    {Source::kMonth},
     {Source::kSecond},
     {Source::kYear},
     {Source::kShortYear},
@@ -83,140 +71,181 @@ constexpr std::array<uint32_t, 256> kRowsByFirst = [] {
   return rows;
 }();
 
-bool beginsWith(std::string_view text, const QPSUserDefine& row) {
-  const auto length = static_cast<size_t>(row.length);
-  if (text.size() < length) return false;
-  size_t same = 1;  // the first character chose the row
-  while (same < length && text[same] == row.token[same])
-    ++same;
-  return same == length;
-}
+constexpr uint32_t kNoRow = QPSUserDefineRows;
 
-// The first row whose token `text`, which is not empty, begins with; or null.
-const QPSUserDefine* matchToken(std::string_view text) {
+// The first row whose token `text`, which is not empty, begins with.
+uint32_t matchToken(std::string_view text) {
   uint32_t rows = kRowsByFirst[static_cast<unsigned char>(text.front())];
   for (; rows != 0; rows &= rows - 1) {
-    const QPSUserDefine& row = qpsUSERDEFINE[std::countr_zero(rows)];
-    if (beginsWith(text, row)) return &row;
+    const auto row = static_cast<uint32_t>(std::countr_zero(rows));
+    const QPSUserDefine& define = qpsUSERDEFINE[row];
+    if (text.starts_with({define.token, static_cast<size_t>(define.length)})) return row;
   }
-  return nullptr;
+  return kNoRow;
 }
 
-// Of "%.4d", "%.2d" and "%.d".
-constexpr int minDigits(const char* format) {
-  return format[2] == 'd' ? 1 : format[2] - '0';
+// Of "%.4d", "%.2d", "%.d" and "%s".
+constexpr uint8_t minDigits(const char* format) {
+  return format[1] == '.' && format[2] != 'd' ? static_cast<uint8_t>(format[2] - '0') : 1;
 }
 
-class DateWalk {
+void appendName(TextBuffer& out, std::string_view name, Letters letters, SSHostServices* services) {
+  if (letters == Letters::kAsTheyAre) {
+    out.append(name);
+    return;
+  }
+  char copy[16];  // the host converts it in place; the longest name has nine letters
+  copy[name.copy(copy, sizeof copy - 1)] = '\0';
+  const auto convert = letters == Letters::kUpper ? services->toUpperText : services->toLowerText;
+  out.append(std::string_view(convert(services, copy)));
+}
+
+int32_t numberOf(Source source, const UserDateFields& fields) {
+  const int32_t year = fields.date.year;
+  switch (source) {
+    case Source::kDay:
+      return fields.date.day;
+    case Source::kHour:
+      return fields.time.hours % 24;  // midnight that was reached by rounding is hour 24
+    case Source::kDialHour:
+      return dialHour(fields.time.hours).hour;
+    case Source::kMinute:
+      return fields.time.minutes;
+    case Source::kMonth:
+      return fields.date.month;
+    case Source::kSecond:
+      return fields.time.seconds;
+    case Source::kShortYear:
+      return year >= 1900 && year <= 1999 ? year % 100 : year;
+    default:
+      return year;
+  }
+}
+
+class DatePrinter {
  public:
-  DateWalk(const UserDateFields& fields, SSHostServices* services, bool dial, TextBuffer& out)
-      : fields_(fields), services_(services), dial_(dial), out_(out) {}
+  DatePrinter(const UserDateFields& fields, SSHostServices* services, TextBuffer& out)
+      : fields_(fields), services_(services), out_(out) {}
 
-  void run(std::string_view rest) {
-    // A format text may be ten times as long as a result.
-    while (!rest.empty() && !out_.truncated()) {
-      if (rest.front() == kQuote) {
-        rest.remove_prefix(1);
-        out_.append(takeLiteral(rest));
-        if (rest.empty()) return;
-      }
-      // Right behind a literal even a quote is an ordinary character: 'a''b' is a'b.
-      const QPSUserDefine* row = matchToken(rest);
-      if (row == nullptr) {
-        out_.append(rest.front());
-        rest.remove_prefix(1);
-        continue;
-      }
-      rest.remove_prefix(static_cast<size_t>(row->length));
-      printField(*row);
+  void print(const DatePiece& piece, const DateScanner& scanner) {
+    const auto month = static_cast<size_t>(fields_.date.month);
+    switch (piece.source) {
+      case Source::kLiteral:
+        out_.append(scanner.textOf(piece));
+        break;
+      case Source::kWeekdayName:
+        appendName(out_, weekdayNames[weekday()], piece.letters, services_);
+        break;
+      case Source::kWeekdayAbbreviation:
+        appendName(out_, weekdayAbbreviations[weekday()], piece.letters, services_);
+        break;
+      case Source::kMonthName:
+        appendName(out_, monthNames[month], piece.letters, services_);
+        break;
+      case Source::kMonthAbbreviation:
+        appendName(out_, monthAbbreviations[month], piece.letters, services_);
+        break;
+      case Source::kHalfDay:
+        out_.append(dialHour(fields_.time.hours).pm ? "PM" : "AM");
+        break;
+      default:
+        out_.appendInteger(numberOf(piece.source, fields_), piece.minDigits);
+        break;
     }
   }
 
  private:
-  void printField(const QPSUserDefine& row) {
-    const FieldRule rule = kFieldRules[row.field];
-    if (rule.source < Source::kHalfDay) {
-      printName(name(rule.source), rule.letters);
-    } else if (rule.source == Source::kHalfDay) {
-      out_.append(dialHour(fields_.time.hours).pm ? "PM" : "AM");
-    } else {
-      out_.appendInteger(number(rule.source), minDigits(row.format));
-    }
-    afterHour_ = rule.source == Source::kHour;
-  }
-
-  std::string_view name(Source source) const {
-    const auto month = static_cast<size_t>(fields_.date.month);
-    const auto weekday =
-        static_cast<size_t>(weekdayNameIndex(fields_.weekday, fields_.nonNegative));
-    switch (source) {
-      case Source::kWeekdayName:
-        return weekdayNames[weekday];
-      case Source::kWeekdayAbbreviation:
-        return weekdayAbbreviations[weekday];
-      case Source::kMonthName:
-        return monthNames[month];
-      default:
-        return monthAbbreviations[month];
-    }
-  }
-
-  int32_t number(Source source) const {
-    const int32_t year = fields_.date.year;
-    switch (source) {
-      case Source::kDay:
-        return fields_.date.day;
-      case Source::kHour:
-        return hour();
-      case Source::kMinuteOrMonth:
-        return afterHour_ ? fields_.time.minutes : fields_.date.month;
-      case Source::kSecond:
-        return fields_.time.seconds;
-      case Source::kShortYear:
-        return year >= 1900 && year <= 1999 ? year % 100 : year;
-      default:
-        return year;
-    }
-  }
-
-  // Midnight that was reached by rounding (hour 24) is midnight on both clocks.
-  int32_t hour() const {
-    return dial_ ? dialHour(fields_.time.hours).hour : fields_.time.hours % 24;
-  }
-
-  void printName(std::string_view name, Letters letters) {
-    if (letters == Letters::kAsTheyAre) {
-      out_.append(name);
-      return;
-    }
-    char copy[16];  // the host converts it in place; the longest name has nine letters
-    copy[name.copy(copy, sizeof copy - 1)] = '\0';
-    const auto convert =
-        letters == Letters::kUpper ? services_->toUpperText : services_->toLowerText;
-    out_.append(std::string_view(convert(services_, copy)));
+  size_t weekday() const {
+    return static_cast<size_t>(weekdayNameIndex(fields_.weekday, fields_.nonNegative));
   }
 
   const UserDateFields& fields_;
   SSHostServices* services_;
-  bool dial_;
   TextBuffer& out_;
-  bool afterHour_ = false;  // the token before was an hour
 };
 
+DatePiece literalPiece(size_t begin, size_t chars) {
+  return {Source::kLiteral, Letters::kAsTheyAre, 0, static_cast<uint16_t>(begin),
+          static_cast<uint16_t>(chars)};
+}
+
 }  // namespace
+
+DateScanner::DateScanner(std::string_view text)
+    : text_(text.substr(0, UINT16_MAX)), dial_(text_.find("AMPM") != std::string_view::npos) {}
+
+std::optional<DatePiece> DateScanner::next() {
+  if (at_ >= text_.size()) return std::nullopt;
+  if (text_[at_] == kQuote && !behindLiteral_) return takeQuoted();
+  const uint32_t row = matchToken(text_.substr(at_));
+  return row == kNoRow ? takePlain() : takeToken(row);
+}
+
+// 'a''b' is a'b: right behind a literal even a quote is an ordinary character.
+DatePiece DateScanner::takeQuoted() {
+  const size_t begin = at_ + 1;
+  const size_t end = std::min(text_.find(kQuote, begin), text_.size());
+  at_ = end + 1;
+  behindLiteral_ = true;
+  return literalPiece(begin, end - begin);
+}
+
+DatePiece DateScanner::takeToken(uint32_t row) {
+  const QPSUserDefine& define = qpsUSERDEFINE[row];
+  const FieldRule rule = kFieldRules[define.field];
+  Source source = rule.source;
+  if (source == Source::kMonth && afterHour_) source = Source::kMinute;
+  if (source == Source::kHour && dial_) source = Source::kDialHour;
+  at_ += static_cast<size_t>(define.length);
+  afterHour_ = rule.source == Source::kHour;
+  behindLiteral_ = false;
+  return {source, rule.letters, minDigits(define.format), 0, 0};
+}
+
+DatePiece DateScanner::takePlain() {
+  const size_t begin = at_;
+  do {
+    ++at_;
+  } while (at_ < text_.size() && text_[at_] != kQuote && matchToken(text_.substr(at_)) == kNoRow);
+  behindLiteral_ = false;
+  return literalPiece(begin, at_ - begin);
+}
+
+DateFormat parseDateFormat(std::string_view text) {
+  DateFormat format;
+  format.isDate = text.starts_with('T');
+  if (!format.isDate) return format;
+  text.remove_prefix(1);
+  format.others = DateScanner(text);
+  while (format.keptPieces < DateFormat::kKeptPieces) {
+    const std::optional<DatePiece> piece = format.others.next();
+    if (!piece) break;
+    format.pieces[format.keptPieces++] = *piece;
+  }
+  return format;
+}
 
 UserDateFields userDateFields(double serial) {
   return {qpsSerialToDate(serial), qpsTimeOfDay(serial), weekdayIndex(serial), !(serial < 0)};
 }
 
-std::optional<std::string_view> qpsFormatUserDate(std::string_view formatText,
+std::optional<std::string_view> qpsFormatUserDate(const DateFormat& format,
                                                   const UserDateFields& fields,
                                                   SSHostServices* services) {
-  if (formatText.empty() || formatText.front() != 'T') return std::nullopt;
-  formatText.remove_prefix(1);
+  if (!format.isDate) return std::nullopt;
   TextBuffer out(userDateBuffer);
-  const bool dial = formatText.find("AMPM") != std::string_view::npos;
-  DateWalk(fields, services, dial, out).run(formatText);
+  DatePrinter printer(fields, services, out);
+  for (size_t i = 0; i < format.keptPieces; ++i)
+    printer.print(format.pieces[i], format.others);
+  if (format.keptPieces == DateFormat::kKeptPieces) {
+    // A format's text may be ten times as long as a result.
+    DateScanner others = format.others;
+    while (!out.truncated()) {
+      const std::optional<DatePiece> piece = others.next();
+      if (!piece) break;
+      printer.print(*piece, others);
+    }
+  }
   return out.view();
 }
 

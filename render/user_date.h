@@ -7,6 +7,7 @@
 #ifndef QPSREADER_RENDER_USER_DATE_H
 #define QPSREADER_RENDER_USER_DATE_H
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -26,15 +27,86 @@ struct UserDateFields {
 
 UserDateFields userDateFields(double serial);
 
-// Renders `formatText`; upper and lower case of names are the host's (slots 74 and 75 of
-// `services`).
+// A piece of a format's text: a run of characters that show as they stand, or a token.
+struct DatePiece {
+  enum class Source : uint8_t {
+    kLiteral,
+    kWeekdayName,
+    kWeekdayAbbreviation,
+    kMonthName,
+    kMonthAbbreviation,
+    kHalfDay,
+    kDay,
+    kHour,
+    kDialHour,
+    kMinute,
+    kMonth,
+    kSecond,
+    kYear,
+    kShortYear,
+  };
+  enum class Letters : uint8_t { kAsTheyAre, kUpper, kLower };
+
+  Source source;
+  Letters letters;    // of names
+  uint8_t minDigits;  // of numbers
+  uint16_t begin;     // of a literal, in the format's text
+  uint16_t chars;
+};
+
+// Cuts a format's text (behind the "T") into its pieces, from the left.
+class DateScanner {
+ public:
+  DateScanner() = default;
+  explicit DateScanner(std::string_view text);
+
+  // The next piece, or none at the end.
+  std::optional<DatePiece> next();
+
+  std::string_view textOf(const DatePiece& literal) const {
+    return {text_.data() + literal.begin, literal.chars};
+  }
+
+ private:
+  DatePiece takeToken(uint32_t row);
+  DatePiece takeQuoted();
+  DatePiece takePlain();
+
+  std::string_view text_;
+  size_t at_ = 0;
+  bool dial_ = false;           // AMPM occurs: the hours are those of the dial
+  bool afterHour_ = false;      // the token before was an hour
+  bool behindLiteral_ = false;  // where a quote is an ordinary character
+};
+
+// A parsed format. `text` is the caller's, which must outlive the format; its first pieces are
+// kept, and the scanner stands where it takes up the others.
+struct DateFormat {
+  static constexpr size_t kKeptPieces = 16;
+
+  bool isDate = false;  // the text begins with "T"
+  uint8_t keptPieces = 0;
+  DatePiece pieces[kKeptPieces] = {};
+  DateScanner others;
+};
+
+// Of a text, the first 65535 characters count.
+DateFormat parseDateFormat(std::string_view text);
+
+// Renders a format; upper and lower case of names are the host's (slots 74 and 75 of `services`).
 //
 // The result, at most 511 characters and perhaps empty, stands zero-terminated in an area that all
 // calls share, and is valid until the next call. There is none when the text does not begin with
 // "T".
-std::optional<std::string_view> qpsFormatUserDate(std::string_view formatText,
+std::optional<std::string_view> qpsFormatUserDate(const DateFormat& format,
                                                   const UserDateFields& fields,
                                                   SSHostServices* services);
+
+inline std::optional<std::string_view> qpsFormatUserDate(std::string_view formatText,
+                                                         const UserDateFields& fields,
+                                                         SSHostServices* services) {
+  return qpsFormatUserDate(parseDateFormat(formatText), fields, services);
+}
 
 }  // namespace qps
 

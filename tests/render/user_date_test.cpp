@@ -115,6 +115,18 @@ TEST(UserDate, Values) {
   }
 }
 
+// A format keeps its first 16 pieces parsed; what the others mean depends on what stood before
+// them.
+TEST(UserDate, FormatsOfManyPieces) {
+  std::string hours = "TD";
+  std::string hoursText = "7";
+  for (int i = 0; i < 12; ++i)
+    hours += "HHMM", hoursText += "1504";
+  EXPECT_EQ(shown(hours, kSunday), hoursText);
+  EXPECT_EQ(shown("T-" + hours.substr(1), kSunday), "-" + hoursText);
+  EXPECT_EQ(shown("T:D:D:D:D:D:D:D:'a''b'", kSunday), ":7:7:7:7:7:7:7:a'b");
+}
+
 // The host may answer with any text.
 TEST(UserDate, CaseIsTheHosts) {
   const auto elsewhere = [](SSHostServices*, char* text) {
