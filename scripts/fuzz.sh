@@ -23,7 +23,7 @@ export ASAN_OPTIONS=quarantine_size_mb=1:malloc_context_size=0${ASAN_OPTIONS:+:$
 fuzz() {
   local seconds=$1 target=$2 longest=$3 dictionary=$4 status=0 before=$SECONDS executions
   local folder=build/fuzz log=build/fuzz/log/$2.txt
-  local options=("-max_total_time=$seconds" "-max_len=$longest" "-timeout=10" "-detect_leaks=0"
+  local options=("-max_total_time=$seconds" "-max_len=$longest" "-timeout=10" "-entropic=0" "-detect_leaks=0"
     "-print_final_stats=1" "-artifact_prefix=$folder/found/$target-")
   [ "$dictionary" = - ] || options+=("-dict=fuzz/$dictionary.dict")
   mkdir -p "$folder"/{log,found} "$folder/corpus/$target"

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+//
+// Readers on different threads, one call at a time: the threads take turns, as a host must make
+// them do, and each gets what it would have got alone. The thread sanitizer runs this too.
+#include <gtest/gtest.h>
+
+#include <semaphore>
+#include <thread>
+
+#include "tests/support/sheet_driver.h"
+
+namespace qps::test {
+namespace {
+
+// One call at a time, by the one thread and then by the other.
+class Turns {
+ public:
+  explicit Turns(size_t first) { turn_[first].release(); }
+
+  template <typename Call>
+  auto take(size_t self, const Call& call) {
+    turn_[self].acquire();
+    const auto result = call();
+    turn_[1 - self].release();
+    return result;
+  }
+
+ private:
+  std::binary_semaphore turn_[2] = {std::binary_semaphore(0), std::binary_semaphore(0)};
+};
+
+// The texts of the worksheet's cells. Takes `calls` turns, also when the items end before.
+std::vector<std::string> readInTurns(Turns& turns, size_t self, uint32_t offset, size_t calls) {
+  RecordingHost host(everyRecordNotebook().bytes());
+  QPSReader reader{};
+  reader.stream = host.stream();
+  reader.services = host.services();
+  QPSSheet* sheet = turns.take(self, [&] {
+    return QPSInitSheet(&reader, &host, offset, RecordingHost::itemAlloc, nullptr);
+  });
+  std::vector<std::string> texts;
+  for (size_t call = 0; call < calls; ++call) {
+    SSItem item;
+    const bool delivered = turns.take(self, [&] { return QPSProcessSheet(sheet, &item) == 0; });
+    if (!delivered) continue;
+    if (item.kind == SSItemKindCell && item.cell.text != nullptr) {
+      texts.emplace_back(item.cell.text);
+      host.freeItemText(item.cell.text);
+    } else if (item.kind == SSItemKindRecord37Text || item.kind == SSItemKindRecord38Text) {
+      host.freePoolBlock(item.notebookText.text);
+    }
+  }
+  turns.take(self, [&] { return QPSCloseSheet(sheet); });
+  EXPECT_EQ(host.state(), "clean");
+  return texts;
+}
+
+TEST(Threads, ReadersThatTakeTurnsDoNotDisturbEachOther) {
+  const NotebookBuilder book = everyRecordNotebook();
+  std::vector<std::string> expected;
+  RecordingHost host(book.bytes());
+  for (const Item& cell : readSheet(host, book.sheetOffset()).only(SSItemKindCell)) {
+    if (cell.text) expected.push_back(*cell.text);
+  }
+  constexpr size_t kCalls = 100;
+  Turns turns(0);
+  std::vector<std::string> texts[2];
+  std::thread other([&] { texts[1] = readInTurns(turns, 1, book.sheetOffset(1), kCalls); });
+  texts[0] = readInTurns(turns, 0, book.sheetOffset(0), kCalls);
+  other.join();
+  EXPECT_EQ(texts[0], expected);
+  EXPECT_EQ(texts[1], expected);
+}
+
+}  // namespace
+}  // namespace qps::test
