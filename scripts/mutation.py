@@ -1,0 +1,233 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""mutation.py [--count N] [--seed S] [--file PATH]...: breaks the code and sees whether a test notices.
+
+Each mutant changes one place of a source file of the reader or of olefio: an operator, a constant, a
+result, or a statement that is dropped. Only that file is compiled again, into a copy; the test
+programs are linked with it in front of the library and run, with the address and undefined-behaviour
+sanitizers. A mutant is caught when a program fails, crashes or does not end.
+
+The places are drawn with a fixed seed, and the results kept in build/mutation/results.jsonl by file
+contents, so that a run goes on where the last one stopped. Survivors that cannot be told from the
+original are listed with their reason in scripts/mutation_equivalents.txt. Fails when less than 90 %
+of the mutants are caught.
+"""
+
+import argparse
+import collections
+import hashlib
+import json
+import os
+import pathlib
+import random
+import re
+import shlex
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+BUILD = ROOT / "build/mutation"
+RESULTS = BUILD / "results.jsonl"
+EQUIVALENTS = ROOT / "scripts/mutation_equivalents.txt"
+LEAST_CAUGHT = 90.0
+TIMEOUT_SECONDS = 60
+
+# The programs that notice first, by room. fault_tests takes the longest.
+PROGRAMS = {
+    "olefio": ["olefio_tests", "fault_tests"],
+    "render": ["render_tests", "reader_tests"],
+    "default": ["reader_tests", "fault_tests"],
+}
+ROOMS = ["reader", "scan", "items", "styles", "format", "render", "sheetinfo", "olefio"]
+
+SWAPS = [
+    (" < ", " <= "), (" <= ", " < "), (" > ", " >= "), (" >= ", " > "),
+    (" == ", " != "), (" != ", " == "), (" && ", " || "), (" || ", " && "),
+    (" + ", " - "), (" - ", " + "), (" * ", " / "), (" / ", " * "), (" % ", " / "),
+    (" & ", " | "), (" | ", " & "), (" << ", " >> "), (" >> ", " << "),
+    (" += ", " -= "), (" -= ", " += "), (" |= ", " &= "), (" &= ", " |= "),
+    ("++", "--"), ("(!", "("), ("return true;", "return false;"), ("return false;", "return true;"),
+    ("std::min", "std::max"), ("std::max(", "std::min("),
+    ("Step::kGoOn", "Step::kFail"), ("Step::kFail", "Step::kGoOn"),
+    ("OnFailure::kStop", "OnFailure::kIgnore"), ("OnFailure::kIgnore", "OnFailure::kStop"),
+]
+NUMBER = re.compile(r"(?<![\w.'x\"])(0x[0-9A-Fa-f]+|\d+)(?![\w.'\"])")
+STATEMENT = re.compile(r"^\s*(?!return|using|break|continue|case|static|constexpr|const |auto|"
+                       r"struct|class|enum|else|if|for|while|do|template|friend|extern|default)"
+                       r"[\w:*&>\[\]().+-]+(\(.*\)| [-+|&]?= .*|\+\+|--)?;$")
+SKIPPED = re.compile(r"^\s*(//|#|static_assert|template|using|namespace|struct|class|enum|friend)|"
+                     r"operator|\[\[nodiscard\]\]")
+
+Mutant = collections.namedtuple("Mutant", "file line text mutated")
+
+
+def code_of(line):
+    """The line without its trailing comment and with string literals blanked, same length."""
+    line = re.sub(r'"(\\.|[^"\\])*"', lambda m: '"' + "\1" * (len(m.group()) - 2) + '"', line)
+    line = re.sub(r"'(\\.|[^'\\])'", lambda m: "'" + "\1" * (len(m.group()) - 2) + "'", line)
+    return line.split("//")[0]
+
+
+def places_in(path):
+    """All mutants of one file."""
+    lines = (ROOT / path).read_text().splitlines()
+    for index, line in enumerate(lines):
+        code = code_of(line)
+        if SKIPPED.search(line) or not code.strip():
+            continue
+
+        def mutant(start, end, new):
+            return Mutant(path, index + 1, line.strip(), line[:start] + new + line[end:])
+
+        for old, new in SWAPS:
+            start = code.find(old)
+            while start >= 0:
+                yield mutant(start, start + len(old), new)
+                start = code.find(old, start + len(old))
+        for number in NUMBER.finditer(code):
+            value = int(number.group(), 0)
+            yield mutant(*number.span(), str(0 if value == 1 else value + 1))
+        if STATEMENT.match(code.rstrip()) and "\1" not in code.strip()[:1]:
+            balanced = code.count("(") == code.count(")") and code.count("{") == code.count("}")
+            starts = index == 0 or lines[index - 1].rstrip().endswith((";", "{", "}", ":", ")"))
+            if balanced and starts:
+                yield mutant(len(line) - len(line.lstrip()), len(line), ";")
+
+
+def run(command, **options):
+    return subprocess.run(command, cwd=BUILD, capture_output=True, text=True, **options)
+
+
+def configure():
+    flags = "-fsanitize=address,undefined -fno-sanitize-recover=all -O1 -g0"
+    subprocess.run(
+        ["cmake", "-S", str(ROOT), "-B", str(BUILD), "-G", "Ninja", "-DCMAKE_BUILD_TYPE=None",
+         f"-DCMAKE_C_FLAGS={flags}", f"-DCMAKE_CXX_FLAGS={flags}", "-DQPSREADER_BUILD_TOOL=OFF"],
+        check=True, stdout=subprocess.DEVNULL)
+    programs = sorted({name for names in PROGRAMS.values() for name in names})
+    subprocess.run(["cmake", "--build", str(BUILD), "--target", *programs], check=True,
+                   stdout=subprocess.DEVNULL)
+    return programs
+
+
+class Bench:
+    """Compiles, links and runs mutants in the build tree."""
+
+    def __init__(self, programs):
+        self.compile = {}
+        for entry in json.loads((BUILD / "compile_commands.json").read_text()):
+            file = pathlib.Path(entry["file"]).resolve()
+            if file.is_relative_to(ROOT):
+                self.compile[file.relative_to(ROOT).as_posix()] = shlex.split(entry["command"])
+        self.link = {}
+        for program in programs:
+            commands = run(["ninja", "-t", "commands", program], check=True).stdout.splitlines()
+            self.link[program] = commands[-1]
+
+    def outcome(self, mutant):
+        source, copied = BUILD / "mutant.cpp", BUILD / "mutant.o"
+        lines = (ROOT / mutant.file).read_text().splitlines()
+        lines[mutant.line - 1] = mutant.mutated
+        source.write_text("\n".join(lines) + "\n")
+        command = list(self.compile[mutant.file])
+        command[command.index("-o") + 1] = str(copied)
+        command[command.index("-c") + 1] = str(source)
+        # A mutant may leave something unused; that is not what a warning is for here.
+        command = [word for word in command if not word.startswith("-W")] + ["-w"]
+        if run(command).returncode != 0:
+            return "stillborn", ""
+        room = mutant.file.split("/")[0]
+        for program in PROGRAMS.get(room, PROGRAMS["default"]):
+            if self.notices(program, copied):
+                return "caught", program
+        return "survived", ""
+
+    def notices(self, program, copied):
+        # In front of the library, whose own object is then not taken.
+        link = self.link[program].replace(f"-o bin/{program}", f"-o mutant_{program}")
+        link = re.sub(r"(lib/lib(qpsreader|zbolefio_static)\.a)", rf"{copied} \1", link, count=1)
+        linked = run(link, shell=True)
+        if linked.returncode != 0:
+            sys.exit(f"cannot link {program}:\n{linked.stderr}")
+        environment = dict(os.environ, ASAN_OPTIONS="hard_rss_limit_mb=2000:detect_leaks=0")
+        try:
+            return run([f"./mutant_{program}", "--gtest_brief=1", "--gtest_fail_fast",
+                        "--gtest_filter=-Amplification*"],
+                       env=environment, timeout=TIMEOUT_SECONDS).returncode != 0
+        except subprocess.TimeoutExpired:
+            return True
+
+
+def key_of(mutant):
+    contents = hashlib.sha256((ROOT / mutant.file).read_bytes()).hexdigest()[:12]
+    return f"{mutant.file}:{mutant.line}:{mutant.mutated.strip()}:{contents}"
+
+
+def done_before():
+    if not RESULTS.exists():
+        return {}
+    return {row["key"]: row for row in map(json.loads, RESULTS.read_text().splitlines())}
+
+
+def equivalents():
+    """Rows "FILE | MUTATED LINE | REASON"."""
+    rows = [row.split(" | ") for row in EQUIVALENTS.read_text().splitlines()
+            if row and not row.startswith("#")] if EQUIVALENTS.exists() else []
+    return {(row[0], row[1]) for row in rows}
+
+
+def report(rows):
+    outcomes = collections.Counter(row["outcome"] for row in rows)
+    live = outcomes["caught"] + outcomes["survived"]
+    rooms = collections.defaultdict(collections.Counter)
+    for row in rows:
+        rooms[row["file"].split("/")[0]][row["outcome"]] += 1
+    for room, counts in sorted(rooms.items()):
+        print(f"{room:<10} {counts['caught']:>4} of {counts['caught'] + counts['survived']}")
+    known = equivalents()
+    for row in rows:
+        if row["outcome"] == "survived":
+            mark = "equivalent" if (row["file"], row["mutated"].strip()) in known else "SURVIVED"
+            print(f"{mark} {row['file']}:{row['line']}: {row['text']}  =>  {row['mutated'].strip()}")
+    score = 100.0 * outcomes["caught"] / live if live else 0.0
+    print(f"{live} mutants, {outcomes['caught']} caught, {score:.1f} %"
+          f" ({outcomes['stillborn']} did not compile)")
+    return score
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--count", type=int, default=300)
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--file", action="append", help="only this source file")
+    arguments = parser.parse_args()
+
+    files = arguments.file or sorted(
+        path.relative_to(ROOT).as_posix() for room in ROOMS for path in (ROOT / room).glob("*.cpp"))
+    places = [mutant for file in files for mutant in places_in(file)]
+    random.Random(arguments.seed).shuffle(places)
+    print(f"{len(places)} places in {len(files)} files")
+
+    bench = Bench(configure())
+    for program in bench.link:  # the unbroken programs must pass
+        if run([f"./bin/{program}", "--gtest_brief=1"]).returncode != 0:
+            sys.exit(f"{program} fails without a mutant")
+    before, rows, live = done_before(), [], 0
+    with RESULTS.open("a") as results:
+        for mutant in places:
+            if live == arguments.count:
+                break
+            key = key_of(mutant)
+            row = before.get(key)
+            if row is None:
+                outcome, program = bench.outcome(mutant)
+                row = dict(mutant._asdict(), key=key, outcome=outcome, by=program)
+                results.write(json.dumps(row) + "\n")
+                results.flush()
+            rows.append(row)
+            live += row["outcome"] != "stillborn"
+    return 0 if report(rows) >= LEAST_CAUGHT else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
