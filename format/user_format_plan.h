@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "format/rendering.h"
+#include "render/user_date.h"
 #include "render/user_number.h"
 
 namespace qps {
@@ -23,6 +24,7 @@ struct UserFormatPlan {
   std::uint8_t sections;  // of a number format; more than kMostSections show nothing
   std::string_view text;  // the format's own
   NumberSection section[kMostSections];
+  DateFormat date;
 };
 
 UserFormatPlan planUserFormat(std::string_view text);

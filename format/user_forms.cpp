@@ -89,7 +89,7 @@ void planSections(UserFormatPlan& plan) {
 }
 
 void showUserDate(Rendering& r, const UserFormatPlan& plan) {
-  if (const auto text = qpsFormatUserDate(plan.text, userDateFields(r.value), r.sheet.services)) {
+  if (const auto text = qpsFormatUserDate(plan.date, userDateFields(r.value), r.sheet.services)) {
     r.text.append(*text);
   }
 }
@@ -139,6 +139,7 @@ UserFormatPlan planUserFormat(std::string_view text) {
   const auto* known = std::find_if(std::begin(kTemplates), std::end(kTemplates),
                                    [&](const Template& row) { return row.text == text; });
   if (known != std::end(kTemplates)) plan.templateForm = known->form;
+  if (plan.language == UserFormatPlan::Language::kDate) plan.date = parseDateFormat(text);
   if (plan.language == UserFormatPlan::Language::kNumber) planSections(plan);
   return plan;
 }
