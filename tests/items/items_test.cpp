@@ -177,6 +177,20 @@ TEST(Cells, EachRecordGivesItsPositionAndText) {
   }
 }
 
+TEST(Cells, APoolThatIsExhaustedAfterTheOpeningLosesNone) {
+  const NotebookBuilder book = everyRecordNotebook();
+  RecordingHost host(book.bytes());
+  QPSReader reader{};
+  reader.stream = host.stream();
+  reader.services = host.services();
+  QPSCloseSheet(
+      QPSInitSheet(&reader, &host, book.sheetOffset(), RecordingHost::itemAlloc, nullptr));
+  const size_t opening = host.calls(Step::kPoolBlock) + 1;  // and the handle of readSheet
+  host.fail({.step = Step::kPoolBlock, .nth = opening + 1, .forGood = true});
+  EXPECT_EQ(readClean(host, book.sheetOffset()).only(SSItemKindCell), cellsOf(book));
+  EXPECT_TRUE(host.faultMet());
+}
+
 TEST(Cells, TheAttributeWordsUpperBitsAreTheStyle) {
   const auto cell = [](unsigned attributes) {
     return

@@ -140,5 +140,14 @@ TEST(Definitions, ARecord230AloneLeavesItsCodeInForce) {
   EXPECT_THAT(textWith(200), ElementsAre("2.25", "x")) << "no style has selected its text";
 }
 
+TEST(Definitions, AFileWithoutAVersionShowsTheHoursOfADay) {
+  for (const Add& version : {Add(nothing), Add([](auto& b) { b.record(0); })}) {
+    NotebookBuilder book;
+    version(book);
+    book.style({.format = 13}).sheetStart().number({0, 0}, 0.75).sheetEnd();
+    EXPECT_THAT(textsOf(book), ElementsAre("18:00"));
+  }
+}
+
 }  // namespace
 }  // namespace qps::test

@@ -73,6 +73,11 @@ TEST(Listing, NamesTheWorksheetsThatHaveADimensionTable) {
       {"an empty table before a full one",
        [](auto& b) { b.header().sheetStart().record(150).sheetStart(1).table(1, 1); },
        {"", "B"}},
+      {"an empty table between full ones",
+       [](auto& b) {
+         b.header().sheetStart().table(1, 1).sheetStart(1).record(150).sheetStart(2).table(1, 1);
+       },
+       {"A", "", "C"}},
       {"two tables in one sheet",
        [](auto& b) { b.header().sheetStart().table(1, 1).table(2, 2).sheetEnd(); },
        {"A"}},

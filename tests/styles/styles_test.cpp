@@ -184,6 +184,21 @@ TEST(Styles, LookUpsTakeTheNewestEntry) {
   EXPECT_THAT(texts, ElementsAre("newer", "60"));
 }
 
+TEST(Styles, ANotebookMayHaveThousands) {
+  const auto define = [](NotebookBuilder& b) {
+    for (unsigned i = 1; i <= 8191; ++i)
+      b.style({.format = 0x10 + i % 16});
+  };
+  const auto texts = textsOf(bookOf(define, [](auto& b) {
+    for (const unsigned style : {1u, 127u, 128u, 255u, 256u, 257u, 511u, 513u, 4096u, 8190u, 8191u})
+      b.number({0, style, style}, 0);
+  }));
+  std::vector<size_t> decimals;
+  for (const std::string& text : texts)
+    decimals.push_back(text.size() < 2 ? 0 : text.size() - 2);
+  EXPECT_THAT(decimals, ElementsAre(1, 15, 0, 15, 0, 1, 15, 1, 0, 14, 15));
+}
+
 TEST(Styles, NothingOfACellRemainsForTheNext) {
   const auto texts = textsOf(bookOf(
       [](auto& b) {

@@ -175,6 +175,7 @@ RecordingHost::RecordingHost(Bytes file) : file_(*this, "", std::move(file)) {
     host.note("loadLibrary", name);
     if (host.shouldFail(Step::kLoadLibrary) || host.oleEntryPoint == nullptr ||
         std::strcmp(name, OLE_LIBRARY_NAME) != 0) {
+      *handle = &host;  // which a reader must not take for a library
       return 0;
     }
     ++host.libraries_;
