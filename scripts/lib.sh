@@ -7,9 +7,11 @@ set -euo pipefail
 calledFrom=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-# What a build of the release preset takes.
+# What a build of the release preset takes, and what its tests take beyond that.
 # shellcheck disable=SC2034
 buildPackages=(cmake ninja-build g++ libcli11-dev libgtest-dev rapidjson-dev)
+# shellcheck disable=SC2034
+testPackages=(pkg-config python3)
 
 die() {
   printf '%s: %s\n' "${0##*/}" "$*" >&2
@@ -32,7 +34,11 @@ need() {
   fi
   echo "installing ${missing[*]}" >&2
   local apt=("${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -qq -o DPkg::Lock::Timeout=600)
-  quietly apt-update "${apt[@]}" update || echo "${0##*/}: working with the old package lists" >&2
+  # Once, also for a script that another script here calls.
+  if [ -z "${qpsFreshLists:-}" ]; then
+    quietly apt-update "${apt[@]}" update || echo "${0##*/}: working with the old package lists" >&2
+    export qpsFreshLists=1
+  fi
   quietly apt-install "${apt[@]}" install --no-install-recommends "${missing[@]}" ||
     die "could not install ${missing[*]}"
 }
@@ -45,15 +51,16 @@ quietly() {
   mkdir -p build/log
   "$@" > "$log" 2>&1 && return
   local status=$?
-  tail -n 60 "$log" >&2
+  { grep -E -A 3 'FAILED: |error: ' "$log" | head -n 60 || true; tail -n 20 "$log"; } >&2
   echo "${0##*/}: failed: $* (whole output: $log)" >&2
   return $status
 }
 
-# buildPreset PRESET [TARGET...]: configures and builds, quietly.
+# buildPreset PRESET [TARGET...]: configures and builds, quietly, and goes on after a failure to show
+# every one.
 buildPreset() {
   local preset=$1
   shift
   quietly "$preset-configure" cmake --preset "$preset" &&
-    quietly "$preset-build" cmake --build --preset "$preset" ${1:+--target "$@"}
+    quietly "$preset-build" cmake --build --preset "$preset" ${1:+--target "$@"} -- -k 0
 }

@@ -12,4 +12,4 @@ qps=$PWD/build/release/bin/qps
 if [ $# = 0 ]; then set -- examples/budget.wb2; else cd "$calledFrom"; fi
 "$qps" sheets "$1"
 echo
-exec "$qps" csv "$1"
+exec "$qps" text "$1"

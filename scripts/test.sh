@@ -7,14 +7,15 @@
 
 # One row a step: its name, the function that does it with that name, the packages that it takes.
 steps=(
-  "release preset"
-  "clang   preset  clang-14"
-  "asan    preset"
-  "format  format  clang-format-14"
-  "tidy    tidy    clang-14 clang-tidy-14"
-  "i686    preset  g++-i686-linux-gnu googletest qemu-user"
-  "s390x   preset  g++-s390x-linux-gnu googletest qemu-user"
-  "mingw   windows g++-mingw-w64-x86-64-posix googletest wine64"
+  "release preset "
+  "clang preset clang-14"
+  "asan preset "
+  "format format clang-format-14"
+  "tidy tidy clang-14 clang-tidy-14"
+  "integrations script"
+  "i686 preset g++-i686-linux-gnu googletest qemu-user"
+  "s390x preset g++-s390x-linux-gnu googletest qemu-user"
+  "mingw windows g++-mingw-w64-x86-64-posix googletest wine64"
 )
 
 passed=0 failed=0
@@ -49,6 +50,17 @@ windows() {
   preset "$1"
 }
 
+# Runs scripts/test-NAME.sh, which ends with "N passed, N failed" as this one does.
+script() {
+  local log=build/log/$1.txt summary
+  "scripts/test-$1.sh" > "$log" 2>&1 || grep -v '^ok' "$log" || true
+  summary=$(sed -n '$s/^\([0-9]*\) passed, \([0-9]*\) failed$/\1 \2/p' "$log")
+  [ -n "$summary" ] || { count 1; return; }
+  passed=$((passed + ${summary% *}))
+  failed=$((failed + ${summary#* }))
+  echo "     ${summary% *} passed, ${summary#* } failed ($log)"
+}
+
 sources() {
   git ls-files -z -- "$@"
 }
@@ -73,7 +85,7 @@ tidy() {
 }
 
 main() {
-  local row name action packages chosen=() all=("${buildPackages[@]}")
+  local row name action packages chosen=() all=("${buildPackages[@]}" "${testPackages[@]}")
   for row in "${steps[@]}"; do
     read -r name action packages <<< "$row"
     if [ $# = 0 ] || [[ " $* " = *" $name "* ]]; then

@@ -36,8 +36,8 @@ const Shape kShapes[] = {
 // Around every boundary: mini sector, sector of either version, cutoff, the library's buffer.
 std::vector<NamedStream> streamsOfManySizes() {
   std::vector<NamedStream> streams;
-  for (const std::size_t size :
-       {1, 63, 64, 65, 511, 512, 513, 4095, 4096, 4097, 8191, 8192, 8193, 20000, 300000}) {
+  for (const std::size_t size : {1u, 63u, 64u, 65u, 511u, 512u, 513u, 4095u, 4096u, 4097u, 8191u,
+                                 8192u, 8193u, 20000u, 300000u}) {
     streams.push_back({std::to_string(size) + " bytes", contentsOf(size, 7)});
   }
   for (int i = 0; i < 200; ++i)
