@@ -7,15 +7,15 @@
 
 # One row a step: its name, the function that does it with that name, the packages that it takes.
 steps=(
-  "release preset "
-  "clang preset clang-14"
-  "asan preset "
-  "format format clang-format-14"
-  "tidy tidy clang-14 clang-tidy-14"
+  "release      preset"
+  "clang        preset  clang-14"
+  "asan         preset"
+  "format       format  clang-format-14"
+  "tidy         tidy    clang-14 clang-tidy-14"
   "integrations script"
-  "i686 preset g++-i686-linux-gnu googletest qemu-user"
-  "s390x preset g++-s390x-linux-gnu googletest qemu-user"
-  "mingw windows g++-mingw-w64-x86-64-posix googletest wine64"
+  "i686         preset  g++-i686-linux-gnu googletest qemu-user"
+  "s390x        preset  g++-s390x-linux-gnu googletest qemu-user"
+  "mingw        windows g++-mingw-w64-x86-64-posix googletest wine64"
 )
 
 passed=0 failed=0
