@@ -91,9 +91,9 @@ std::optional<Run> Item::rowHeight() const {
 
 std::optional<std::string_view> Item::notebookText() const {
   const bool isText = kind() == Kind::kRecord38Text || kind() == Kind::kRecord37Text;
-  const char* const text = isText ? raw_.notebookText.text : nullptr;
-  if (text == nullptr) return std::nullopt;
-  return text;
+  if (!isText) return std::nullopt;
+  const char* const text = raw_.notebookText.text;
+  return text != nullptr ? std::string_view(text) : std::string_view();
 }
 
 }  // namespace qps

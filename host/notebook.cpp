@@ -108,6 +108,7 @@ struct ItemRangeState {
   bool advance();
   std::optional<Error> error();
 
+  void clearItem();
   static void* allocateText(void* context, void* block, std::size_t size, std::uint32_t flags);
   void adoptNotebookText();
   void close();
@@ -147,11 +148,18 @@ void* ItemRangeState::allocateText(void* context, void*, std::size_t size, std::
   return text;
 }
 
+// In two parts: gcc takes a string instruction for the whole, which is slow to start (9 ns, not 2).
+void ItemRangeState::clearItem() {
+  constexpr std::size_t kHalf = 64;
+  std::memset(item.raw_.bytes, 0, kHalf);
+  std::memset(item.raw_.bytes + kHalf, 0, sizeof item.raw_ - kHalf);
+}
+
 bool ItemRangeState::advance() {
   started = true;
   if (!sheet) return false;
   if (texts == &ownTexts) ownTexts.clear();
-  std::memset(&item.raw_, 0, sizeof item.raw_);
+  clearItem();
   if (QPSProcessSheet(sheet.get(), &item.raw_) != 0) {
     close();
     return false;

@@ -12,13 +12,6 @@
 
 namespace qps {
 
-struct TextArena::Block {
-  Block* older;
-  std::size_t bytes;  // of text, after this structure
-
-  char* text() { return reinterpret_cast<char*>(this + 1); }
-};
-
 namespace {
 
 // Whole pool blocks, headers included, are powers of two; a sheet of a few cells stays small, and a
@@ -52,24 +45,20 @@ TextArena::~TextArena() {
   release();
 }
 
-void TextArena::release() {
-  while (newest_ != nullptr) {
-    Block* const older = newest_->older;
-    pool_->free(newest_);
-    newest_ = older;
+// Gives back the blocks that are older than this one.
+void TextArena::releaseAfter(Block& block) {
+  while (block.older != nullptr) {
+    Block* const next = block.older->older;
+    pool_->free(block.older);
+    block.older = next;
   }
-  cursor_ = end_ = nullptr;
 }
 
-void TextArena::clear() {
+void TextArena::release() {
   if (newest_ == nullptr) return;
-  Block* const kept = newest_;
-  newest_ = kept->older;
-  release();
-  kept->older = nullptr;
-  newest_ = kept;
-  cursor_ = kept->text();
-  end_ = cursor_ + kept->bytes;
+  releaseAfter(*newest_);
+  pool_->free(std::exchange(newest_, nullptr));
+  cursor_ = end_ = nullptr;
 }
 
 void* TextArena::allocateSlow(std::size_t size) {

@@ -32,15 +32,25 @@ class TextArena {
   }
 
   // Ends the life of every text and keeps one block for those that follow.
-  void clear();
+  void clear() {
+    if (newest_ == nullptr) return;
+    if (newest_->older != nullptr) releaseAfter(*newest_);
+    cursor_ = newest_->text();
+  }
 
   // Whether a text was ever refused.
   bool failed() const { return failed_; }
 
  private:
-  struct Block;
+  struct Block {
+    Block* older;
+    std::size_t bytes;  // of text, after this structure
+
+    char* text() { return reinterpret_cast<char*>(this + 1); }
+  };
 
   void* allocateSlow(std::size_t size);
+  void releaseAfter(Block& block);
   void release();
 
   std::shared_ptr<HeapPool> pool_;
