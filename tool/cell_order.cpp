@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 namespace qps {
 namespace {
@@ -14,16 +15,23 @@ bool isBefore(const Cell& a, const Cell& b) {
   return a.place.key() < b.place.key();
 }
 
-// One stable pass: `to` gets the cells in the order of 8 bits of their places.
-void sortByBits(const std::vector<Cell>& from, std::vector<Cell>& to, unsigned shift) {
+// One stable pass: puts the cells in the order of 8 bits of their places, unless they are already.
+void sortByBits(std::vector<Cell>& cells, std::vector<Cell>& spare, unsigned shift) {
   const auto digit = [shift](const Cell& cell) { return cell.place.key() >> shift & 0xFF; };
   std::array<std::size_t, 257> next{};  // where the next cell with this digit goes
-  for (const Cell& cell : from)
-    ++next[digit(cell) + 1];
+  bool sorted = true;
+  std::uint32_t last = 0;
+  for (const Cell& cell : cells) {
+    sorted = sorted && digit(cell) >= last;
+    last = digit(cell);
+    ++next[last + 1];
+  }
+  if (sorted) return;
   for (std::size_t i = 1; i < next.size(); ++i)
     next[i] += next[i - 1];
-  for (const Cell& cell : from)
-    to[next[digit(cell)]++] = cell;
+  for (const Cell& cell : cells)
+    spare[next[digit(cell)]++] = cell;
+  cells.swap(spare);
 }
 
 void sortByPlace(std::vector<Cell>& cells) {
@@ -32,10 +40,8 @@ void sortByPlace(std::vector<Cell>& cells) {
     return;
   }
   std::vector<Cell> spare(cells.size());
-  for (const unsigned shift : {0U, 8U, 16U}) {
+  for (const unsigned shift : {0U, 8U, 16U})
     sortByBits(cells, spare, shift);
-    cells.swap(spare);
-  }
 }
 
 }  // namespace

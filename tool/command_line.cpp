@@ -28,6 +28,8 @@ constexpr Command kCommands[] = {
      true, writeCsv},
     {CommandId::kJson, "json", "Print JSON Lines: one object for each item, with its style",
      Need::kItems, ".jsonl", false, writeJson},
+    {CommandId::kHtml, "html", "Print an HTML page that looks like the notebook", Need::kAll,
+     ".html", false, writeHtml},
     {CommandId::kItems, "items", "Print every item with its raw fields, for debugging",
      Need::kItems, ".items.txt", false, writeItems},
 };

@@ -49,7 +49,7 @@ struct Command {
 std::span<const Command> commands();
 
 // Each in a file of its own.
-Writer writeSheets, writeInfo, writeText, writeCsv, writeJson, writeItems;
+Writer writeSheets, writeInfo, writeText, writeCsv, writeJson, writeHtml, writeItems;
 
 }  // namespace qps
 

@@ -81,25 +81,30 @@ void CsvWriter::writeField(const char* text) {
 }
 
 void CsvWriter::writeAnyField(std::string_view text) {
-  scratch_.clear();
-  decoder_.append(text, scratch_);
-  std::string_view field = settings_.trim ? trimmed(scratch_) : scratch_;
+  std::string_view field = text;
+  if (!decoder_.isPlain(text)) {
+    scratch_.clear();
+    decoder_.append(text, scratch_);
+    field = scratch_;
+  }
+  if (settings_.trim) field = trimmed(field);
 
   const bool guarded = settings_.csvSafe && looksLikeFormula(field);
-  const char special[] = {settings_.delimiter, '"', '\r', '\n', '\0'};
-  if (field.find_first_of(special) == std::string_view::npos) {
+  const char special[] = {settings_.delimiter, '"', '\r', '\n'};
+  if (field.find_first_of({special, sizeof special}) == std::string_view::npos) {
     if (guarded) out_.put('\'');
     out_.write(field);
     return;
   }
-  out_.write(guarded ? "\"'" : "\"");
-  for (std::size_t quote; (quote = field.find('"')) != std::string_view::npos;) {
-    out_.write(field.substr(0, quote + 1));
-    out_.put('"');
-    field.remove_prefix(quote + 1);
+  char* to = out_.reserve(2 * field.size() + 3);  // every byte may be a quote
+  *to++ = '"';
+  if (guarded) *to++ = '\'';
+  for (const char byte : field) {
+    if (byte == '"') *to++ = '"';
+    *to++ = byte;
   }
-  out_.write(field);
-  out_.put('"');
+  *to++ = '"';
+  out_.commit(to);
 }
 
 void CsvWriter::writeEmptyRows(std::uint32_t count) {

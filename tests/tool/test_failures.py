@@ -51,7 +51,7 @@ USAGE = [
     ["csv", "--output-dir", "", "x"], ["text", "--crlf", "x"], ["csv", "--sheet"],
 ]
 
-ALL_COMMANDS = ["sheets", "info", "text", "csv", "json", "items"]
+ALL_COMMANDS = ["sheets", "info", "text", "csv", "json", "html", "items"]
 
 
 class Failures(unittest.TestCase):

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+//
+// The parts of the HTML page that say how things look, and texts made safe for it.
+#ifndef QPSREADER_TOOL_HTML_STYLE_H
+#define QPSREADER_TOOL_HTML_STYLE_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "host/item.hpp"
+#include "tool/encoding.h"
+
+namespace qps {
+
+// A length in twentieths of a point: "48.2pt".
+std::string points(std::uint64_t twentieths);
+
+// The declarations of a cell's style: "text-align:right;...".
+std::string cssOf(const CellStyle& style, const Decoder& decoder);
+
+// The style sheet that every page begins with.
+std::string_view pageStyles();
+
+// Appends UTF-8 text as the text of an element or the value of a quoted attribute. Line ends become
+// newlines; controls, which a page may not hold, show as pictures of themselves.
+void appendHtml(std::string_view utf8, std::string& result);
+
+}  // namespace qps
+
+#endif  // QPSREADER_TOOL_HTML_STYLE_H
