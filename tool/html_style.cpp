@@ -127,7 +127,7 @@ std::string cssOf(const CellStyle& style, const Decoder& decoder) {
   return css;
 }
 
-// Gridlines are dotted so that a cell's own line, of whichever side, wins where two cells meet.
+// Gridlines are dotted, and headings have none, so that a cell's own line wins wherever two meet.
 // Column letters and row numbers are generated: they are not part of the page's text.
 std::string_view pageStyles() {
   return R"(body{margin:1em;background:#fff;color:#000;font:10pt Arial,sans-serif}
@@ -140,7 +140,7 @@ table{border-collapse:collapse;table-layout:fixed;line-height:1.1}
 td{border:1px dotted #c0c0c0;padding:0 2px;overflow:hidden;white-space:pre;vertical-align:bottom}
 td.o{overflow:visible}
 td.o>div{overflow:hidden}
-th{border:1px solid #b0b0b0;padding:0;background:#e8e8e8;color:#404040;font:8pt Arial,sans-serif;text-align:center;overflow:hidden}
+th{padding:0;box-shadow:inset -1px -1px #b0b0b0;background:#e8e8e8;color:#404040;font:8pt Arial,sans-serif;text-align:center;overflow:hidden}
 th::before{content:attr(data-n)}
 tr{height:var(--h)}
 tr.gap td{background:#f4f4f4}

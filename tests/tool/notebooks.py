@@ -3,9 +3,12 @@
 import os
 import struct
 import subprocess
+import tempfile
+import unittest
 
 QPS = os.environ["QPS"].split(";")  # the program, after an emulator's command if there is one
-EXAMPLE = os.environ["QPS_EXAMPLE"]
+SOURCE = os.environ["QPS_SOURCE"]  # the top of the source tree
+EXAMPLE = os.path.join(SOURCE, "examples/budget.wb2")
 
 
 def record(kind, body=b""):
@@ -51,3 +54,22 @@ def run(*args, stdin=None, env=None, **keywords):
     return subprocess.run([*QPS, *args], input=stdin if stdin is not None else b"",
                           stdout=keywords.pop("stdout", subprocess.PIPE), stderr=subprocess.PIPE,
                           env={**os.environ, **(env or {})}, timeout=120, check=False, **keywords)
+
+
+class ToolTest(unittest.TestCase):
+    """A case with a folder of its own."""
+
+    maxDiff = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def file(self, data, name="book.wb2"):
+        with open(self.path(name), "wb") as file:
+            file.write(data)
+        return self.path(name)

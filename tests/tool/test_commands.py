@@ -4,10 +4,10 @@ import csv
 import io
 import json
 import os
-import tempfile
 import unittest
 
-from notebooks import (EXAMPLE, blank, font, integer, label, notebook, record, run, sheet, style)
+from notebooks import (EXAMPLE, SOURCE, ToolTest, blank, font, integer, label, notebook, record,
+                       run, sheet, style)
 
 PLAIN = notebook(sheet(label(0, 0, b"X"), label(1, 0, b"Y"), integer(0, 1, 1), integer(1, 1, -5)))
 TWO = notebook(sheet(label(0, 0, b"first"), name=b"Budget"),
@@ -61,18 +61,7 @@ CASES = [
 ]
 
 
-class Commands(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-
-    def file(self, data, name="book.wb2"):
-        path = os.path.join(self.folder, name)
-        with open(path, "wb") as file:
-            file.write(data)
-        return path
-
+class Commands(ToolTest):
     def output(self, data, *args):
         result = run(*args, self.file(data))
         self.assertEqual((result.returncode, result.stderr), (0, b""))
@@ -142,6 +131,25 @@ class Commands(unittest.TestCase):
             "font": {"name": "Times", "size": 12, "bold": True, "italic": True, "underline": False,
                      "strikeOut": True}})
         self.assertEqual((lines[4]["address"], lines[4]["text"]), ("B5", None))
+
+    def test_json_follows_its_schema(self):
+        try:
+            import jsonschema
+        except ImportError:
+            self.skipTest("python3-jsonschema is not installed")
+        with open(os.path.join(SOURCE, "docs/json-schema/qps-items.schema.json"), "rb") as file:
+            schema = json.load(file)
+        for part in schema["oneOf"]:  # in the test, a member that the schema does not know is an error
+            part["properties"].update({name: {} for name in schema["properties"]
+                                       if name not in part["properties"]})
+            part["additionalProperties"] = False
+        validator = jsonschema.Draft202012Validator(schema)
+        kinds = set()
+        for path in (EXAMPLE, self.file(TEXTS), self.file(ODD, "odd"), self.file(HIDDEN, "hidden")):
+            for line in run("json", path).stdout.decode().splitlines():
+                validator.validate(json.loads(line))
+                kinds.add(json.loads(line)["kind"])
+        self.assertEqual(kinds, {"sheet", "columnWidths", "rowHeight", "notebookText", "cell"})
 
     def test_items_show_the_raw_fields(self):
         out = self.output(TEXTS, "items")

@@ -2,13 +2,11 @@
 # What happens when something is wrong: the exit status, one line on standard error that says which
 # file and why, and nothing on standard output that could be taken for a result.
 import os
-import re
 import signal
 import subprocess
-import tempfile
 import unittest
 
-from notebooks import (EXAMPLE, QPS, blank, font, integer, label, notebook, record, run, sheet, style)
+from notebooks import EXAMPLE, QPS, ToolTest, label, notebook, record, run, sheet, style
 
 GOOD = notebook(sheet(label(0, 0, b"x")))
 TWO = notebook(sheet(label(0, 0, b"first")), sheet(label(0, 0, b"second"), number=1))
@@ -54,21 +52,7 @@ USAGE = [
 ALL_COMMANDS = ["sheets", "info", "text", "csv", "json", "html", "items"]
 
 
-class Failures(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-
-    def path(self, name):
-        return os.path.join(self.folder, name)
-
-    def file(self, data, name="book.wb2"):
-        if data is not None:
-            with open(self.path(name), "wb") as file:
-                file.write(data)
-        return self.path(name)
-
+class Failures(ToolTest):
     def assert_fails(self, result, path, status, reason):
         line = result.stderr.decode()
         self.assertEqual((result.returncode, result.stdout), (status, b""), line)

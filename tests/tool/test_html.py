@@ -1,0 +1,172 @@
+# SPDX-License-Identifier: MIT
+# The HTML page: its structure as an HTML parser sees it, and how it looks as a browser computes it.
+import json
+import re
+import shutil
+import struct
+import subprocess
+import unittest
+
+from notebooks import EXAMPLE, ToolTest, blank, font, label, notebook, record, run, sheet, style
+
+try:
+    import html5lib
+except ImportError:
+    html5lib = None
+
+BROWSER = shutil.which("chromium") or shutil.which("chromium-browser") or shutil.which("google-chrome")
+FLAGS = ("--headless --no-sandbox --disable-gpu --disable-quic --no-first-run --disable-sync "
+         "--disable-background-networking --disable-component-update --virtual-time-budget=5000").split()
+
+EVIL = b'</style></title><script>alert(1)</script><img src=x onerror="a">&amp;'
+HOSTILE = notebook(sheet(label(0, 0, EVIL), label(1, 0, b"a\x00"), label(2, 0, b"\x01\x7f\r\nb\tc"),
+                         name=b'"><script>' + EVIL[:40]),
+                   definitions=font(b'x"}</style><script>\n\\') + style() + record(265) +
+                   record(38, b"<b>\0") + record(266))
+
+# Styles 2 to 8: each horizontal and vertical alignment, each font bit, each line.
+LOOKS = notebook(
+    sheet(record(216, struct.pack("<HH", 0, 2000)), record(214, struct.pack("<HH", 1, 600)),
+          label(0, 0, b"plain"), label(1, 0, b"bits", 2), label(2, 0, b"lines", 3),
+          label(0, 1, b"top", 4), label(1, 1, b"across", 5), blank(2, 1, 5), blank(3, 1, 5),
+          label(0, 2, b"a text that runs over its neighbours", 1), label(3, 2, b"next"), columns=4),
+    definitions=font() + font(b"Courier", 12, 0x26) + style() + style(font=2) +
+    style(lines=0xE4, line_colours=0x4321) + style(align=0x13) + style(align=0x04))
+
+SCRIPT = """<script>
+const result = [];
+for (const [sheet, row, column] of %s) {
+  const table = document.querySelectorAll("table")[sheet];
+  const letters = [...table.querySelectorAll("thead th")].map(th => th.dataset.n);
+  const line = table.querySelector(`tbody th[data-n="${row}"]`).parentNode;
+  const cell = line.children[letters.indexOf(column)], css = getComputedStyle(cell);
+  const box = cell.getBoundingClientRect(), range = document.createRange();
+  range.selectNodeContents(cell);
+  const text = range.getBoundingClientRect();
+  const found = {text: cell.textContent, width: box.width, height: line.getBoundingClientRect().height,
+                 left: box.left, textLeft: text.left, textRight: text.right,
+                 clip: (cell.firstElementChild || cell).getBoundingClientRect().right};
+  for (const name of ["color", "background-color", "font-family", "font-size", "font-weight",
+                      "font-style", "text-decoration-line", "text-align", "vertical-align",
+                      "border-left", "border-top", "border-right", "border-bottom"])
+    found[name] = css.getPropertyValue(name);
+  result.push(found);
+}
+document.body.textContent = JSON.stringify(result);
+</script>"""
+
+
+class Html(ToolTest):
+    def page(self, source):
+        result = run("html", source)
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        return result.stdout
+
+    def parse(self, source):
+        parser = html5lib.HTMLParser(namespaceHTMLElements=False)
+        root = parser.parse(self.page(source))
+        self.assertEqual(parser.errors, [])
+        return root
+
+    @unittest.skipUnless(html5lib, "python3-html5lib is not installed")
+    def test_structure_of_the_example(self):
+        root = self.parse(EXAMPLE)
+        metas = {m.get("http-equiv") or m.get("name"): m.get("content") for m in root.iter("meta")}
+        self.assertIn("default-src 'none'", metas["Content-Security-Policy"])
+        self.assertEqual(metas["description"], "Notebook with the worksheets: Budget, Car")
+        self.assertEqual(root.find(".//meta").get("charset"), "utf-8")
+        self.assertEqual(root.find(".//title").text, "budget.wb2")
+        self.assertEqual([p.text for p in root.iter("p")], ["Household budget", "Page 1"])
+        self.assertEqual([(a.text, a.get("href")) for a in root.iter("a")],
+                         [("Budget", "#sheet1"), ("Car", "#sheet2")])
+        self.assertEqual([h.text for h in root.iter("h2")], ["Budget", "Car"])
+        table = root.find(".//table")
+        letters = [th.get("data-n") for th in table.find("thead").iter("th")]
+        self.assertEqual(letters, [None, "A", "B", "C", "D", "E", "G"])  # F is hidden
+        rows = list(table.find("tbody"))
+        self.assertEqual([row[0].get("data-n") for row in rows],
+                         ["1", "2", "3", "4", "5", "6", "7", "8", "10"])  # 9 is hidden
+        for row in rows:
+            self.assertEqual([cell.tag for cell in row], ["th"] + 6 * ["td"])
+        self.assertEqual(["".join(cell.itertext()) for cell in rows[4]],
+                         ["", "Groceries", "05-Jan-24", "$420.00 ", "$467.35 ", "(47.35) ", "over budget"])
+
+    @unittest.skipUnless(html5lib, "python3-html5lib is not installed")
+    def test_nothing_in_a_notebook_becomes_markup(self):
+        root = self.parse(self.file(HOSTILE, "<i>&.wb2"))
+        tags = {element.tag for element in root.iter()}
+        self.assertLessEqual(tags, {"html", "head", "meta", "title", "style", "body", "header", "h1", "p",
+                                    "section", "h2", "table", "colgroup", "col", "thead", "tbody", "tr",
+                                    "th", "td"})
+        names = {name for element in root.iter() for name in element.attrib}
+        self.assertLessEqual(names, {"charset", "http-equiv", "content", "name", "id", "style", "scope",
+                                     "data-n", "class"})
+        cells = ["".join(td.itertext()) for td in root.iter("td")]
+        self.assertEqual(cells, [EVIL.decode(), "a", "\u2401\u2421\nb\tc"])
+        self.assertEqual((root.find(".//h1").text, root.find(".//p").text), ("<i>&.wb2", "<b>"))
+        self.assertNotIn("<", root.find(".//style").text)
+
+    def test_corner_cells_make_a_small_page(self):
+        far = [sheet(label(0, 0, b"a"), label(255, 65535, b"z"), number=n) for n in range(50)]
+        result = run("html", "--max-memory", "20M", self.file(notebook(*far)))
+        self.assertEqual(result.returncode, 0)
+        self.assertLess(len(result.stdout), 50 * 40000)
+        self.assertIn('data-n="2\u201365535"'.encode(), result.stdout)
+
+    def looks(self, source, *places):
+        """The computed styles of cells, each named by sheet, row and column."""
+        page = self.page(source).decode()
+        page = re.sub("<meta http-equiv=[^>]*>", "", page)  # it forbids the script, as it should
+        page = page.replace("</body>", SCRIPT % json.dumps(places) + "</body>")
+        path = self.file(page.encode(), "page.html")
+        dump = subprocess.run([BROWSER, *FLAGS, "--user-data-dir=" + self.path("browser"), "--dump-dom",
+                               "file://" + path], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                              timeout=300, check=True).stdout.decode()
+        return json.loads(re.search(r"<body>(.*?)</body>", dump, re.S)[1])
+
+    def check(self, found, **expected):
+        for name, value in expected.items():
+            self.assertEqual(found[name.replace("_", "-")], value, (name, found))
+
+    @unittest.skipUnless(BROWSER, "no Chromium is installed")
+    def test_looks_of_the_example(self):
+        title, heading, due, total, remark = self.looks(
+            EXAMPLE, (0, "1", "A"), (0, "3", "A"), (0, "4", "B"), (0, "10", "C"), (0, "5", "G"))
+        self.check(title, color="rgb(0, 0, 128)", font_weight="700", text_align="left",
+                   font_family='"Times New Roman", serif')
+        self.assertAlmostEqual(float(title["font-size"][:-2]), 16 * 96 / 72, 1)
+        self.assertAlmostEqual(title["width"], 110 * 96 / 72, 0)
+        self.assertAlmostEqual(title["height"], 21 * 96 / 72, 0)
+        self.check(heading, color="rgb(255, 255, 255)", background_color="rgb(0, 0, 128)",
+                   text_align="center", border_left="1px solid rgb(0, 0, 128)", font_weight="700")
+        self.check(due, text="01-Jan-24", text_align="right", vertical_align="bottom", font_weight="400",
+                   font_family="Arial, sans-serif")
+        self.assertAlmostEqual(due["width"], 65 * 96 / 72, 0)
+        self.check(total, background_color="rgb(192, 192, 192)", border_top="1px solid rgb(0, 0, 0)",
+                   border_bottom="3px double rgb(0, 0, 0)")
+        self.check(remark, text="over budget", color="rgb(0, 128, 0)", font_style="italic")
+
+    @unittest.skipUnless(BROWSER, "no Chromium is installed")
+    def test_each_look(self):
+        plain, bits, lines, top, across, runs, following = self.looks(
+            self.file(LOOKS), (0, "1", "A"), (0, "1", "B"), (0, "1", "C"), (0, "2", "A"), (0, "2", "B"),
+            (0, "3", "A"), (0, "3", "D"))
+        self.check(plain, font_style="normal", text_decoration_line="none", text_align="left",
+                   border_top="1px dotted rgb(192, 192, 192)")
+        self.assertAlmostEqual(plain["width"], 100 * 96 / 72, 0)
+        self.check(bits, font_style="italic", font_weight="400", font_family="Courier, monospace",
+                   text_decoration_line="underline line-through", font_size="16px")
+        self.check(lines, border_top="1px solid rgb(128, 128, 128)", border_right="3px double rgb(0, 0, 0)",
+                   border_bottom="2px solid rgb(255, 0, 0)")
+        self.check(top, text_align="right", vertical_align="top")
+        self.assertAlmostEqual(top["height"], 30 * 96 / 72, 0)
+        # Centred over columns B to D, which have the default width.
+        middle = across["left"] + 1.5 * across["width"]
+        self.assertAlmostEqual((across["textLeft"] + across["textRight"]) / 2, middle, delta=4)
+        # Runs over B and C, and not into D.
+        self.assertGreater(runs["textRight"], plain["left"] + plain["width"] + 10)
+        self.assertLessEqual(runs["clip"], following["left"] + 3)
+
+
+if __name__ == "__main__":
+    unittest.main()

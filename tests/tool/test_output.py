@@ -1,0 +1,150 @@
+# SPDX-License-Identifier: MIT
+# Where input comes from and where output goes: several files, lists of names, standard input,
+# folders of output, and the line of progress.
+import os
+import pathlib
+import pty
+import resource
+import signal
+import subprocess
+import time
+import unittest
+
+from notebooks import EXAMPLE, QPS, ToolTest, label, notebook, run, sheet
+
+ONE = notebook(sheet(label(0, 0, b"one")))
+TWO = notebook(sheet(label(0, 0, b"two")))
+NAMES = [b"Budget", b"budget", b"../../etc/passwd", b"a/b\\c:d*e?f\"g<h>i|j", b"..", b"CON", b"",
+         b"tab\there", b" ", b"caf\xe9", b"Budget~2"]
+LONG = [b"x" * 60, b"\xe9" * 62]
+
+
+def contents(folder):
+    return {path.name: path.read_bytes() for path in pathlib.Path(folder).iterdir()}
+
+
+class OutputTest(ToolTest):
+    def test_several_files_say_which_is_which(self):
+        one, two = self.file(ONE, "one.wb2"), self.file(TWO, "t\x1bwo.wb2")
+        cases = {
+            "csv": "one\n\ntwo\n",
+            "text": f"==> {one} <==\n=== A ===\none\n\n==> {self.path('t␛wo.wb2')} <==\n=== A ===\ntwo\n",
+        }
+        for command, expected in cases.items():
+            self.assertEqual(run(command, one, two).stdout.decode(), expected)
+        lines = run("sheets", one, two).stdout.decode().splitlines()
+        self.assertEqual([line.split("\t")[0] for line in lines],
+                         ["file", one, self.path("t\u241bwo.wb2")])
+        self.assertEqual(run("html", one, two).stdout.count(b"<!DOCTYPE html>"), 2)
+
+    def test_names_from_a_list(self):
+        names = b"\0".join(self.file(ONE, name).encode() for name in ("a b", "-x", "new\nline", "[1,2]"))
+        expected = b"one\n\none\n\none\n\none\n"
+        self.assertEqual(run("csv", "--files0-from", self.file(names + b"\0", "list")).stdout, expected)
+        self.assertEqual(run("csv", "--files0-from", "-", stdin=names).stdout, expected)
+        result = run("csv", "--files0-from", "-", stdin=b"\0-\0/nonexistent\0" + names)
+        self.assertEqual((result.returncode, result.stdout), (1, expected))
+        self.assertEqual(result.stderr.count(b"\n"), 3)
+        self.assertEqual(run("csv", "--files0-from", "-").stdout, b"")
+
+    def test_any_name_on_the_command_line(self):
+        for name in ("[1,2]", "{}", "csv", "%%"):
+            self.file(ONE, name)
+            self.assertEqual(run("csv", name, cwd=self.folder).stdout, b"one\n", name)
+        self.file(ONE, "--crlf")
+        self.assertEqual(run("csv", "--", "--crlf", cwd=self.folder).stdout, b"one\n")
+
+    def test_standard_input(self):
+        self.assertEqual(run("csv", "-", stdin=ONE).stdout, b"one\n")
+        example = pathlib.Path(EXAMPLE).read_bytes()
+        self.assertEqual(run("csv", "-", stdin=example).stdout, run("csv", EXAMPLE).stdout)
+        result = run("csv", "-", stdin=ONE[:-20])
+        self.assertEqual((result.returncode, result.stdout), (5, b""))
+        self.assertTrue(result.stderr.startswith(b"qps: -: "))
+
+    def test_a_folder_of_output(self):
+        out = self.path("new/folder")
+        os.mkdir(self.path("sub"))
+        inputs = [self.file(ONE, "book.wb2"), self.file(TWO, "sub/book.wb2"), "-"]
+        for command, extension in (("csv", ".A.csv"), ("text", ".txt"), ("json", ".jsonl"),
+                                   ("html", ".html"), ("info", ".info.txt")):
+            result = run(command, "--output-dir", out, *inputs, stdin=ONE)
+            self.assertEqual((result.returncode, result.stdout, result.stderr), (0, b"", b""))
+            for name in (f"book.wb2{extension}", f"stdin{extension}"):
+                self.assertTrue(os.path.getsize(os.path.join(out, name)) > 0, name)
+        self.assertEqual(contents(out)["book.wb2.A.csv"], b"one\n")
+        self.assertEqual(contents(out)["book.wb2.A~2.csv"], b"two\n")
+        self.assertEqual(len(os.listdir(out)), 15)
+
+    def test_names_are_safe(self):
+        before = set(os.listdir(self.folder)) | {"out", "book.wb2"}
+        sheets = [sheet(label(0, 0, b"x"), name=name, number=i) for i, name in enumerate(NAMES + LONG)]
+        out = self.path("out")
+        result = run("csv", "--output-dir", out, self.file(notebook(*sheets)))
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        self.assertEqual(set(os.listdir(self.folder)), before)
+        names = sorted(os.listdir(out))
+        self.assertEqual(names, sorted([
+            "book.wb2.Budget.csv", "book.wb2.budget~2.csv", "book.wb2._._.._etc_passwd.csv",
+            "book.wb2.a_b_c_d_e_f_g_h_i_j.csv", "book.wb2.__.csv", "book.wb2._CON.csv",
+            "book.wb2.sheet 7.csv", "book.wb2.tab\u2409here.csv", "book.wb2._.csv",
+            "book.wb2.caf\u00e9.csv", "book.wb2.Budget~2~2.csv", f"book.wb2.{'x' * 60}.csv",
+            f"book.wb2.{chr(0xe9) * 50}.csv"]))
+
+    def test_nothing_follows_a_link_out_of_the_folder(self):
+        out = self.path("out")
+        os.mkdir(out)
+        victim = self.file(b"mine", "victim")
+        os.symlink(victim, os.path.join(out, "book.wb2.A.csv"))
+        self.assertEqual(run("csv", "--output-dir", out, self.file(ONE)).returncode, 0)
+        self.assertEqual(contents(out), {"book.wb2.A.csv": b"one\n"})
+        self.assertEqual(pathlib.Path(victim).read_bytes(), b"mine")
+
+    def test_a_file_appears_whole_or_not_at_all(self):
+        large = notebook(sheet(*[label(c, r, b"x" * 100) for r in range(500) for c in range(20)]))
+        out = self.path("out")
+        os.mkdir(out)
+        self.file(b"older", "out/book.wb2.A.csv")
+
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (500000, 500000))
+
+        result = run("csv", "--output-dir", out, self.file(large), self.file(ONE, "small"),
+                     preexec_fn=limit)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(b"cannot write book.wb2.A.csv: File too large\n", result.stderr)
+        self.assertEqual(contents(out), {"book.wb2.A.csv": b"older", "small.A.csv": b"one\n"})
+        damaged = run("csv", "--output-dir", out, self.file(ONE[:-20], "damaged"))
+        self.assertEqual((damaged.returncode, len(os.listdir(out))), (5, 2))
+
+    def test_an_output_folder_that_is_none(self):
+        result = run("csv", "--output-dir", self.file(b"", "file"), self.file(ONE))
+        self.assertEqual((result.returncode, result.stdout), (2, b""))
+
+    def test_progress_shows_on_a_terminal_after_a_second(self):
+        path = self.file(ONE)
+        for term, args, shows in (("xterm", [], True), ("dumb", [], False), ("xterm", ["--quiet"], False)):
+            master, slave = pty.openpty()
+            process = subprocess.Popen([*QPS, "csv", *args, "--files0-from", "-"], stdin=subprocess.PIPE,
+                                       stdout=subprocess.PIPE, stderr=slave,
+                                       env={**os.environ, "TERM": term, "NO_COLOR": "1"})
+            process.stdin.write(path.encode() + b"\0")
+            process.stdin.flush()
+            time.sleep(1.2)
+            out, _ = process.communicate(path.encode() + b"\0", timeout=60)
+            os.close(slave)
+            shown = b""
+            try:
+                while part := os.read(master, 1000):
+                    shown += part
+            except OSError:  # the other end of the terminal is closed and everything is read
+                pass
+            os.close(master)
+            self.assertEqual(out, b"one\n\none\n")
+            self.assertNotIn(b"\x1b", shown)
+            self.assertEqual(shown.startswith(b"\rqps: 2 cells, 2 files done\r "), shows, shown)
+
+
+if __name__ == "__main__":
+    unittest.main()

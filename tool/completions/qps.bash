@@ -1,0 +1,59 @@
+# SPDX-License-Identifier: MIT
+# bash completion for qps
+
+_qps() {
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+  local command=${COMP_WORDS[1]} i
+  local common='--help --sheet --files0-from --output-dir --encoding --strict --salvage
+    --max-memory --quiet'
+  COMPREPLY=()
+
+  if ((COMP_CWORD == 1)); then
+    mapfile -t COMPREPLY < <(compgen -W 'sheets info text csv json html items --help --version' \
+      -- "$current")
+    return
+  fi
+  case $previous in
+    --files0-from)
+      compopt -o filenames
+      mapfile -t COMPREPLY < <(compgen -f -- "$current")
+      return
+      ;;
+    --output-dir)
+      compopt -o filenames
+      mapfile -t COMPREPLY < <(compgen -d -- "$current")
+      return
+      ;;
+    --encoding)
+      mapfile -t COMPREPLY < <(compgen -W 'windows-1250 windows-1251 windows-1252 windows-1253
+        windows-1254 CP437 CP850 CP852 CP866 CP932' -- "$current")
+      return
+      ;;
+    --delimiter)
+      mapfile -t COMPREPLY < <(compgen -W 'tab' -- "$current")
+      return
+      ;;
+    --sheet | --max-memory | --separator)
+      return
+      ;;
+  esac
+  if [[ $current == -* ]]; then
+    case $command in
+      csv)
+        common+=' --skip-empty --trim --delimiter --separator --crlf --bom --csv-safe'
+        ;;
+      text)
+        common+=' --skip-empty --trim'
+        ;;
+    esac
+    mapfile -t COMPREPLY < <(compgen -W "$common" -- "$current")
+    return
+  fi
+  compopt -o filenames
+  mapfile -t COMPREPLY < <(compgen -d -- "$current")
+  while IFS= read -r i; do
+    [[ ${i,,} == *.wb[123] ]] && COMPREPLY+=("$i")
+  done < <(compgen -f -- "$current")
+}
+
+complete -F _qps qps
