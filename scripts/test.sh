@@ -18,6 +18,12 @@ steps=(
   "mingw        windows g++-mingw-w64-x86-64-posix googletest wine64"
 )
 
+# Only when they are named (scripts/test-long.sh does it).
+namedSteps=(
+  "char-unsigned preset"
+  "tsan          preset"
+)
+
 passed=0 failed=0
 
 # count STATUS: one more check that passed (0) or failed.
@@ -86,9 +92,11 @@ tidy() {
 
 main() {
   local row name action packages chosen=() all=("${buildPackages[@]}" "${testPackages[@]}")
-  for row in "${steps[@]}"; do
+  # shellcheck disable=SC2046
+  [ $# != 0 ] || set -- $(printf '%s\n' "${steps[@]}" | cut -d' ' -f1)
+  for row in "${steps[@]}" "${namedSteps[@]}"; do
     read -r name action packages <<< "$row"
-    if [ $# = 0 ] || [[ " $* " = *" $name "* ]]; then
+    if [[ " $* " = *" $name "* ]]; then
       chosen+=("$name $action")
       # shellcheck disable=SC2206
       all+=($packages)

@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# test-long.sh [STEP...]: the half of the testing that takes hours. docs/testing.md says what each
+# step is for and what it measured last. Without a STEP it takes all of them; set FUZZ_SECONDS for
+# the time of each fuzz target (600) and MUTANTS for the number of mutants (300).
+# shellcheck source=scripts/lib.sh
+. "$(dirname "$0")/lib.sh"
+
+# The whole suite in every world.
+worlds() {
+  scripts/test.sh clang asan char-unsigned tsan i686 s390x mingw
+}
+
+fuzz() {
+  scripts/fuzz.sh "${FUZZ_SECONDS:-600}"
+}
+
+# Every byte of the example, and of the same in a compound document, set to each of 256 values; with
+# the sanitizers, because a wrong read need not break a promise.
+damage() {
+  buildPreset asan damage_sweep && build/asan/bin/damage_sweep 1 examples/budget.wb2
+}
+
+# What was never written is not read, in the optimised build. The sweeps, which valgrind makes too
+# slow, run under the other sanitizers.
+memory() {
+  local program programs=(reader_tests render_tests olefio_tests fault_tests)
+  need valgrind
+  buildPreset release "${programs[@]}" || return
+  for program in "${programs[@]}"; do
+    valgrind -q --error-exitcode=9 --leak-check=full "build/release/bin/$program" --gtest_brief=1 \
+      --gtest_filter='-Amplification*:Faults.*Anywhere*:Faults.Every*:*Sweep*' || return
+  done
+}
+
+coverage() {
+  scripts/coverage.sh
+}
+
+mutation() {
+  scripts/mutation.py --count "${MUTANTS:-300}"
+}
+
+main() {
+  local step status=0
+  [ $# != 0 ] || set -- worlds fuzz damage memory coverage mutation
+  for step in "$@"; do
+    [ "$(type -t "$step")" = function ] || die "no such step: $step"
+  done
+  for step in "$@"; do
+    local before=$SECONDS result=passed
+    echo "== $step"
+    "$step" || { result=FAILED; status=1; }
+    echo "   $step $result, $((SECONDS - before)) s"
+  done
+  return $status
+}
+
+main "$@"
