@@ -44,6 +44,8 @@ TEST(Interface, HandleHoldsTheArgumentsInItsWords) {
   EXPECT_EQ(QPSInitSheet(reader, nullptr, 0, RecordingHost::itemAlloc, nullptr), nullptr);
   EXPECT_EQ(host.hostCalls(), 1u) << "a handle without services is left alone";
   reader->services = services;
+  reader->stream = nullptr;
+  EXPECT_EQ(QPSInitSheet(reader, nullptr, 0, RecordingHost::itemAlloc, nullptr), nullptr);
   QPSCloseReader(reader);
   EXPECT_EQ(host.state(), "clean");
 

@@ -145,6 +145,17 @@ TEST(Listing, TheReaderOwnsTheTableAndReplacesIt) {
   EXPECT_EQ(qpsWorkSheetInfo(&noStream, &none), 0);
 }
 
+// A worksheet that another begins in: the search steps back over its header, with the third seek.
+TEST(Listing, AFailedStepBackEndsTheListing) {
+  NotebookBuilder book;
+  book.header().sheetStart(0).sheetStart(1).table(1, 1);
+  RecordingHost host(book.bytes());
+  EXPECT_TRUE(listSheets(host).has_value());
+  host.fail({.step = Step::kSeek, .nth = 3});
+  EXPECT_FALSE(listSheets(host).has_value());
+  EXPECT_EQ(host.state(), "clean");
+}
+
 TEST(Listing, ATableThatCannotGrowIsGivenBack) {
   NotebookBuilder book;
   book.header();
