@@ -82,15 +82,15 @@ function(qps_set_plugin target exports)
   endif()
 endfunction()
 
-# A program that finds the shared reader in ../lib (or where CMAKE_INSTALL_LIBDIR says) of its own
-# place, in the build tree and installed. As DT_RPATH: with the newer DT_RUNPATH, a library of that
-# name in a folder of LD_LIBRARY_PATH would come first.
+# A program that finds the shared reader from its own place, installed and in the build tree, which
+# has the same folders. As DT_RPATH: with the newer DT_RUNPATH, a library of that name in a folder of
+# LD_LIBRARY_PATH would come first.
 function(qps_set_program target)
   qps_set_product(${target})
   if(NOT WIN32)
     file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     set_target_properties(${target} PROPERTIES
-      BUILD_RPATH_USE_ORIGIN ON INSTALL_RPATH "$ORIGIN/${libraries}")
+      BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN/${libraries}")
     target_link_options(${target} PRIVATE -Wl,--disable-new-dtags)
   endif()
 endfunction()

@@ -7,6 +7,7 @@
 #   check.sh imports FILE PATTERNS   imports nothing but what a line of PATTERNS matches
 #   check.sh hardened FILE           is hardened, as a library or a program
 #   check.sh rpath FILE WANTED       has WANTED as its DT_RPATH, and no DT_RUNPATH
+#   check.sh decoy PROGRAM DECOY NOTEBOOK   prints the notebook, whatever DECOY calls itself
 #   check.sh flags COMMANDS FILES    every file of FILES/NAME.cpp was compiled with the hardening flags
 set -euo pipefail
 export LC_ALL=C
@@ -50,6 +51,15 @@ case $1 in
   rpath)
     paths=$($READELF -dW "$2" | sed -n 's/.*(\(R[UN]*PATH\)).*\[\(.*\)\]/\1 \2/p')
     [ "$paths" = "RPATH $3" ] || fail "wanted RPATH $3, found ${paths:-none}"
+    ;;
+  decoy)
+    folder=$(mktemp -d)
+    trap 'rm -rf "$folder"' EXIT
+    LD_PRELOAD=$3 /bin/true && fail "the decoy does not bite"
+    for name in libqpsreader.so libqpsreader.so.1 zbolefio.dll; do cp "$3" "$folder/$name"; done
+    cd "$folder"
+    printed=$(LD_LIBRARY_PATH=$folder:. "$2" text "$4") || fail "exit status $?"
+    [ "$printed" = "$(cd / && "$2" text "$4")" ] || fail "printed something else"
     ;;
   flags)
     commands=$(grep '"command":' "$2" | grep -E " -c $3/[a-z_0-9]+\.cpp\"") || fail "no file of $3"
