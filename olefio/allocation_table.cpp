@@ -16,8 +16,8 @@ namespace qps::ole {
 
 bool AllocationTable::open(Extents bytes, unsigned blockShift) {
   const std::uint64_t blocks = bytes.size() >> blockShift;
-  const auto slots =
-      static_cast<std::size_t>(std::min<std::uint64_t>(blocks, kCacheBytes >> blockShift));
+  const std::size_t most = std::min(kMaxSlots, kCacheBytes >> blockShift);
+  const auto slots = static_cast<std::size_t>(std::min<std::uint64_t>(blocks, most));
   bytes_ = std::move(bytes);
   blockShift_ = blockShift;
   blockInSlot_.fill(kEmptySlot);

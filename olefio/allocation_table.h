@@ -20,8 +20,8 @@ class AllocationTable {
  public:
   AllocationTable(HostFile& file, SSMemoryPool& pool) : file_(file), bytes_(pool), cache_(pool) {}
 
-  // `bytes` is where the table lies, in whole sectors of 1 << blockShift bytes. False when the pool
-  // has no block.
+  // `bytes` is where the table lies. It is read in blocks of 1 << blockShift bytes, the size of the
+  // sectors that it chains. False when the pool has no block.
   [[nodiscard]] bool open(Extents bytes, unsigned blockShift);
 
   // The sector after `sector`, or a number that names no sector: at the chain's end, where the

@@ -43,7 +43,7 @@ bool Container::load() {
   return sectors.append({.fileOffset = std::uint64_t{1} << shift,
                          .bytes = std::uint64_t{sectorCount} << shift}) &&
          listFat(file_, pool_, header_, sectorCount, fat) &&
-         sectors_.open(std::move(sectors), shift, std::move(fat), shift) &&
+         sectors_.open(std::move(sectors), std::move(fat), shift) &&
          directory_.open(sectors_, header_);
 }
 
@@ -73,8 +73,7 @@ bool Container::locateInMiniStream(const DirectoryEntry& entry, Extents& bytes) 
   SectorSpace miniSectors(file_, pool_);
   return sectors_.follow(directory_.root().start, directory_.root().bytes, miniStream) &&
          sectors_.follow(header_.firstMiniFat, UINT64_MAX, miniFat) &&
-         miniSectors.open(std::move(miniStream), kMiniSectorShift, std::move(miniFat),
-                          header_.sectorShift) &&
+         miniSectors.open(std::move(miniStream), std::move(miniFat), kMiniSectorShift) &&
          miniSectors.follow(entry.start, entry.bytes, bytes);
 }
 

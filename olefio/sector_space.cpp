@@ -12,10 +12,10 @@
 
 namespace qps::ole {
 
-bool SectorSpace::open(Extents sectors, unsigned shift, Extents table, unsigned tableShift) {
+bool SectorSpace::open(Extents sectors, Extents table, unsigned shift) {
   sectors_ = std::move(sectors);
   shift_ = shift;
-  return table_.open(std::move(table), tableShift);
+  return table_.open(std::move(table), shift);
 }
 
 bool SectorSpace::follow(std::uint32_t first, std::uint64_t bytes, Extents& chain) {

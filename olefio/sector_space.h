@@ -20,9 +20,9 @@ class SectorSpace {
   SectorSpace(HostFile& file, SSMemoryPool& pool)
       : pool_(pool), sectors_(pool), table_(file, pool) {}
 
-  // `sectors` is where the sectors of 1 << shift bytes lie, one after the other; `table` is where
-  // their table lies, in blocks of 1 << tableShift bytes. False when the pool has no block.
-  [[nodiscard]] bool open(Extents sectors, unsigned shift, Extents table, unsigned tableShift);
+  // `sectors` is where the sectors of 1 << shift bytes lie, one after the other, and `table` where
+  // their table lies. False when the pool has no block.
+  [[nodiscard]] bool open(Extents sectors, Extents table, unsigned shift);
 
   // Appends to `chain` where the chain's first `bytes` bytes lie, beginning with sector `first`. A
   // chain that ends before, leaves the file, or comes to a sector a second time gives less. False

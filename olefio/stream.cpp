@@ -54,9 +54,10 @@ bool Stream::rewind() {
 
 bool Stream::seekTo(std::ptrdiff_t offset, std::int32_t origin) {
   if (!isReading_ || (origin != SSSeekFromStart && origin != SSSeekFromCurrent)) return false;
+  const auto size = static_cast<std::ptrdiff_t>(bytes_.size());
   const auto base =
       origin == SSSeekFromCurrent ? static_cast<std::ptrdiff_t>(position_) : std::ptrdiff_t{0};
-  if (offset > PTRDIFF_MAX - base || base + offset < 0) return false;
+  if (offset < -base || offset > size - base) return false;
   position_ = static_cast<std::uint64_t>(base + offset);
   return true;
 }

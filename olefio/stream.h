@@ -19,7 +19,7 @@ namespace qps::ole {
 // The table's operations, beyond what its header says:
 //   open   goes back to the first byte; 0 when there is no stream
 //   read   ends where the stream ends, or where its chain or the file ends before that
-//   seek   may go beyond the end, as in most files; reading there gives no bytes
+//   seek   to beyond the end fails and leaves the position
 //   close  ends the reading: no bytes come and no seek succeeds until the stream is opened again
 class Stream : public SSStream {
  public:
@@ -51,7 +51,7 @@ class Stream : public SSStream {
   PoolArray<std::byte> buffer_;
   std::uint64_t bufferStart_ = 0;  // the stream's position of the buffer's first byte
   std::uint64_t bufferBytes_ = 0;
-  std::uint64_t position_ = 0;  // at most PTRDIFF_MAX
+  std::uint64_t position_ = 0;
   bool isAttached_ = false;
   bool isReading_ = false;
 };

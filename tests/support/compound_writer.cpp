@@ -29,9 +29,12 @@ std::size_t divideUp(std::size_t value, std::size_t by) {
   return (value + by - 1) / by;
 }
 
-// The numbers from 0 on in the order asked for. Scattered ones are far from their neighbours.
+// The numbers from 0 on in the order asked for. Scattered ones are so far from their neighbours
+// that the next one's place in a version 3 FAT lies in another sector of it.
 Sectors numbersIn(SectorOrder order, std::size_t count) {
-  std::size_t stride = order == SectorOrder::kScattered ? count * 5 / 8 : 1;
+  constexpr std::size_t kFarStride = 129;
+  const std::size_t far = count > kFarStride ? kFarStride : count * 5 / 8;
+  std::size_t stride = order == SectorOrder::kScattered ? far : 1;
   while (std::gcd(stride, count) > 1)
     ++stride;
   Sectors numbers(count);
