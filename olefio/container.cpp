@@ -42,7 +42,7 @@ bool Container::load() {
   Extents fat(pool_);
   return sectors.append({.fileOffset = std::uint64_t{1} << shift,
                          .bytes = std::uint64_t{sectorCount} << shift}) &&
-         listFat(file_, pool_, header_, sectorCount, fat) &&
+         listFat(file_, header_, sectorCount, fat) &&
          sectors_.open(std::move(sectors), std::move(fat), shift) &&
          directory_.open(sectors_, header_);
 }

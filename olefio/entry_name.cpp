@@ -15,12 +15,9 @@ namespace {
 // letters keep theirs, which can only misdirect the first steps of a search.)
 std::uint16_t toUpper(std::uint16_t unit) {
   constexpr std::uint16_t kDivisionSign = 0xF7;
-  constexpr std::uint16_t kSmallYDiaeresis = 0xFF;
-  constexpr std::uint16_t kCapitalYDiaeresis = 0x178;
   const bool isAscii = unit >= 'a' && unit <= 'z';
-  const bool isLatin = unit >= 0xE0 && unit < kSmallYDiaeresis && unit != kDivisionSign;
-  if (isAscii || isLatin) return static_cast<std::uint16_t>(unit - 0x20);
-  return unit == kSmallYDiaeresis ? kCapitalYDiaeresis : unit;
+  const bool isLatin = unit >= 0xE0 && unit <= 0xFE && unit != kDivisionSign;
+  return static_cast<std::uint16_t>(isAscii || isLatin ? unit - 0x20 : unit);
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include <span>
 
 #include "olefio/bytes.h"
-#include "olefio/number_set.h"
 
 namespace qps::ole {
 
@@ -36,35 +35,32 @@ bool hasKnownGeometry(HeaderBytes bytes) {
 // place of the last one the number of the next sector.
 class DifatEntries {
  public:
-  DifatEntries(HostFile& file, const Header& header, NumberSet& seen)
+  DifatEntries(HostFile& file, const Header& header)
       : file_(file),
         header_(header),
-        seen_(seen),
         perSector_((std::size_t{1} << header.sectorShift) / kTableEntryBytes - 1),
         inSector_(perSector_),
         nextSector_(header.firstDifat) {}
 
-  // The next entry; kEndOfChain when there are no more.
+  // The next entry; beyond the last one, a number that names no sector.
   std::uint32_t take() {
     if (inHeader_ < header_.fat.size()) return header_.fat[inHeader_++];
-    if (inSector_ == perSector_ && !loadSector()) return kEndOfChain;
+    if (inSector_ == perSector_) loadSector();
     return element<std::uint32_t>(sector_, inSector_++);
   }
 
  private:
-  bool loadSector() {
-    if (!seen_.insert(nextSector_)) return false;
-    const auto bytes = std::span(sector_).first(std::size_t{1} << header_.sectorShift);
-    const std::uint64_t offset = (std::uint64_t{nextSector_} + 1) << header_.sectorShift;
-    if (file_.readAt(offset, bytes) != bytes.size()) return false;
+  // What the file does not hold, all of it after the chain's end, reads as free entries.
+  void loadSector() {
+    sector_.fill(std::byte{0xFF});
+    file_.readAt((std::uint64_t{nextSector_} + 1) << header_.sectorShift,
+                 std::span(sector_).first(std::size_t{1} << header_.sectorShift));
     nextSector_ = element<std::uint32_t>(sector_, perSector_);
     inSector_ = 0;
-    return true;
   }
 
   HostFile& file_;
   const Header& header_;
-  NumberSet& seen_;
   std::array<std::byte, std::size_t{1} << kSectorShift4> sector_;
   std::size_t perSector_;
   std::size_t inSector_;
@@ -93,15 +89,12 @@ std::optional<Header> readHeader(HostFile& file) {
   return header;
 }
 
-bool listFat(HostFile& file, SSMemoryPool& pool, const Header& header, std::uint32_t sectorCount,
-             Extents& fat) {
+bool listFat(HostFile& file, const Header& header, std::uint32_t sectorCount, Extents& fat) {
   const std::uint64_t sectorBytes = std::uint64_t{1} << header.sectorShift;
-  NumberSet seen(pool);
-  if (!seen.reserve(sectorCount)) return false;
-  DifatEntries entries(file, header, seen);
+  DifatEntries entries(file, header);
   while (fat.size() < std::uint64_t{sectorCount} * kTableEntryBytes) {
     const std::uint32_t sector = entries.take();
-    if (!seen.insert(sector)) break;
+    if (sector >= sectorCount) break;
     if (!fat.append(
             {.fileOffset = (std::uint64_t{sector} + 1) * sectorBytes, .bytes = sectorBytes})) {
       return false;

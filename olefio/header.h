@@ -28,11 +28,11 @@ struct Header {
 // taken: chains say where they end, and the file's size says how long they can be.
 std::optional<Header> readHeader(HostFile& file);
 
-// Appends to `fat` where the FAT's sectors lie, as far as they are needed for `sectorCount`
-// sectors: those that the header lists, then those of the DIFAT chain. The list ends at the first
-// number that names no sector, or one that was listed before. False when the pool has no block.
-[[nodiscard]] bool listFat(HostFile& file, SSMemoryPool& pool, const Header& header,
-                           std::uint32_t sectorCount, Extents& fat);
+// Appends to `fat` where the FAT's sectors lie, no more of them than `sectorCount` sectors need:
+// those that the header lists, then those of the DIFAT chain, up to the first number that names no
+// sector. False when the pool has no block.
+[[nodiscard]] bool listFat(HostFile& file, const Header& header, std::uint32_t sectorCount,
+                           Extents& fat);
 
 }  // namespace qps::ole
 

@@ -89,14 +89,10 @@ std::size_t Stream::takeBuffered(std::span<std::byte> target) {
   return bytes;
 }
 
-// The buffer begins where a sector begins, unless the run begins later: a small step back, which
-// the reader takes over a header, then needs no new reading.
 bool Stream::fillBuffer() {
-  std::uint64_t start = position_ - position_ % kBufferAlignment;
-  if (bytes_.at(start).bytes <= position_ - start) start = position_;
-  bufferStart_ = start;
-  bufferBytes_ = bytes_.readRun(file_, start, buffer_.items());
-  return bufferBytes_ > position_ - start;
+  bufferStart_ = position_;
+  bufferBytes_ = bytes_.readRun(file_, position_, buffer_.items());
+  return bufferBytes_ != 0;
 }
 
 }  // namespace qps::ole

@@ -35,10 +35,8 @@ class Stream : public SSStream {
   void endReading() { isReading_ = false; }
 
  private:
-  // Reading forward asks the host for this much at once, or for the rest of a shorter run. In whole
-  // sectors of either version.
+  // Small reads ask the host for this much at once, or for the rest of a shorter run.
   static constexpr std::size_t kBufferBytes = 8192;
-  static constexpr std::uint64_t kBufferAlignment = 512;
 
   std::size_t readBytes(std::span<std::byte> target);
   std::size_t takeBuffered(std::span<std::byte> target);

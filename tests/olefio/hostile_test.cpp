@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "tests/olefio/library_driver.h"
 #include "tests/support/compound_writer.h"
@@ -162,8 +163,10 @@ const Damage kDamages[] = {
      }},
     {"sibling with an endless name", "MAIN", "whole",
      [](Document& d) { d.putInEntry("OTHER", kNameBytes, 2, 0xFFFF); }},
-    {"odd name", "MAIN", "no stream", [](Document& d) { d.putInEntry("MAIN", kNameBytes, 2, 9); }},
+    {"odd name", "MAIN", "no stream", [](Document& d) { d.putInEntry("MAIN", kNameBytes, 2, 11); }},
     {"no name", "MAIN", "no stream", [](Document& d) { d.putInEntry("MAIN", kNameBytes, 2, 0); }},
+    {"no name, and none asked for", "", "no stream",
+     [](Document& d) { d.putInEntry("MAIN", kNameBytes, 2, 2); }},
     {"storage with the name", "MAIN", "no stream",
      [](Document& d) { d.putInEntry("MAIN", kType, 1, 1); }},
 };
@@ -211,12 +214,17 @@ TEST(Hostile, ADifatChainEndsWhereItReturnsOrLeavesTheFile) {
   const Base whole({.freeSectors = 3 * kFreeSectorsForDifatChain});
   ASSERT_EQ(whole.document.difat().size(), 2u);
   const std::uint32_t first = whole.document.difat()[0];
-  for (const std::uint32_t next : {first, kFarAway, kNone, whole.document.fat()[0]}) {
+  for (const std::uint32_t next : {first, kFarAway, kNone, whole.document.stream("MAIN")[0]}) {
     Base base = whole;
-    ASSERT_EQ(outcomeOf(base, "MAIN"), "whole");
     base.document.putInSector(first, 508, 4, next);
     // The FAT's last sectors, which chain the stream and the directory, are out of reach.
     EXPECT_EQ(outcomeOf(base, "MAIN"), "first 1") << next;
+  }
+  // The file's last sector is the DIFAT's second, and its last entries are free.
+  for (const auto& [cut, outcome] : {std::pair{0, "whole"}, {4, "whole"}, {508, "first 1"}}) {
+    Base base = whole;
+    base.document.bytes().resize(base.document.bytes().size() - static_cast<std::size_t>(cut));
+    EXPECT_EQ(outcomeOf(base, "MAIN"), outcome) << "without the last " << cut << " bytes";
   }
 }
 

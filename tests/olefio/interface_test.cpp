@@ -70,6 +70,7 @@ TEST_F(Interface, AClosedOrReleasedObjectGivesNoBytes) {
   EXPECT_NE(stream->open(stream), 0);
   EXPECT_EQ(readAll(stream, {100}), large_);
   ole_.releaseStreamObject(container_);
+  EXPECT_EQ(stream->read(stream, piece, 8), 0u);
   stream = ole_.streamObject(container_);
   EXPECT_EQ(readAll(stream, {100}), large_);
   ole_.closeStream(container_, "Large");
@@ -79,6 +80,8 @@ TEST_F(Interface, AClosedOrReleasedObjectGivesNoBytes) {
 
 TEST_F(Interface, ReadingNothingAsksTheHostForNothing) {
   SSStream* stream = open("Large");
+  std::byte first;
+  ASSERT_EQ(stream->read(stream, &first, 1), 1u);
   const std::size_t before = host_.hostCalls();
   EXPECT_EQ(stream->read(stream, nullptr, 0), 0u);
   EXPECT_EQ(host_.hostCalls(), before);
