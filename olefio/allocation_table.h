@@ -1,45 +1,43 @@
 // SPDX-License-Identifier: MIT
 //
-// The FAT or the mini FAT: for each sector the number of the one that follows it in its chain. Only
-// the blocks of the table that are asked for are read, and a few of them kept.
+// The FAT or the mini FAT: for each sector the number of the one that follows it in its chain. Its
+// blocks are read when they are first asked for, and kept: a chain may jump between them as it
+// likes, and looking it up never costs more than reading the table once.
 #ifndef QPSREADER_OLEFIO_ALLOCATION_TABLE_H
 #define QPSREADER_OLEFIO_ALLOCATION_TABLE_H
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <span>
 
 #include "olefio/extents.h"
 #include "olefio/host_file.h"
+#include "olefio/number_set.h"
 #include "olefio/pool.h"
 
 namespace qps::ole {
 
 class AllocationTable {
  public:
-  AllocationTable(HostFile& file, SSMemoryPool& pool) : file_(file), bytes_(pool), cache_(pool) {}
+  AllocationTable(HostFile& file, SSMemoryPool& pool)
+      : file_(file), bytes_(pool), entries_(pool), loaded_(pool) {}
 
-  // `bytes` is where the table lies. It is read in blocks of 1 << blockShift bytes, the size of the
-  // sectors that it chains. False when the pool has no block.
-  [[nodiscard]] bool open(Extents bytes, unsigned blockShift);
+  // `bytes` is where the table lies; memory is taken for all of it. False when the pool has no
+  // block.
+  [[nodiscard]] bool open(Extents bytes);
 
   // The sector after `sector`, or a number that names no sector: at the chain's end, where the
   // table does not reach, and where it cannot be read.
   std::uint32_t next(std::uint32_t sector);
 
  private:
-  static constexpr std::size_t kCacheBytes = 16384;
-  static constexpr std::size_t kMaxSlots = 32;
-  static constexpr std::uint64_t kEmptySlot = UINT64_MAX;
+  static constexpr std::size_t kBlockBytes = 512;  // the smaller one of the two sector sizes
 
-  std::span<std::byte> load(std::uint64_t block);
+  void load(std::uint32_t block);
 
   HostFile& file_;
   Extents bytes_;
-  PoolArray<std::byte> cache_;  // slots of one block; block b goes to slot b modulo their number
-  std::array<std::uint64_t, kMaxSlots> blockInSlot_{};
-  unsigned blockShift_ = 0;
+  PoolArray<std::byte> entries_;
+  NumberSet loaded_;  // blocks
 };
 
 }  // namespace qps::ole

@@ -69,10 +69,12 @@ bool Container::locate(const DirectoryEntry& entry, Extents& bytes) {
 // document whose mini stream is damaged then still gives its other streams.
 bool Container::locateInMiniStream(const DirectoryEntry& entry, Extents& bytes) {
   Extents miniStream(pool_);
+  if (!sectors_.follow(directory_.root().start, directory_.root().bytes, miniStream)) return false;
+  const std::uint64_t tableBytes =
+      sectorsFor(miniStream.size(), kMiniSectorShift) * kTableEntryBytes;
   Extents miniFat(pool_);
   SectorSpace miniSectors(file_, pool_);
-  return sectors_.follow(directory_.root().start, directory_.root().bytes, miniStream) &&
-         sectors_.follow(header_.firstMiniFat, UINT64_MAX, miniFat) &&
+  return sectors_.follow(header_.firstMiniFat, tableBytes, miniFat) &&
          miniSectors.open(std::move(miniStream), std::move(miniFat), kMiniSectorShift) &&
          miniSectors.follow(entry.start, entry.bytes, bytes);
 }

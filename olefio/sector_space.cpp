@@ -15,18 +15,15 @@ namespace qps::ole {
 bool SectorSpace::open(Extents sectors, Extents table, unsigned shift) {
   sectors_ = std::move(sectors);
   shift_ = shift;
-  return table_.open(std::move(table), shift);
+  return table_.open(std::move(table));
 }
 
 bool SectorSpace::follow(std::uint32_t first, std::uint64_t bytes, Extents& chain) {
   const std::uint64_t sectorBytes = std::uint64_t{1} << shift_;
-  // The mini stream may end inside its last sector.
-  const std::uint64_t count = (sectors_.size() + sectorBytes - 1) >> shift_;
+  const std::uint64_t count =
+      std::min<std::uint64_t>(sectorsFor(sectors_.size(), shift_), kFirstSpecialSector);
   NumberSet visited(pool_);
-  if (!visited.reserve(
-          static_cast<std::uint32_t>(std::min<std::uint64_t>(count, kFirstSpecialSector)))) {
-    return false;
-  }
+  if (!visited.reserve(static_cast<std::uint32_t>(count))) return false;
   for (std::uint32_t sector = first; chain.size() < bytes && visited.insert(sector);
        sector = table_.next(sector)) {
     Run piece = sectors_.at(std::uint64_t{sector} << shift_);

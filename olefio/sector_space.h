@@ -15,6 +15,11 @@
 
 namespace qps::ole {
 
+// How many sectors of 1 << shift bytes hold so many bytes.
+constexpr std::uint64_t sectorsFor(std::uint64_t bytes, unsigned shift) {
+  return (bytes >> shift) + (bytes % (std::uint64_t{1} << shift) != 0 ? 1 : 0);
+}
+
 class SectorSpace {
  public:
   SectorSpace(HostFile& file, SSMemoryPool& pool)

@@ -70,7 +70,8 @@ std::size_t Stream::readBytes(std::span<std::byte> target) {
     if (rest.size() >= buffer_.size()) {
       bytes = bytes_.readRun(file_, position_, rest);
       position_ += bytes;
-    } else if (fillBuffer()) {
+    } else {
+      fillBuffer();
       bytes = takeBuffered(rest);
     }
     if (bytes == 0) break;
@@ -89,10 +90,9 @@ std::size_t Stream::takeBuffered(std::span<std::byte> target) {
   return bytes;
 }
 
-bool Stream::fillBuffer() {
+void Stream::fillBuffer() {
   bufferStart_ = position_;
   bufferBytes_ = bytes_.readRun(file_, position_, buffer_.items());
-  return bufferBytes_ != 0;
 }
 
 }  // namespace qps::ole

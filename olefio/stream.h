@@ -40,7 +40,7 @@ class Stream : public SSStream {
 
   std::size_t readBytes(std::span<std::byte> target);
   std::size_t takeBuffered(std::span<std::byte> target);
-  bool fillBuffer();
+  void fillBuffer();
   bool seekTo(std::ptrdiff_t offset, std::int32_t origin);
 
   HostFile& file_;
