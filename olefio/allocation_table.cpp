@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "olefio/bytes.h"
-#include "olefio/compound_format.h"
 
 namespace qps::ole {
 
@@ -21,7 +20,7 @@ bool AllocationTable::open(Extents bytes) {
 
 std::uint32_t AllocationTable::next(std::uint32_t sector) {
   if (sector >= entries_.size() / kTableEntryBytes) return kEndOfChain;
-  const std::uint32_t block = sector / (kBlockBytes / kTableEntryBytes);
+  const std::uint32_t block = sector / kBlockEntries;
   if (!loaded_.contains(block)) load(block);
   return element<std::uint32_t>(entries_.items(), sector);
 }

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "olefio/compound_format.h"
 #include "olefio/extents.h"
 #include "olefio/host_file.h"
 #include "olefio/number_set.h"
@@ -30,7 +31,8 @@ class AllocationTable {
   std::uint32_t next(std::uint32_t sector);
 
  private:
-  static constexpr std::size_t kBlockBytes = 512;  // the smaller one of the two sector sizes
+  static constexpr std::uint32_t kBlockEntries = 128;
+  static constexpr std::size_t kBlockBytes = kBlockEntries * kTableEntryBytes;
 
   void load(std::uint32_t block);
 
