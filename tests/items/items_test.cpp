@@ -168,9 +168,9 @@ TEST(Cells, EachRecordGivesItsPositionAndText) {
        [&](auto& b) {
          b.record(12, Body().u8(4)).record(13, integerBody).record(13, cellBody({0, 0}));
          b.record(14, cellBody({0, 1})).record(15, cellBody({0, 2})).record(51, Body());
-         b.record(16, cellBody({0, 3}));
+         b.record(16, cellBody({0, 3})).record(14, cellBody({0, 4}).u8(1));
        },
-       {"5,1 (null)", "2,2 298", "1,1 0", "1,2 0", "1,3 ", "1,1 ", "1,4 0"}}};
+       {"5,1 (null)", "2,2 298", "1,1 0", "1,2 0", "1,3 ", "1,1 ", "1,4 0", "1,5 4.94E-324"}}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     EXPECT_EQ(cells(row.fill), row.expected);
