@@ -7,7 +7,7 @@
 
 # One row a step: its name, the function that does it with that name, the packages that it takes.
 steps=(
-  "release      preset  python3-html5lib python3-jsonschema chromium fish zsh"
+  "release preset libgsf-bin python3-xlwt python3-html5lib python3-jsonschema chromium fish zsh"
   "clang        preset  clang-14"
   "asan         preset"
   "format       format  clang-format-14"
