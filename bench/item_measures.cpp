@@ -44,7 +44,9 @@ void addPair(std::vector<Measure>& measures, const std::string& group, const std
              std::size_t cells, const SubjectPointer& subject, double atMost = 0) {
   const std::string floorGroup = kToCharsFloor;
   measures.push_back(
-      {.group = floorGroup, .name = name, .units = cells, .run = [=] { runFloor(**subject); }});
+      {.group = floorGroup, .name = name, .units = cells, .isOnlyFloor = true, .run = [=] {
+         runFloor(**subject);
+       }});
   measures.push_back({.group = group,
                       .name = name,
                       .units = cells,

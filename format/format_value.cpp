@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "format/rendering.h"
+#include "reader/item_text.h"
 
 namespace qps {
 
@@ -60,13 +61,14 @@ constexpr std::array<FormRule, 256> kFormByCode = [] {
 
 }  // namespace
 
-char* qpsFormatValue(const QPSSheet& sheet, SSItemCell& cell, double value,
-                     std::uint32_t columnWidth) {
+char* qpsFormatValue(const QPSSheet& sheet, const QPSAppearance& appearance, SSItemCell& cell,
+                     double value) {
+  const std::uint32_t columnWidth = sheet.columnWidths[cell.column - 1];
   if (columnWidth == 0) return nullptr;
   char area[kResultBytes];
   TextBuffer text(area);
-  Rendering rendering{sheet, *sheet.appearance, cell, text, value, columnWidth};
-  const FormRule& rule = kFormByCode[sheet.appearance->formatCode];
+  Rendering rendering{sheet, appearance, cell, text, value, columnWidth};
+  const FormRule& rule = kFormByCode[appearance.formatCode];
   if (rule.takesAnyValue || std::isfinite(value)) {
     rule.form(rendering);
   } else {

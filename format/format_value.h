@@ -11,13 +11,13 @@
 
 namespace qps {
 
-// Renders `value` by the format code, decimals and format text of the sheet's current appearance,
-// for a column of `columnWidth` (twentieths of a point, 0 hidden). May change the cell's alignment.
+// Renders `value` by the format code, decimals and format text of the cell's appearance, for the
+// width of its column. May change the cell's alignment.
 //
 // Returns the text in a block from the sheet's itemAlloc, the host's from then on; or null when
 // there is none to show (a hidden column, an empty rendering) or no block.
-[[nodiscard]] char* qpsFormatValue(const QPSSheet& sheet, SSItemCell& cell, double value,
-                                   std::uint32_t columnWidth);
+[[nodiscard]] char* qpsFormatValue(const QPSSheet& sheet, const QPSAppearance& appearance,
+                                   SSItemCell& cell, double value);
 
 }  // namespace qps
 

@@ -21,6 +21,7 @@
 #include <string_view>
 
 #include "format/format_value.h"
+#include "reader/item_text.h"
 #include "styles/apply_style.h"
 #include "styles/style_records.h"
 
@@ -43,85 +44,69 @@ constexpr std::uint16_t kSpecialError = 0;
 constexpr std::uint16_t kSpecialInteger = 3;
 constexpr std::string_view kErrorText = "ERR";
 
-bool isHidden(const QPSSheet& sheet) {
-  return sheet.appearance->formatCode == kHiddenFormatCode;
+bool isHidden(const QPSAppearance& appearance) {
+  return appearance.formatCode == kHiddenFormatCode;
 }
 
-// Writes the position and the style, and leaves the style's meaning in the sheet for the value.
-void placeCell(QPSSheet& sheet, SSItemCell& cell, const BodyView& body, CellKind kind) {
+// Writes the position and the style, and returns what the style means.
+[[gnu::always_inline]] inline const QPSAppearance& placeCell(QPSSheet& sheet, SSItemCell& cell,
+                                                             CellKind kind) {
+  const BodyView body = sheet.records.body();
   sheet.lastCellKind = kind;
   cell.column = body.u8At(0) + 1U;
   cell.row = body.u16At(2) + 1U;
   sheet.currentStyle =
       styleNumberOf(static_cast<std::uint16_t>(body.u16At(4) >> kStyleNumberShift));
-  qpsApplyCellStyle(sheet, cell);
+  return qpsApplyCellStyle(sheet, cell);
 }
 
-CellStep deliverNumber(QPSSheet& sheet, SSItemCell& cell, const BodyView& body, double value) {
-  placeCell(sheet, cell, body, kNumericCell);
-  cell.text = nullptr;
-  if (!isHidden(sheet)) {
-    cell.text = qpsFormatValue(sheet, cell, value, sheet.columnWidths[cell.column - 1]);
-  }
+CellStep deliverNumber(QPSSheet& sheet, SSItemCell& cell, double value) {
+  const QPSAppearance& appearance = placeCell(sheet, cell, kNumericCell);
+  cell.text = isHidden(appearance) ? nullptr : qpsFormatValue(sheet, appearance, cell, value);
   return CellStep::kDeliver;
 }
 
-CellStep deliverText(QPSSheet& sheet, SSItemCell& cell, const BodyView& body, CellKind kind,
-                     std::string_view text) {
-  placeCell(sheet, cell, body, kind);
-  cell.text = isHidden(sheet) ? nullptr : qpsStrDup(sheet, text);
+CellStep deliverText(QPSSheet& sheet, SSItemCell& cell, CellKind kind, std::string_view text) {
+  const QPSAppearance& appearance = placeCell(sheet, cell, kind);
+  cell.text = isHidden(appearance) ? nullptr : qpsStrDup(sheet, text);
   return CellStep::kDeliver;
-}
-
-CellStep readTextCell(QPSSheet& sheet, SSItemCell& cell) {
-  if (!sheet.records.readBody()) return CellStep::kFail;
-  const BodyView body = sheet.records.body();
-  return deliverText(sheet, cell, body, kTextCell, body.textAt(kTextOffset));
 }
 
 }  // namespace
 
 CellStep qpsReadBlankCell(QPSSheet& sheet, SSItemCell& cell) {
-  if (!sheet.records.readBody()) return CellStep::kFail;
-  placeCell(sheet, cell, sheet.records.body(), kTextCell);
+  placeCell(sheet, cell, kTextCell);
   cell.text = nullptr;
   return CellStep::kDeliver;
 }
 
 CellStep qpsReadIntegerCell(QPSSheet& sheet, SSItemCell& cell) {
-  if (!sheet.records.readBody()) return CellStep::kFail;
-  const BodyView body = sheet.records.body();
-  return deliverNumber(sheet, cell, body, static_cast<std::int16_t>(body.u16At(kValueOffset)));
+  const auto value = static_cast<std::int16_t>(sheet.records.body().u16At(kValueOffset));
+  return deliverNumber(sheet, cell, value);
 }
 
 CellStep qpsReadNumberCell(QPSSheet& sheet, SSItemCell& cell) {
-  if (!sheet.records.readBody()) return CellStep::kFail;
-  const BodyView body = sheet.records.body();
-  return deliverNumber(sheet, cell, body, body.doubleAt(kValueOffset));
+  return deliverNumber(sheet, cell, sheet.records.body().doubleAt(kValueOffset));
 }
 
-CellStep qpsReadLabelCell(QPSSheet& sheet, SSItemCell& cell) {
-  return readTextCell(sheet, cell);
-}
-
-// Shown like a label, whether or not a formula came before it.
-CellStep qpsReadStringCell(QPSSheet& sheet, SSItemCell& cell) {
-  return readTextCell(sheet, cell);
+// A label, or the text result of a formula, which shows like one whether or not the formula came
+// before it.
+CellStep qpsReadTextCell(QPSSheet& sheet, SSItemCell& cell) {
+  return deliverText(sheet, cell, kTextCell, sheet.records.body().textAt(kTextOffset));
 }
 
 CellStep qpsReadFormulaCell(QPSSheet& sheet, SSItemCell& cell) {
-  if (!sheet.records.readBody()) return CellStep::kFail;
   const BodyView body = sheet.records.body();
   const std::uint16_t marker = body.u16At(12);
   if (marker == kResultIsText) return CellStep::kNoCell;
   if (marker != kSpecialResult && marker != kSpecialResultNegative) {
-    return deliverNumber(sheet, cell, body, body.doubleAt(kValueOffset));
+    return deliverNumber(sheet, cell, body.doubleAt(kValueOffset));
   }
   switch (body.u16At(10)) {
     case kSpecialError:
-      return deliverText(sheet, cell, body, kNumericCell, kErrorText);
+      return deliverText(sheet, cell, kNumericCell, kErrorText);
     case kSpecialInteger:
-      return deliverNumber(sheet, cell, body, static_cast<std::int32_t>(body.u32At(8)));
+      return deliverNumber(sheet, cell, static_cast<std::int32_t>(body.u32At(8)));
     default:
       return CellStep::kNoCell;
   }

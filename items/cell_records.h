@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The six records that carry cells. A handler reads its record's body and fills a cell item:
-// position, style, display text.
+// The six records that carry cells. A handler fills a cell item from the body in the record
+// buffer: position, style, display text.
 #ifndef QPSREADER_ITEMS_CELL_RECORDS_H
 #define QPSREADER_ITEMS_CELL_RECORDS_H
 
@@ -10,18 +10,14 @@
 
 namespace qps {
 
-enum class [[nodiscard]] CellStep : std::uint8_t{
-    kDeliver,  // the item holds a cell
-    kNoCell,   // the record yields none
-    kFail,     // the body could not be read; the item is untouched
-};
+// What a record yields.
+enum class [[nodiscard]] CellStep : bool{kNoCell, kDeliver};
 
 CellStep qpsReadBlankCell(QPSSheet& sheet, SSItemCell& cell);
 CellStep qpsReadIntegerCell(QPSSheet& sheet, SSItemCell& cell);
 CellStep qpsReadNumberCell(QPSSheet& sheet, SSItemCell& cell);
-CellStep qpsReadLabelCell(QPSSheet& sheet, SSItemCell& cell);
 CellStep qpsReadFormulaCell(QPSSheet& sheet, SSItemCell& cell);
-CellStep qpsReadStringCell(QPSSheet& sheet, SSItemCell& cell);
+CellStep qpsReadTextCell(QPSSheet& sheet, SSItemCell& cell);
 
 }  // namespace qps
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <optional>
 #include <string_view>
 
 #include "items/cell_records.h"
@@ -29,9 +30,9 @@ constexpr RecordRule<CellHandler> kCellRules[] = {
     {RecordType::kBlankCell, qpsReadBlankCell, OnFailure::kIgnore},
     {RecordType::kIntegerCell, qpsReadIntegerCell, OnFailure::kStop},
     {RecordType::kNumberCell, qpsReadNumberCell, OnFailure::kStop},
-    {RecordType::kLabelCell, qpsReadLabelCell, OnFailure::kStop},
+    {RecordType::kLabelCell, qpsReadTextCell, OnFailure::kStop},
     {RecordType::kFormulaCell, qpsReadFormulaCell, OnFailure::kStop},
-    {RecordType::kStringCell, qpsReadStringCell, OnFailure::kStop},
+    {RecordType::kStringCell, qpsReadTextCell, OnFailure::kStop},
 };
 
 constexpr RecordTable kCellTable(kCellRules);
@@ -123,7 +124,7 @@ std::uint32_t deliverNextCell(QPSSheet& sheet, SSItemCell& cell) {
   for (;;) {
     if (!records.readHeader() || records.type() == RecordType::kEndOfFile) return kSheetEnded;
     const auto* rule = kCellTable.find(records.recordType);
-    if (rule == nullptr) {
+    if (rule == nullptr) [[unlikely]] {
       if (records.type() == RecordType::kSheetEnd) {
         // The body belongs to the worksheet; what it holds, or that it is cut short, changes
         // nothing.
@@ -133,21 +134,21 @@ std::uint32_t deliverNextCell(QPSSheet& sheet, SSItemCell& cell) {
       if (!records.skipBody()) return kSheetEnded;
       continue;
     }
-    switch (rule->handler(sheet, cell)) {
-      case CellStep::kDeliver:
-        cell.spare3 = 0;
-        cell.kind = SSItemKindCell;
-        return kItemDelivered;
-      case CellStep::kNoCell:
-        break;
-      case CellStep::kFail:
-        if (rule->onFailure == OnFailure::kStop) return kSheetEnded;
-        break;
+    if (!records.readBody()) [[unlikely]] {
+      if (rule->onFailure == OnFailure::kStop) return kSheetEnded;
+      continue;
+    }
+    if (rule->handler(sheet, cell) == CellStep::kDeliver) [[likely]] {
+      cell.spare3 = 0;
+      cell.kind = SSItemKindCell;
+      return kItemDelivered;
     }
   }
 }
 
-std::uint32_t processSheet(QPSSheet& sheet, SSItem& item) {
+// What comes before the cells. None when nothing of that is left. Out of line, which keeps what
+// runs once per cell short.
+[[gnu::noinline]] std::optional<std::uint32_t> deliverBeforeCells(QPSSheet& sheet, SSItem& item) {
   if (sheet.itemState == kItemStateEnd) return kSheetEnded;
   if (sheet.itemState == kItemStateStart) return deliverSheetInfo(sheet, item.sheetInfo);
   if (sheet.nextWidthColumn != 0) return deliverColumnWidths(sheet, item.columnWidths);
@@ -166,6 +167,14 @@ std::uint32_t processSheet(QPSSheet& sheet, SSItem& item) {
   if (hasText(sheet.record37Text)) {
     return deliverNotebookText(sheet, item.notebookText, sheet.record37Text,
                                SSItemKindRecord37Text);
+  }
+  return std::nullopt;
+}
+
+std::uint32_t processSheet(QPSSheet& sheet, SSItem& item) {
+  if (sheet.itemState != kItemStateCells) [[unlikely]] {
+    if (const auto result = deliverBeforeCells(sheet, item)) return *result;
+    sheet.itemState = kItemStateCells;
   }
   return deliverNextCell(sheet, item.cell);
 }

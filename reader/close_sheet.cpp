@@ -9,10 +9,13 @@ namespace qps {
 namespace {
 
 void releaseStyles(QPSSheet& sheet) {
-  poolFreeList(sheet.services, sheet.styleList,
-               [&](QPSStyle& style) { poolFree(sheet.services, style.appearance); });
-  for (QPSStylePage* page : sheet.stylePageByNumber)
+  poolFreeList(sheet.services, sheet.styleList);
+  for (QPSStylePage* page : sheet.stylePageByNumber) {
+    if (page == nullptr) continue;
+    for (QPSAppearance* appearance : page->appearances)
+      poolFree(sheet.services, appearance);
     poolFree(sheet.services, page);
+  }
 }
 
 void releaseFormats(QPSSheet& sheet) {

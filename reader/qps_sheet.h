@@ -30,7 +30,7 @@ inline constexpr std::size_t kBorderSlots = 4;
 
 // Record 207.
 struct QPSFont {
-  static constexpr std::size_t kNameCharacters = 32;
+  static constexpr std::size_t kNameBytes = 32;
 
   QPSFont* next;
   std::uint8_t number;  // 1, 2, 3... in file order, wrapping after 255
@@ -39,7 +39,7 @@ struct QPSFont {
   std::uint8_t attrBit1;
   std::uint8_t attrBit2;
   std::uint8_t attrBit5;
-  char name[kNameCharacters + 1];
+  char name[kNameBytes];  // as an item shows it: cut, zero-terminated and filled with zeros
 };
 
 // Record 208.
@@ -95,12 +95,12 @@ struct QPSStyle {
   std::uint32_t colour2;
   std::uint32_t textColour;
   std::uint32_t borderColour[kBorderSlots];
-  QPSAppearance* appearance;  // own block; null until a cell uses the style
 };
 
 // 256 styles of the index by number, of which the high byte chooses the page.
 struct QPSStylePage {
   QPSStyle* styles[256];
+  QPSAppearance* appearances[256];  // own blocks; null until a cell uses the style
 };
 
 // Records 214, 220 and 261: either a range of rows with one height, or a set of rows that a record
@@ -120,6 +120,7 @@ enum ItemState : std::uint32_t {
   kItemStateStart = 0,
   kItemStateWidths = 1,
   kItemStateRecords = 3,
+  kItemStateCells = 5,  // the last part of kItemStateRecords: nothing but cells is left
   kItemStateEnd = 4,
 };
 
@@ -170,7 +171,6 @@ struct QPSSheet {
   // The current cell's style. `unstyled` is what cells show in a notebook without styles, or in one
   // whose styles lack the cell's number; `scratchAppearance` serves when the pool has no room.
   std::uint16_t currentStyle;
-  const qps::QPSAppearance* appearance;
   qps::QPSAppearance unstyled;
   qps::QPSAppearance scratchAppearance;
 
@@ -190,10 +190,6 @@ inline constexpr std::uint32_t kFixedInfo[5] = {576, 576, 480, 480, 0};
 
 // Releases everything that the sheet holds and the sheet itself; closes what is open.
 void closeSheet(QPSSheet* sheet);
-
-// A copy of `text` for the host, from the sheet's itemAlloc, zero-terminated; null when there is no
-// block. It is the host's at once.
-[[nodiscard]] char* qpsStrDup(const QPSSheet& sheet, std::string_view text);
 
 }  // namespace qps
 

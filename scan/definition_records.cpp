@@ -80,7 +80,7 @@ Step readFont(QPSSheet& sheet) {
   font->attrBit1 = attributes >> 1 & 1;
   font->attrBit2 = attributes >> 2 & 1;
   font->attrBit5 = attributes >> 5 & 1;
-  const std::string_view name = body.textAt(4).substr(0, QPSFont::kNameCharacters);
+  const std::string_view name = body.textAt(4).substr(0, QPSFont::kNameBytes - 1);
   if (!name.empty()) std::memcpy(font->name, name.data(), name.size());
 
   font->next = sheet.fontList;

@@ -102,7 +102,6 @@ void setDefaults(QPSSheet& sheet) {
   std::fill(std::begin(sheet.columnWidths), std::end(sheet.columnWidths), kNotSet);
   std::fill(std::begin(sheet.columnColours), std::end(sheet.columnColours), kNoColour);
   sheet.unstyled = kUnstyled;
-  sheet.appearance = &sheet.unstyled;
 }
 
 // Looks at the beginning of the open host stream and, when it is a compound document, goes over to

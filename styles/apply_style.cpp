@@ -5,7 +5,6 @@
 #include "styles/apply_style.h"
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <string_view>
 
@@ -55,56 +54,17 @@ void resolveAppearance(const QPSSheet& sheet, QPSAppearance& appearance, const Q
   qpsApplyStyleEntry(sheet, appearance, style);
 }
 
-const QPSAppearance& appearanceOf(QPSSheet& sheet) {
-  if (sheet.styleList == nullptr) return sheet.unstyled;
-  QPSStyle* style = findStyle(sheet, sheet.currentStyle);
-  if (style == nullptr) return kUnstyled;
-  if (style->appearance != nullptr) return *style->appearance;
-
-  style->appearance = poolNew<QPSAppearance>(sheet.services);
-  QPSAppearance& appearance =
-      style->appearance != nullptr ? *style->appearance : sheet.scratchAppearance;
-  resolveAppearance(sheet, appearance, *style);
-  return appearance;
-}
-
-void writeBorders(SSItemCell& cell, const QPSStyle& style) {
-  for (std::size_t slot = 0; slot < kBorderSlots; ++slot) {
-    cell.borders[slot].style = style.borderStyle[slot];
-    cell.borders[slot].colour = style.borderColour[slot];
-  }
-}
-
-void writeFont(SSItemFont& item, const QPSFont& font) {
-  std::memcpy(item.name, font.name, SSItemFontNameBytes - 1);
-  item.name[SSItemFontNameBytes - 1] = '\0';
-  item.size = font.size;
-  item.attrBit0 = font.attrBit0;
-  item.attrBit1 = font.attrBit1;
-  item.attrBit2 = font.attrBit2;
-  item.attrBit5 = font.attrBit5;
-  item.extra0 = 1;
-  item.extra1 = 0;
-}
-
 }  // namespace
 
-void qpsApplyCellStyle(QPSSheet& sheet, SSItemCell& cell) {
-  const QPSAppearance& appearance = appearanceOf(sheet);
-  sheet.appearance = &appearance;
-  cell.spare2 = 0;
-  cell.alignment =
-      sheet.lastCellKind == kNumericCell ? appearance.numericAlignment : appearance.textAlignment;
-  cell.fillColour = appearance.fillColour;
-  cell.textColour = appearance.textColour;
-  cell.bordered = appearance.bordered;
-  cell.font.present = appearance.present;
-  if (appearance.present == 0) {
-    cell.spare1 = 0;
-    return;
-  }
-  if (appearance.borders != nullptr) writeBorders(cell, *appearance.borders);
-  if (appearance.font != nullptr) writeFont(cell.font, *appearance.font);
+const QPSAppearance& resolveCurrentStyle(QPSSheet& sheet) {
+  if (sheet.styleList == nullptr) return sheet.unstyled;
+  const QPSStyle* style = findStyle(sheet, sheet.currentStyle);
+  if (style == nullptr) return kUnstyled;
+  auto* appearance = poolNew<QPSAppearance>(sheet.services);
+  sheet.stylePageByNumber[style->number >> 8]->appearances[style->number & 0xFF] = appearance;
+  if (appearance == nullptr) appearance = &sheet.scratchAppearance;
+  resolveAppearance(sheet, *appearance, *style);
+  return *appearance;
 }
 
 }  // namespace qps

@@ -18,7 +18,7 @@ Step qpsReadStyle(QPSSheet& sheet);
 Step qpsReadColumnStyle(QPSSheet& sheet);
 
 // The style with this number, or null.
-inline QPSStyle* findStyle(const QPSSheet& sheet, std::uint16_t number) {
+inline const QPSStyle* findStyle(const QPSSheet& sheet, std::uint16_t number) {
   const QPSStylePage* page = sheet.stylePageByNumber[number >> 8];
   return page == nullptr ? nullptr : page->styles[number & 0xFF];
 }
