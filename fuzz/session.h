@@ -27,9 +27,9 @@ struct WorkLimit {
 // byte.
 inline constexpr WorkLimit kPlainWork{8, 64, 3, 64, 128, 65536};
 
-// The same through the compound-document library: each mini sector of 64 bytes may cost a block of
-// its table.
-inline constexpr WorkLimit kCompoundWork{16, 512, 80, 65536, 160, 262144};
+// The same through the compound-document library: a hostile document may have its tables, its
+// directory and its stream all be the whole file.
+inline constexpr WorkLimit kCompoundWork{16, 512, 12, 65536, 160, 262144};
 
 // Requires that the work since `before` stays within the limit.
 void requireWork(const LeanHost& host, const Work& before, const WorkLimit& limit);
