@@ -179,9 +179,11 @@ int main(int argc, char** argv) {
   bool failed = false;
   addFormats(root, failed);
   addDocuments(root, failed);
-  Folder plain(root, "plain_notebook"), calls(root, "host_calls");
+  Folder plain(root, "plain_notebook"), calls(root, "host_calls"), embedded(root, "embedded_host");
   for (const Bytes& book : notebooks()) {
     plain.add({}, book);
+    embedded.add(Body().u16(0), book);
+    embedded.add(Body().u16(50), book);
     // A reader, a listing, its first sheet and all items of it, the second sheet and two items.
     const auto operations = [](Body& body) -> Body& {
       return body.u8(0).u8(1).u8(2).u8(5).u8(6).u8(0x0A).u8(4).u8(4).fill(8, 7);
@@ -192,7 +194,7 @@ int main(int argc, char** argv) {
     Body failing = Body().u8(3).u8(0).u8(9).u8(0).u8(0).u8(1).u8(5).u8(0).u8(1);
     calls.add(operations(failing), book);
   }
-  failed = failed || plain.failed() || calls.failed();
+  failed = failed || plain.failed() || calls.failed() || embedded.failed();
   if (failed) std::fprintf(stderr, "cannot write to %s\n", argv[1]);
   return failed ? 1 : 0;
 }

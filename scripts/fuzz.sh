@@ -12,6 +12,7 @@ targets=(
   "compound_notebook 4096 notebook"
   "compound_library  4096 -"
   "host_calls        1024 notebook"
+  "embedded_host     1024 notebook"
   "format_text       256  format"
   "render_functions  192  format"
 )

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+//
+// Any bytes through the class Notebook: listing, facts, all items in turn from two ranges, the
+// reason why it is damaged. The first two bytes of the input are the memory limit in KiB, 0 for
+// none. Compound documents are left out: loading a library each time is slow, and the other targets
+// have them.
+#include <numeric>
+
+#include "fuzz/input_bytes.h"
+#include "fuzz/lean_host.h"
+#include "host/notebook.hpp"
+
+namespace {
+
+using qps::fuzz::require;
+
+constexpr size_t kMostSheets = 2;
+constexpr size_t kMostItems = 500;
+volatile unsigned sink;
+
+void look(std::string_view text) {
+  sink = std::accumulate(text.begin(), text.end(), 0U,
+                         [](unsigned sum, char c) { return sum + static_cast<unsigned>(c); });
+}
+
+// Decodes all that an item has.
+void look(const qps::Item& item) {
+  const int views = item.cell().has_value() + item.sheetInfo().has_value() +
+                    item.columnWidths().has_value() + item.rowHeight().has_value();
+  require(views <= 1, "an item is of one kind");
+  if (const auto text = item.notebookText()) look(*text);
+  if (const auto cell = item.cell()) {
+    look(cell->text());
+    if (const auto style = cell->style(); style.font) look(style.font->name);
+  }
+}
+
+void readSheet(const qps::Notebook& notebook, const qps::Sheet& sheet) {
+  look(sheet.name);
+  qps::TextArena arena = notebook.textArena();
+  qps::ItemRange kept = notebook.items(sheet, arena);
+  qps::ItemRange passing = notebook.items(sheet);
+  auto one = kept.begin();
+  auto other = passing.begin();
+  size_t items = 0;
+  for (; items < kMostItems && one != kept.end() && other != passing.end(); ++items) {
+    require(one->kind() == other->kind(), "two ranges deliver the same");
+    look(*one);
+    look(*other);
+    ++one;
+    ++other;
+  }
+  if (const auto error = kept.error()) require(!error->message.empty(), "an error has a message");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  qps::fuzz::InputBytes input(data, size);
+  const size_t limit = size_t{input.u16()} * 1024;
+  const auto file = std::as_bytes(input.rest());
+  if (!file.empty() && file[0] == std::byte{0xD0}) return 0;
+  const auto notebook = qps::Notebook::open(file, {.memoryLimit = limit});
+  if (!notebook) {
+    require(!notebook.error().message.empty(), "an error has a message");
+    return 0;
+  }
+  require(!notebook->sheets().empty(), "an open notebook has worksheets");
+  const size_t before = notebook->memoryInUse();
+  size_t read = 0;
+  for (const qps::Sheet& sheet : notebook->sheets()) {
+    if (read++ == kMostSheets) break;
+    readSheet(*notebook, sheet);
+  }
+  require(notebook->memoryInUse() == before, "ranges and arenas give everything back");
+  require(limit == 0 || before <= limit, "the limit holds");
+  const auto damage = notebook->damage();
+  require(!damage || !damage->message.empty(), "damage has a message");
+  return 0;
+}
