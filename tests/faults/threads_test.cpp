@@ -43,9 +43,10 @@ std::vector<std::string> readInTurns(Turns& turns, size_t self, uint32_t offset,
     SSItem item;
     const bool delivered = turns.take(self, [&] { return QPSProcessSheet(sheet, &item) == 0; });
     if (!delivered) continue;
-    if (item.kind == SSItemKindCell && item.cell.text != nullptr) {
-      texts.emplace_back(item.cell.text);
-      host.freeItemText(item.cell.text);
+    char* const text = item.kind == SSItemKindCell ? item.cell.text : nullptr;
+    if (text != nullptr) {
+      texts.emplace_back(text);
+      host.freeItemText(text);
     } else if (item.kind == SSItemKindRecord37Text || item.kind == SSItemKindRecord38Text) {
       host.freePoolBlock(item.notebookText.text);
     }
