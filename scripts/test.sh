@@ -11,6 +11,7 @@ steps=(
   "clang        preset  clang-14"
   "asan         preset"
   "format       format  clang-format-14"
+  "includes     includes"
   "tidy         tidy    clang-14 clang-tidy-14"
   "integrations script"
   "i686         preset  g++-i686-linux-gnu googletest qemu-user"
@@ -75,6 +76,29 @@ format() {
   local status=0
   sources '*.c' '*.cpp' '*.h' '*.hpp' |
     xargs -0 -r -n 20 -P "$(nproc)" clang-format-14 --dry-run --Werror || status=1
+  count $status
+}
+
+# Rooms include downwards only (README, "Rooms"): a room, and what it may include beside itself.
+includes() {
+  local room allowed found status=0
+  while read -r room allowed; do
+    found=$(grep -rnE '#include "[a-z]+/' "$room" --include='*.h' --include='*.hpp' --include='*.cpp' |
+      grep -vE "#include \"($room/${allowed:+|$allowed})") || continue
+    echo "$found"
+    status=1
+  done << 'END'
+reader
+render     reader/(host_tables|qps_reader)\.h
+styles     reader/|items/ss_item\.h
+format     reader/|items/ss_item\.h|render/
+scan       reader/|styles/
+items      reader/|styles/|format/|scan/row_heights\.h
+sheetinfo  reader/
+olefio     reader/(host_tables|ole_interface)\.h
+host       reader/(host_tables|ole_interface|qps_reader)\.h|items/ss_item\.h|sheetinfo/worksheet_list\.h
+tool       host/
+END
   count $status
 }
 
