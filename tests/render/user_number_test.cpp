@@ -142,8 +142,8 @@ std::string walked(const std::string& text, uint32_t formatSection, double magni
   }
 
   std::string number = printed("%.*f", static_cast<int>(decimals), magnitude).substr(0, 511);
-  auto left = static_cast<long>(std::min(number.find('.'), number.size()));
-  long excess = left - placeholders;
+  auto left = static_cast<std::ptrdiff_t>(std::min(number.find('.'), number.size()));
+  std::ptrdiff_t excess = left - placeholders;
   if (excess < 0) number.insert(0, static_cast<size_t>(-excess), '0');
   std::string out = !nonNegative && formatSection < 2 ? "-" : "";
   const size_t sign = out.size();
