@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The notebook's bytes become UTF-8. A notebook does not say which character set its texts are in,
-// so the user does (--encoding), and the system's iconv knows the rest.
+// so the user does (--encoding), and the system knows the rest.
 #ifndef QPSREADER_TOOL_ENCODING_H
 #define QPSREADER_TOOL_ENCODING_H
 
@@ -12,6 +12,8 @@
 #include <string>
 #include <string_view>
 
+#include "tool/converter.h"
+
 namespace qps {
 
 class Decoder {
@@ -19,10 +21,6 @@ class Decoder {
   // Throws UsageError when the system does not know the encoding, or when its digits and letters
   // are not those of ASCII: the reader writes numbers in ASCII.
   explicit Decoder(const std::string& encoding);
-  ~Decoder();
-  Decoder(const Decoder&) = delete;
-  Decoder& operator=(const Decoder&) = delete;
-
   const std::string& name() const { return name_; }
 
   // A byte that always stands for itself, so that a text of such bytes needs no decoding.
@@ -37,8 +35,6 @@ class Decoder {
   std::uint64_t undefinedBytes() const { return undefinedBytes_; }
 
  private:
-  struct Converter;
-
   void appendByTable(std::string_view text, std::string& result) const;
   void appendByConverter(std::string_view text, std::string& result) const;
 
