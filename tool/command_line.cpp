@@ -221,6 +221,7 @@ std::span<const Command> commands() {
 Invocation parseCommandLine(int argc, const char* const* argv) {
   Invocation invocation;
   CLI::App app("Read Quattro Pro for Windows notebooks (.wb1, .wb2, .wb3).", "qps");
+  app.allow_windows_style_options(false);  // "/name" is a file everywhere
   app.formatter(std::make_shared<HelpFormatter>());
   app.footer("'qps COMMAND --help' lists the options of a command.");
   app.set_version_flag("--version", "qps " QPS_VERSION, "Print the version and exit");

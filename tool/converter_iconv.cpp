@@ -52,7 +52,7 @@ std::unique_ptr<Converter> Converter::open(const std::string& encoding) {
   // "//IGNORE" and its kin would drop characters without a word.
   if (encoding.find('/') != std::string::npos) return nullptr;
   const iconv_t handle = iconv_open("UTF-8", encoding.c_str());
-  if (handle == reinterpret_cast<iconv_t>(-1)) return nullptr;
+  if (reinterpret_cast<std::intptr_t>(handle) == -1) return nullptr;
   return std::make_unique<IconvConverter>(handle);
 }
 
