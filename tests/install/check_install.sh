@@ -44,7 +44,7 @@ else
   cmake -S . -B bin -DCMAKE_BUILD_TYPE=Release -DCMAKE_C_COMPILER="$CC" -DCMAKE_CXX_COMPILER="$CXX" \
     -DEXAMPLES="$work/examples" -DCMAKE_PREFIX_PATH="$work/installed" \
     -DQPSREADER_SOURCE="$([ "$way" = package ] || echo "$source")" > cmake.txt 2>&1 || fail "$(cat cmake.txt)"
-  cmake --build bin --parallel > build.txt 2>&1 || fail "$(cat build.txt)"
+  cmake --build bin --parallel "$(nproc)" > build.txt 2>&1 || fail "$(cat build.txt)"
   if [ -z "$libraries" ]; then
     libraries=$(dirname "$(find bin -name libqpsreader.so)")
     cmake --install bin --prefix "$work/installed" > /dev/null
