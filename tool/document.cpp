@@ -51,6 +51,10 @@ void keepEachRowOnce(std::vector<Run>& heights) {
   heights.erase(std::unique(heights.begin(), heights.end(), same), heights.end());
 }
 
+// A notebook numbers its worksheets with one byte. A file that lists more is no honest one, and as
+// the definitions are read again for each worksheet it could cost far more than its size.
+constexpr std::ptrdiff_t kMostSheets = 256;
+
 class Loader {
  public:
   Loader(Document& document, const Command& command, const Settings& settings, Progress& progress)
@@ -247,6 +251,9 @@ Document readDocument(const std::string& file, Notebook notebook, const Command&
   std::vector<bool> chosen(sheets.size(), settings.sheets.empty());
   for (const std::string& wanted : settings.sheets)
     chooseSheets(wanted, names, chosen);
+  if (std::count(chosen.begin(), chosen.end(), true) > kMostSheets)
+    throw Failure{Status::kLimit, "lists " + std::to_string(sheets.size()) +
+                                      " worksheets, more than a notebook has; --sheet can choose"};
 
   Loader loader(document, command, settings, progress);
   if (const auto damage = document.notebook.damage()) loader.meetDamage(*damage);

@@ -18,6 +18,8 @@ ROW_RANGES = notebook(sheet(*[record(261, b"\0\0\xfe\xff" + bytes([n % 200 + 1, 
                               for n in range(400)], label(0, 0, b"x")))
 LARGE = notebook(sheet(*[label(c, r, b"x" * 100) for r in range(2000) for c in range(20)]))
 
+CROWD = notebook(*[sheet(label(0, 0, b"x"), number=n % 256) for n in range(300)])
+
 # file contents (None: no such file), arguments, exit status, what standard error says of it
 CASES = [
     (None, [], 1, "No such file or directory"),
@@ -33,6 +35,7 @@ CASES = [
     (GOOD[:-4], [], 5, "cut short"),
     (NO_END, [], 5, "end record"),
     (LARGE, ["--max-memory", "1M"], 6, "memory limit"),
+    (CROWD, [], 6, "lists 300 worksheets"),
     (GOOD, ["--sheet", "Budget"], 1, "no worksheet is named 'Budget'"),
     (GOOD, ["--sheet", "2"], 1, "there is no worksheet 2"),
     (GOOD, ["--sheet", "0"], 1, "there is no worksheet 0"),
@@ -89,6 +92,10 @@ class Failures(ToolTest):
     def test_rows_without_end_hit_the_limit(self):
         path = self.file(ROW_RANGES)
         self.assert_fails(run("sheets", "--max-memory", "100M", path), path, 6, "memory limit")
+
+    def test_of_too_many_worksheets_some_can_be_chosen(self):
+        result = run("csv", "--sheet", "299", self.file(CROWD))
+        self.assertEqual((result.returncode, result.stdout), (0, b"x\n"))
 
     def test_wrong_usage(self):
         for args in USAGE:
