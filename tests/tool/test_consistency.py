@@ -7,7 +7,7 @@ import shutil
 import subprocess
 import unittest
 
-from notebooks import SOURCE, run
+from notebooks import QPS, SOURCE, ToolTest, run
 
 COMMANDS = {"sheets", "info", "text", "csv", "json", "html", "items"}
 OPTION = re.compile(r"--[a-z][a-z0-9-]*")
@@ -30,11 +30,10 @@ def shell(program, script):
                           stdout=subprocess.PIPE, check=True, timeout=60).stdout.decode()
 
 
-class Consistency(unittest.TestCase):
+class Consistency(ToolTest):
     @classmethod
     def setUpClass(cls):
         cls.options = {command: help_options(command) for command in COMMANDS}
-        cls.maxDiff = None
 
     def test_the_help_lists_every_command(self):
         text = run("--help").stdout.decode()
@@ -85,6 +84,21 @@ class Consistency(unittest.TestCase):
         out = shell("zsh", "_arguments() { state=command }; _describe() { print -rl -- ${(P)2} };"
                            "source ./_qps")
         self.assertEqual({line.split(":")[0] for line in out.splitlines()}, COMMANDS)
+
+    @unittest.skipIf(len(QPS) > 1, "the README's commands run on this machine only")
+    def test_the_readme_shows_what_its_commands_print(self):
+        with open(os.path.join(SOURCE, "README.md"), encoding="utf-8") as file:
+            tour = file.read().split("## Tour of the tool")[1].split("\n## ")[0]
+        shutil.copytree(os.path.join(SOURCE, "examples"), self.path("examples"))
+        shutil.copy(os.path.join(SOURCE, "LICENSE"), self.folder)
+        path = os.path.dirname(QPS[0]) + os.pathsep + os.environ["PATH"]
+        steps = re.findall(r"^\$ (.*)\n((?:(?!\$ |```).*\n)*)", tour, re.M)
+        self.assertGreater(len(steps), 8)
+        for command, shown in steps:
+            printed = subprocess.run(["bash", "-c", command], cwd=self.folder, timeout=60, check=True,
+                                     env={**os.environ, "PATH": path, "LC_ALL": "C.UTF-8"},
+                                     stdout=subprocess.PIPE, stderr=subprocess.STDOUT).stdout
+            self.assertEqual(printed.decode(), shown, command)
 
 
 if __name__ == "__main__":
