@@ -11,7 +11,6 @@
 namespace qps::ole {
 
 bool AllocationTable::open(Extents bytes) {
-  if (bytes.size() > SIZE_MAX) return false;
   bytes_ = std::move(bytes);
   return entries_.assignZeros(static_cast<std::size_t>(bytes_.size())) &&
          loaded_.reserve(
@@ -21,17 +20,16 @@ bool AllocationTable::open(Extents bytes) {
 std::uint32_t AllocationTable::next(std::uint32_t sector) {
   if (sector >= entries_.size() / kTableEntryBytes) return kEndOfChain;
   const std::uint32_t block = sector / kBlockEntries;
-  if (!loaded_.contains(block)) load(block);
+  if (loaded_.insert(block)) load(block);
   return element<std::uint32_t>(entries_.items(), sector);
 }
 
-// What cannot be read counts as free, and is asked for again the next time.
+// What cannot be read counts as free.
 void AllocationTable::load(std::uint32_t block) {
   const auto rest = entries_.items().subspan(std::size_t{block} * kBlockBytes);
   const auto bytes = rest.first(std::min(kBlockBytes, rest.size()));
   const std::size_t arrived = bytes_.readRun(file_, std::uint64_t{block} * kBlockBytes, bytes);
   std::ranges::fill(bytes.subspan(arrived), std::byte{0xFF});
-  if (arrived == bytes.size()) loaded_.insert(block);
 }
 
 }  // namespace qps::ole

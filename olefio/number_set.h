@@ -21,23 +21,18 @@ class NumberSet {
     return words_.assignZeros(bound / kWordBits + (bound % kWordBits != 0 ? 1 : 0));
   }
 
-  bool contains(std::uint32_t number) const {
-    return number < bound_ && (words_[number / kWordBits] & bitOf(number)) != 0;
-  }
-
   // False for a number that is in the set already, and for one that is not below the bound.
   bool insert(std::uint32_t number) {
-    if (number >= bound_ || contains(number)) return false;
-    words_[number / kWordBits] |= bitOf(number);
+    if (number >= bound_) return false;
+    std::uint32_t& word = words_[number / kWordBits];
+    const std::uint32_t bit = std::uint32_t{1} << (number % kWordBits);
+    if ((word & bit) != 0) return false;
+    word |= bit;
     return true;
   }
 
  private:
   static constexpr std::uint32_t kWordBits = 32;
-
-  static std::uint32_t bitOf(std::uint32_t number) {
-    return std::uint32_t{1} << (number % kWordBits);
-  }
 
   PoolArray<std::uint32_t> words_;
   std::uint32_t bound_ = 0;

@@ -32,26 +32,31 @@ class Stream : public SSStream {
   void detach();
 
   bool rewind();
-  void endReading() { isReading_ = false; }
+  void endReading();
 
  private:
   // Small reads ask the host for this much at once, or for the rest of a shorter run.
   static constexpr std::size_t kBufferBytes = 8192;
 
-  std::size_t readBytes(std::span<std::byte> target);
+  static std::size_t readBytes(SSStream* stream, void* target, std::size_t count);
+  std::size_t readBeyondBuffer(std::span<std::byte> target);
   std::size_t takeBuffered(std::span<std::byte> target);
   void fillBuffer();
+  void emptyBufferAt(std::uint64_t position);
   bool seekTo(std::ptrdiff_t offset, std::int32_t origin);
+
+  std::size_t buffered() const { return static_cast<std::size_t>(end_ - cursor_); }
+  std::uint64_t position() const { return endPosition_ - buffered(); }
 
   HostFile& file_;
   SSMemoryPool& pool_;
   Extents bytes_;
   PoolArray<std::byte> buffer_;
-  std::uint64_t bufferStart_ = 0;  // the stream's position of the buffer's first byte
-  std::uint64_t bufferBytes_ = 0;
-  std::uint64_t position_ = 0;
+  std::byte* cursor_ = nullptr;    // the next byte, in buffer_ or at its end
+  std::byte* end_ = nullptr;       // the end of the bytes that buffer_ holds
+  std::uint64_t endPosition_ = 0;  // the stream's position there
   bool isAttached_ = false;
-  bool isReading_ = false;
+  bool isReading_ = false;  // when not, the buffer is empty
 };
 
 }  // namespace qps::ole
