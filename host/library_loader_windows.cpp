@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "host/library_loader.hpp"
+#include "host/library_platform.hpp"
 #include "reader/qps_reader.h"
 
 namespace qps {
@@ -24,7 +25,13 @@ fs::path moduleFile(HMODULE module) {
   return fs::path(std::wstring_view(path.data(), length));
 }
 
-fs::path readerFile() {
+}  // namespace
+
+fs::path platform::programFile() {
+  return moduleFile(nullptr);
+}
+
+fs::path platform::readerFile() {
   HMODULE module = nullptr;
   const auto operation = reinterpret_cast<const wchar_t*>(&qpsGetSSReaderInterface);
   if (GetModuleHandleExW(
@@ -34,31 +41,10 @@ fs::path readerFile() {
   return moduleFile(module);
 }
 
-}  // namespace
-
-std::vector<fs::path> librarySearchFolders() {
-  std::vector<fs::path> folders;
-  const auto add = [&folders](const fs::path& folder) {
-    if (folder.is_absolute()) folders.push_back(folder);
-  };
-  add(readerFile().parent_path());
-  const fs::path programFolder = moduleFile(nullptr).parent_path();
-  if (programFolder.filename() == "bin") add(programFolder.parent_path() / "lib");
-  add(QPS_INSTALLED_LIBRARY_FOLDER);
-  return folders;
-}
-
-void* loadLibraryByName(const char* name) {
-  const std::string_view bare = name;
-  if (bare.empty() || bare == "." || bare == ".." || bare.find_first_of("/\\:") != bare.npos)
-    return nullptr;
-  for (const fs::path& folder : librarySearchFolders()) {
-    const fs::path file = (folder / bare).make_preferred();
-    const HMODULE library = LoadLibraryExW(
-        file.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
-    if (library != nullptr) return reinterpret_cast<void*>(library);
-  }
-  return nullptr;
+void* platform::openLibrary(const fs::path& file) {
+  const fs::path preferred = fs::path(file).make_preferred();
+  return reinterpret_cast<void*>(LoadLibraryExW(
+      preferred.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
 }
 
 void* librarySymbol(void* library, const char* symbol) {
