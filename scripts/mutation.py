@@ -95,7 +95,8 @@ def places_in(path):
 
 
 def run(command, **options):
-    return subprocess.run(command, cwd=BUILD, capture_output=True, text=True, **options)
+    return subprocess.run(command, cwd=BUILD, capture_output=True, text=True,
+                          errors="replace", **options)
 
 
 def configure():

@@ -174,9 +174,13 @@ TEST(Styles, ABaseStyleGivesWhatTheStyleLeavesAlone) {
 TEST(Styles, LookUpsTakeTheNewestEntry) {
   const auto texts = textsOf(bookOf(
       [](auto& b) {
-        b.userFormat(1, "N'older'").userFormat(1, "N'newer'").userFormat(1 + 256, "N'no code'");
+        b.userFormat(1, "N'older'").userFormat(1, "N'newer'");
+        for (const unsigned beyond : {144u, 1u + 256u})  // code 256 is the first that no style has
+          b.userFormat(beyond, "N'no code'");
         b.style({.format = 113, .namedStyle = 1}).style({.format = 112, .namedStyle = 1});
-        b.namedStyle(1, 9, "Date").namedStyle(1, 9, "Other").namedStyle(257, 9, "Date");
+        b.namedStyle(1, 9, "Date").namedStyle(1, 9, "Other");
+        for (const unsigned beyond : {256u, 257u})
+          b.namedStyle(beyond, 9, "Date");
       },
       [](auto& b) {
         b.number({0, 0, 1}, 60).number({0, 1, 2}, 60);
