@@ -37,11 +37,13 @@ Bytes exampleNotebook() {
 const std::vector<Source>& sources() {
   static const std::vector<Source> all = [] {
     std::vector<Source> made;
-    for (const auto& [name, book] : {std::pair{"every record", everyRecordNotebook().bytes()},
-                                     {"example", exampleNotebook()}}) {
-      const auto add = [&, &name = name](const char* shape, const Bytes& file) -> Source& {
-        return made.emplace_back(Source{std::string(name) + shape, file, book});
+    for (const auto& [name, bytes] : {std::pair{"every record", everyRecordNotebook().bytes()},
+                                      {"example", exampleNotebook()}}) {
+      const auto add = [&, &name = name, &notebook = bytes](const char* shape,
+                                                            const Bytes& file) -> Source& {
+        return made.emplace_back(Source{std::string(name) + shape, file, notebook});
       };
+      const Bytes& book = bytes;
       const std::vector<NamedStream> streams = {{"Other", Bytes(9)}, {"NOVELL_MAIN", book}};
       add("", book).isPlain = true;
       add(", fake container", bytesOf("\xD0\xCF\x11\xE0 and so on")).isFake = true;
