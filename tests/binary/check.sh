@@ -40,13 +40,13 @@ case $1 in
     if bad=$(grep -Exv -f <(rows "$3") <<< "$imports"); then fail "forbidden imports:" "$bad"; fi
     ;;
   hardened)
-    headers=$($READELF -hlW "$2") dynamic=$($READELF -dW "$2")
+    headers=$($READELF -hlW "$2") dynamic=$($READELF -dW "$2") symbols=$($NM -D "$2")
     [[ $headers =~ Type:\ +DYN ]] || fail "the code is not position-independent"
     [[ $headers =~ GNU_RELRO ]] || fail "no RELRO"
     grep -q "GNU_STACK.* RW  *0x" <<< "$headers" || fail "the stack is executable"
     [[ $dynamic =~ BIND_NOW|Flags:.*NOW ]] || fail "no BIND_NOW"
     [[ ! $dynamic =~ TEXTREL ]] || fail "text relocations"
-    $NM -D "$2" | grep -q ' U __stack_chk_fail' || fail "no stack protector"
+    [[ $symbols = *" U __stack_chk_fail"* ]] || fail "no stack protector"
     ;;
   rpath)
     paths=$($READELF -dW "$2" | sed -n 's/.*(\(R[UN]*PATH\)).*\[\(.*\)\]/\1 \2/p')
