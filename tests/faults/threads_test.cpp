@@ -4,7 +4,8 @@
 // them do, and each gets what it would have got alone. The thread sanitizer runs this too.
 #include <gtest/gtest.h>
 
-#include <semaphore>
+#include <condition_variable>
+#include <mutex>
 #include <thread>
 
 #include "tests/support/sheet_driver.h"
@@ -15,18 +16,22 @@ namespace {
 // One call at a time, by the one thread and then by the other.
 class Turns {
  public:
-  explicit Turns(size_t first) { turn_[first].release(); }
+  explicit Turns(size_t first) : next_(first) {}
 
   template <typename Call>
   auto take(size_t self, const Call& call) {
-    turn_[self].acquire();
+    std::unique_lock lock(mutex_);
+    turnsChanged_.wait(lock, [&] { return next_ == self; });
     const auto result = call();
-    turn_[1 - self].release();
+    next_ = 1 - self;
+    turnsChanged_.notify_all();
     return result;
   }
 
  private:
-  std::binary_semaphore turn_[2] = {std::binary_semaphore(0), std::binary_semaphore(0)};
+  std::mutex mutex_;
+  std::condition_variable turnsChanged_;
+  size_t next_;
 };
 
 // The texts of the worksheet's cells. Takes `calls` turns, also when the items end before.
