@@ -16,8 +16,8 @@ namespace {
 std::string versionName(std::uint16_t version) {
   char text[32];
   std::snprintf(text, sizeof text, "%u (0x%04X)", unsigned{version}, unsigned{version});
-  const char* const writers = version == 0x1001   ? ", of versions 1 and 5 for Windows (.wb1)"
-                              : version == 0x1002 ? ", of version 6 for Windows (.wb2)"
+  const char* const writers = version == 0x1001   ? ", of versions 1 and 5 for Windows"
+                              : version == 0x1002 ? ", of version 6 for Windows"
                                                   : "";
   return std::string(text) + writers;
 }

@@ -159,7 +159,7 @@ class Commands(ToolTest):
     def test_info_of_the_example(self):
         result = run("info", EXAMPLE)
         facts = dict(line.split(": ", 1) for line in result.stdout.decode().splitlines())
-        self.assertEqual(facts["format version"], "4098 (0x1002), of version 6 for Windows (.wb2)")
+        self.assertEqual(facts["format version"], "4098 (0x1002), of version 6 for Windows")
         self.assertEqual(facts["MIME type"], "application/x-quattropro")
         self.assertTrue(facts["worksheets"].startswith("2 (Budget, "))
         self.assertIn("Times New Roman 16 bold", facts["fonts in use"])
