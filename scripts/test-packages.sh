@@ -17,11 +17,14 @@ projectVersion=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.tx
 packageVersion=$(dpkg-parsechangelog -S Version)
 [ "${packageVersion%-*}" = "$projectVersion" ] || die "debian/changelog names $packageVersion"
 
+# The first build runs the tests, the second has none.
 for folder in "$first" "$second"; do
   echo "== build in ${folder#"$out"/}"
   mkdir -p "$folder/qpsreader"
   git archive HEAD | tar -x -C "$folder/qpsreader"
-  (cd "$folder/qpsreader" && dpkg-buildpackage -us -uc -b) > "$folder/log.txt" 2>&1 ||
+  options=
+  [ "$folder" = "$first" ] || options=nocheck
+  (cd "$folder/qpsreader" && DEB_BUILD_OPTIONS=$options dpkg-buildpackage -us -uc -b) > "$folder/log.txt" 2>&1 ||
     die "dpkg-buildpackage failed: $folder/log.txt"
 done
 
