@@ -13,8 +13,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 top=$PWD
 export PATH=$top/build/release/bin:$top/integrations/ripgrep:$PATH
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_DATA_HOME=$work/home/.local/share
-export XDG_CACHE_HOME=$work/home/.cache LC_ALL=C.UTF-8
+export HOME=$work/user XDG_CONFIG_HOME=$work/user/.config XDG_DATA_HOME=$work/user/.local/share
+export XDG_CACHE_HOME=$work/user/.cache LC_ALL=C.UTF-8
 mkdir -p "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME"
 
 passed=0 failed=0
