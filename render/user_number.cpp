@@ -172,7 +172,8 @@ bool isPlainWhole(std::string_view whole, bool grouping) {
 // for each of them from the first "0" on, and for all of them when every separator shows.
 double leastPlain(std::string_view whole, bool everySeparatorShows) {
   constexpr auto kMostDigits = 16;
-  const std::string_view shown = whole.substr(std::min(whole.find('0'), whole.size()));
+  std::string_view shown = whole;
+  shown.remove_prefix(std::min(whole.find('0'), whole.size()));
   const std::string_view needed = everySeparatorShows ? whole : shown;
   const auto digits = std::count_if(needed.begin(), needed.end(), [](char c) { return c != ','; });
   if (digits > kMostDigits) return std::numeric_limits<double>::infinity();
@@ -221,7 +222,8 @@ NumberSection parseNumberSection(std::string_view text) {
   using Form = NumberSection::Form;
   NumberSection section;
   if (text.empty() || text.front() != 'N') return section;
-  section.text = text.substr(1, kMostUserNumberChars - 1);
+  text.remove_prefix(1);
+  section.text = text.substr(0, kMostUserNumberChars - 1);
   section.form = Form::kDigits;
 
   std::string_view rest = section.text;
