@@ -15,10 +15,10 @@ fuzz() {
   scripts/fuzz.sh "${FUZZ_SECONDS:-600}"
 }
 
-# Every byte of the example, and of the same in a compound document, set to each of 256 values; with
-# the sanitizers, because a wrong read need not break a promise.
+# Every byte of the examples set to each of 256 values; with the sanitizers, because a wrong read
+# need not break a promise.
 damage() {
-  buildPreset asan damage_sweep && build/asan/bin/damage_sweep 1 examples/budget.wb2
+  buildPreset asan damage_sweep && build/asan/bin/damage_sweep 1 examples/*.wb?
 }
 
 # What was never written is not read, in the optimised build. The sweeps, which valgrind makes too

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // damage_sweep STEP FILE...: reads every beginning of each file, and each file with every byte in
-// turn set to other values, STEP apart from the right one (1 takes all 256); and does the same to
-// the file in a compound document. The checks are those of the fuzz targets: a broken promise
-// aborts, and says at which byte.
-#include <algorithm>
+// turn set to other values, STEP apart from the right one (1 takes all 256). The checks are those
+// of the fuzz targets: a broken promise aborts, and says at which byte.
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -12,7 +10,6 @@
 #include <vector>
 
 #include "fuzz/session.h"
-#include "tests/support/compound_writer.h"
 
 namespace {
 
@@ -50,17 +47,6 @@ void sweep(FileBytes file, unsigned step) {
   }
 }
 
-FileBytes inDocument(const FileBytes& notebook) {
-  std::vector<std::byte> contents(notebook.size());
-  std::transform(notebook.begin(), notebook.end(), contents.begin(),
-                 [](uint8_t byte) { return std::byte{byte}; });
-  const auto document = qps::test::writeCompound({}, {{"PerfectOffice_MAIN", contents}});
-  FileBytes bytes(document.size());
-  std::transform(document.begin(), document.end(), bytes.begin(),
-                 [](std::byte byte) { return std::to_integer<uint8_t>(byte); });
-  return bytes;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -74,7 +60,6 @@ int main(int argc, char** argv) {
       return 1;
     }
     sweep(bytes, static_cast<unsigned>(step));
-    sweep(inDocument(bytes), static_cast<unsigned>(step));
   }
   std::printf("%zu damaged files read\n", readings);
   return 0;
