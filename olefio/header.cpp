@@ -52,9 +52,9 @@ class DifatEntries {
  private:
   // What the file does not hold, all of it after the chain's end, reads as free entries.
   void loadSector() {
-    sector_.fill(std::byte{0xFF});
-    file_.readAt((std::uint64_t{nextSector_} + 1) << header_.sectorShift,
-                 std::span(sector_).first(std::size_t{1} << header_.sectorShift));
+    const auto target = std::span(sector_).first(std::size_t{1} << header_.sectorShift);
+    const std::uint64_t offset = (std::uint64_t{nextSector_} + 1) << header_.sectorShift;
+    std::ranges::fill(target.subspan(file_.readAt(offset, target)), std::byte{0xFF});
     nextSector_ = element<std::uint32_t>(sector_, perSector_);
     inSector_ = 0;
   }

@@ -202,6 +202,10 @@ void CompoundDocument::linkSiblings(std::vector<Entry>& entries, std::uint32_t s
   while (perfect * 2 <= siblings.size())
     perfect *= 2;
 
+  const std::size_t mostBefore = options_.siblings == SiblingOrder::kList   ? 0
+                                 : options_.siblings == SiblingOrder::kComb ? 1
+                                                                            : siblings.size();
+
   struct Subtree {
     std::uint32_t* parent;
     std::span<const std::uint32_t> siblings;
@@ -212,8 +216,7 @@ void CompoundDocument::linkSiblings(std::vector<Entry>& entries, std::uint32_t s
     const Subtree tree = rest.back();
     rest.pop_back();
     if (tree.siblings.empty()) continue;
-    const std::size_t middle =
-        options_.siblings == SiblingOrder::kList ? 0 : tree.siblings.size() / 2;
+    const std::size_t middle = std::min(mostBefore, tree.siblings.size() / 2);
     *tree.parent = tree.siblings[middle];
     Entry& entry = entries[*tree.parent];
     entry.isBlack = tree.level == 1 || tree.level != perfect;

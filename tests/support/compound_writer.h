@@ -23,9 +23,9 @@ struct NamedStream {
 // In which order a chain's sectors lie in the file; mini sectors likewise.
 enum class SectorOrder : unsigned char { kForward, kBackward, kScattered };
 
-// How the entries of a storage hang together: the tree that the format asks for, a list of them in
-// order, or a tree without any order.
-enum class SiblingOrder : unsigned char { kTree, kList, kUnordered };
+// How the entries of a storage hang together: the tree that the format asks for, a tree without any
+// order, a list of them in order, or such a list with an entry on its left at each step.
+enum class SiblingOrder : unsigned char { kTree, kList, kUnordered, kComb };
 
 struct CompoundOptions {
   unsigned version = 3;  // 3 has sectors of 512 bytes, 4 of 4096
