@@ -35,6 +35,11 @@ void look(const qps::Item& item) {
   }
 }
 
+bool ranOutOfMemory(const qps::ItemRange& items) {
+  const auto error = items.error();
+  return error && error->reason == qps::Reason::kMemoryLimit;
+}
+
 void readSheet(const qps::Notebook& notebook, const qps::Sheet& sheet) {
   look(sheet.name);
   qps::TextArena arena = notebook.textArena();
@@ -44,7 +49,8 @@ void readSheet(const qps::Notebook& notebook, const qps::Sheet& sheet) {
   auto other = passing.begin();
   size_t items = 0;
   for (; items < kMostItems && one != kept.end() && other != passing.end(); ++items) {
-    require(one->kind() == other->kind(), "two ranges deliver the same");
+    // A row that cannot be kept is lost, and only that row; the range then tells why.
+    require(one->kind() == other->kind() || ranOutOfMemory(kept), "two ranges deliver the same");
     look(*one);
     look(*other);
     ++one;

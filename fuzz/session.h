@@ -27,9 +27,15 @@ struct WorkLimit {
 // byte.
 inline constexpr WorkLimit kPlainWork{8, 64, 3, 64, 128, 65536};
 
-// The same through the compound-document library: a hostile document may have its tables, its
-// directory and its stream all be the whole file.
-inline constexpr WorkLimit kCompoundWork{16, 512, 12, 65536, 160, 262144};
+// The same through the compound-document library. A hostile document may have its directory and its
+// stream both be the whole file. Then each of two names costs one reading of it, and so does each
+// of two passes over the stream (or the one of a listing, twice: a step back to a header that lies
+// across the end of the stream's buffer fills it anew). The FAT adds 1/128, the mini FAT 1/16 a
+// name, and the header, the search for the file's end and the last blocks of the tables some bytes
+// at all. The stream asks for its bytes in large pieces, so that the calls are those for blocks.
+// The list of runs takes 48 bytes for each mini sector of 64 while it grows, which leaves room for
+// the tables in one more byte a byte.
+inline constexpr WorkLimit kCompoundWork{8, 128, 5, 4096, 129, 65536};
 
 // Requires that the work since `before` stays within the limit.
 void requireWork(const LeanHost& host, const Work& before, const WorkLimit& limit);

@@ -49,8 +49,8 @@ struct Base {
 void expectBoundedCost(const RecordingHost& host, std::size_t fileBytes) {
   EXPECT_EQ(host.state(), "clean");
   EXPECT_LE(host.hostCalls(), fileBytes / 16 + 300);
-  EXPECT_LE(host.bytesRead(), 6 * fileBytes + 20000);
-  EXPECT_LE(host.peakPoolBytes(), fileBytes + 50000);
+  EXPECT_LE(host.bytesRead(), 3 * fileBytes + 4096);
+  EXPECT_LE(host.peakPoolBytes(), fileBytes + 16384);
 }
 
 // "no document", "no stream", "whole", or how many sectors came, begun ones included: "first 3" of
