@@ -21,12 +21,14 @@ fs::path platform::programFile() {
 }
 
 // The link map knows the shared library by the path it was loaded from and has no name for the
-// program, whereas the name that dladdr has for the program is whatever its caller called it.
+// program, whereas the name that dladdr has for the program is whatever its caller called it. A
+// program that was linked statically as a whole has no link map.
 fs::path platform::readerFile() {
   Dl_info info{};
   void* map = nullptr;
   void* const operation = reinterpret_cast<void*>(&qpsGetSSReaderInterface);
-  if (::dladdr1(operation, &info, &map, RTLD_DL_LINKMAP) == 0 || map == nullptr) return {};
+  if (::dladdr1(operation, &info, &map, RTLD_DL_LINKMAP) == 0 || map == nullptr)
+    return programFile();
   const std::string_view name = static_cast<const link_map*>(map)->l_name;
   return name.empty() ? programFile() : fs::path(name);
 }
