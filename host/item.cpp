@@ -91,9 +91,8 @@ std::optional<Run> Item::rowHeight() const {
 
 std::optional<std::string_view> Item::notebookText() const {
   const bool isText = kind() == Kind::kRecord38Text || kind() == Kind::kRecord37Text;
-  if (!isText) return std::nullopt;
-  const char* const text = raw_.notebookText.text;
-  return text != nullptr ? std::string_view(text) : std::string_view();
+  const char* const text = isText ? raw_.notebookText.text : nullptr;
+  return text != nullptr ? std::optional<std::string_view>(text) : std::nullopt;
 }
 
 }  // namespace qps

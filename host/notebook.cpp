@@ -108,6 +108,7 @@ struct ItemRangeState {
   bool advance();
   std::optional<Error> error();
 
+  void noteLosses();
   void clearItem();
   static void* allocateText(void* context, void* block, std::size_t size, std::uint32_t flags);
   void adoptNotebookText();
@@ -119,7 +120,7 @@ struct ItemRangeState {
   TextArena* texts;
   std::uint32_t sheetStart;
   std::uint64_t refusalsBefore;
-  bool textRefused = false;
+  bool lostSomething = false;  // to the memory limit
   bool opened = false;
   bool started = false;
   ReaderHandle reader;
@@ -139,12 +140,13 @@ ItemRangeState::ItemRangeState(std::shared_ptr<NotebookState> owner, const Sheet
       QPSAllocateReader(nullptr, nullptr, &stream.table(), &notebook->services, nullptr, nullptr));
   if (reader) sheet.reset(QPSInitSheet(reader.get(), this, sheetStart, allocateText, nullptr));
   opened = sheet != nullptr;
+  if (!opened) close();
 }
 
 void* ItemRangeState::allocateText(void* context, void*, std::size_t size, std::uint32_t) {
   auto& self = *static_cast<ItemRangeState*>(context);
   void* const text = self.texts->allocate(size);
-  if (text == nullptr) self.textRefused = true;
+  if (text == nullptr) self.lostSomething = true;
   return text;
 }
 
@@ -181,15 +183,23 @@ void ItemRangeState::adoptNotebookText() {
   notebook->pool->free(block);
 }
 
+// The reader does not say what it leaves out for want of memory, such as rows with their heights;
+// the pool knows that it refused a block, though not to whom.
+void ItemRangeState::noteLosses() {
+  if (notebook->pool->refusals() != refusalsBefore) lostSomething = true;
+}
+
 // What a sheet needs goes back at its end, not only with the range.
 void ItemRangeState::close() {
+  noteLosses();
   sheet.reset();
   reader.reset();
 }
 
 std::optional<Error> ItemRangeState::error() {
   if (auto failure = notebook->bytes.readError()) return failure;
-  if (textRefused || notebook->pool->refusals() != refusalsBefore) return memoryLimitError();
+  if (sheet) noteLosses();
+  if (lostSomething) return memoryLimitError();
   if (sheet) return std::nullopt;
   // One walk over the whole notebook clears all of its sheets; one over the sheet only when not.
   if (notebook->findDamageOnce()) {

@@ -72,10 +72,12 @@ class ItemRange {
   Iterator begin();
   static std::default_sentinel_t end() { return std::default_sentinel; }
 
-  // Why the worksheet could not be opened, or ended too early: damaged (its end record was not
-  // reached), or a text did not fit the memory limit (its cell came without a text). None when all
-  // is well, as far as the items have been delivered. The first call for a notebook after the last
-  // item walks its record headers once (see Notebook::damage).
+  // Why the worksheet could not be opened, ended too early or is not whole. kDamaged: its end
+  // record was not reached. kMemoryLimit: something did not fit the limit and was left out, such as
+  // the text of a cell or the height of a row; here, or in another range of the notebook that was
+  // read before this one came to its end. None when all is well, as far as the items have been
+  // delivered. The first call for a notebook after the last item walks its record headers once (see
+  // Notebook::damage).
   std::optional<Error> error() const;
 
  private:
@@ -125,6 +127,11 @@ class Notebook {
   // quarter of the memory limit) is read into memory at once. A larger one is read in blocks as it
   // is needed, so it must stay as it is meanwhile (one that is cut short meanwhile shows as
   // damaged). Anything that is no regular file (a pipe, a device) is read as a whole, up to 4 GiB.
+  //
+  // A notebook in a compound document takes the library zbolefio.dll. It is looked for beside the
+  // reader (where that is linked into the program: beside the program), in ../lib of a program that
+  // lies in a folder named bin, and where these libraries were configured to be installed; nowhere
+  // else. Without it the error is kLibraryMissing.
   static Expected<Notebook> open(const std::filesystem::path& path,
                                  const OpenOptions& options = {});
 
@@ -141,8 +148,9 @@ class Notebook {
   // The first worksheet with exactly this name (in the file's character set), or null.
   const Sheet* findSheet(std::string_view name) const;
 
-  // Opens a worksheet of this notebook. A failure shows as a range without items, and in its
-  // error(). Several ranges may be alive at a time: each has its own stream over the same bytes.
+  // Opens a worksheet of this notebook, for which the records before the first worksheet are read
+  // again. A failure shows as a range without items, and in its error(). Several ranges may be
+  // alive at a time: each has its own stream over the same bytes.
   //
   // Without an arena an item's text holds until the next item. With one, texts go there without
   // another copy and live as long as it does; the arena must stay in place and outlive the range.

@@ -121,10 +121,10 @@ void Loader::take(const Item& item, SheetData& sheet) {
       if (need_ != Need::kTexts) append(sheet.rowHeights, *item.rowHeight(), budget_);
       break;
     case Item::Kind::kRecord38Text:
-      takeNotebookText(38, *item.notebookText());
+      takeNotebookText(38, item.notebookText().value_or(""));
       break;
     case Item::Kind::kRecord37Text:
-      takeNotebookText(37, *item.notebookText());
+      takeNotebookText(37, item.notebookText().value_or(""));
       break;
   }
 }

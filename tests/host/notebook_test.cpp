@@ -246,39 +246,74 @@ TEST(Notebook, IsEmptyOnceMovedFrom) {
   // NOLINTEND(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
 }
 
-// With any limit: an error that says so, or everything.
-TEST(Notebook, MeetsTheMemoryLimitWithAnErrorAndNeverSilently) {
-  const Bytes bytes = everyRecordNotebook().bytes();
-  const std::vector<std::string> expected = cellsOf(openBytes(bytes));
-  std::map<std::string, int> outcomes;
-  for (std::size_t limit = 1; limit < 200000; limit += limit / 64 + 64) {
-    SCOPED_TRACE("limit " + std::to_string(limit));
-    auto notebook = Notebook::open(std::span(bytes), {.memoryLimit = limit});
-    if (!notebook) {
-      EXPECT_EQ(notebook.error().reason, Reason::kMemoryLimit) << notebook.error().message;
-      ++outcomes["not opened"];
-      continue;
+// Everything that a range delivers: each item's bytes (the text's address aside) and its text.
+std::vector<std::string> itemsOf(ItemRange& range) {
+  std::vector<std::string> items;
+  for (const qps::Item& item : range) {
+    SSItem record = item.raw();
+    std::string text;
+    if (const auto cell = item.cell()) {
+      text = cell->hasText() ? "text " + std::string(cell->text()) : "none";
+      record.cell.text = nullptr;
+    } else if (const auto words = item.notebookText()) {
+      text = *words;
+      record.notebookText.text = nullptr;
     }
-    bool limited = false;
-    for (const Sheet& sheet : notebook->sheets()) {
-      ItemRange items = notebook->items(sheet);
-      for (const qps::Item& item : items)
-        EXPECT_NE(item.raw().kind, 0u);
-      const auto error = items.error();
-      EXPECT_TRUE(!error || error->reason == Reason::kMemoryLimit) << error->message;
-      limited = limited || error;
-      EXPECT_LE(notebook->memoryInUse(), limit);
-    }
-    EXPECT_TRUE(limited || cellsOf(*notebook) == expected);
-    ++outcomes[limited ? "limited" : "whole"];
+    items.push_back(std::string(reinterpret_cast<const char*>(record.bytes), SSItemBytes) + text);
   }
-  EXPECT_EQ(outcomes.size(), 3u) << "the limits went through all outcomes";
+  return items;
 }
 
+Bytes manyRangesOfRows() {
+  NotebookBuilder builder;
+  builder.header().sheetStart().table(2, 300);
+  for (unsigned row = 0; row < 200; ++row)
+    builder.rowHeights(row, row + 50, 400 + row);
+  return builder.label({}, "below").sheetEnd().end().bytes();
+}
+
+// With any limit: an error that says so, or everything.
+TEST(Notebook, MeetsTheMemoryLimitWithAnErrorAndNeverSilently) {
+  for (const Bytes& bytes : {everyRecordNotebook().bytes(), manyRangesOfRows()}) {
+    const Notebook unlimited = openBytes(bytes);
+    std::vector<std::vector<std::string>> expected;
+    for (const Sheet& sheet : unlimited.sheets()) {
+      ItemRange items = unlimited.items(sheet);
+      expected.push_back(itemsOf(items));
+    }
+    std::map<std::string, int> outcomes;
+    for (std::size_t limit = 1; limit < 200000; limit += limit / 64 + 64) {
+      SCOPED_TRACE("limit " + std::to_string(limit));
+      auto notebook = Notebook::open(std::span(bytes), {.memoryLimit = limit});
+      if (!notebook) {
+        EXPECT_EQ(notebook.error().reason, Reason::kMemoryLimit) << notebook.error().message;
+        ++outcomes["not opened"];
+        continue;
+      }
+      bool limited = false;
+      for (const Sheet& sheet : notebook->sheets()) {
+        ItemRange items = notebook->items(sheet);
+        const auto delivered = itemsOf(items);
+        const auto error = items.error();
+        EXPECT_TRUE(!error || error->reason == Reason::kMemoryLimit) << error->message;
+        EXPECT_TRUE(error || delivered == expected[sheet.index]) << "worksheet " << sheet.index;
+        limited = limited || error;
+        EXPECT_LE(notebook->memoryInUse(), limit);
+      }
+      ++outcomes[limited ? "limited" : "whole"];
+    }
+    EXPECT_EQ(outcomes.size(), 3u) << "the limits went through all outcomes";
+  }
+}
+
+// What one range lost is no error of another that had ended.
 TEST(Notebook, ArenasCountTowardsTheLimit) {
   const Bytes bytes = twoSheets(5000).bytes();
   const Notebook notebook = openBytes(bytes, {.memoryLimit = 60000});
   TextArena arena = notebook.textArena();
+  ItemRange other = notebook.items(notebook.sheets()[1]);
+  for (const qps::Item& item : other)
+    EXPECT_NE(item.raw().kind, 0u);
   ItemRange items = notebook.items(notebook.sheets()[0], arena);
   std::size_t withText = 0;
   for (const qps::Item& item : items)
@@ -287,6 +322,7 @@ TEST(Notebook, ArenasCountTowardsTheLimit) {
   ASSERT_TRUE(items.error());
   EXPECT_EQ(items.error()->reason, Reason::kMemoryLimit);
   EXPECT_TRUE(arena.failed());
+  EXPECT_FALSE(other.error());
 }
 
 TEST(Notebook, GivesEverythingBack) {
