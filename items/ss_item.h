@@ -40,9 +40,9 @@ typedef uint32_t SSColour;
 #pragma pack(push, 1)
 
 typedef struct SSItemFont {
-  uint32_t present;               /* 0: 1 when a style was applied (cell) or a font follows */
+  uint32_t present;               /* 0: 1; in a cell only when a style was applied, else 0 */
   char name[SSItemFontNameBytes]; /* 4: zero-terminated */
-  uint32_t size;                  /* 36: in points */
+  uint32_t size;                  /* 36: in points, 0 to 255 */
   uint8_t attrBit0;               /* 40: 1 for bold */
   uint8_t attrBit1;               /* 41: 1 for italic */
   uint8_t attrBit2;               /* 42: 1 for underline */
@@ -51,7 +51,8 @@ typedef struct SSItemFont {
   uint8_t extra1; /* 45: 0 in a cell whose font was found, 18 in the sheet information */
 } SSItemFont;
 
-/* Kind 10. Sizes are in twentieths of a point. */
+/* Kind 10. Sizes are in twentieths of a point, 0 to 65535. The counts, 0 to 65535, are what the
+ * file says; cells may lie beyond them. */
 typedef struct SSItemSheetInfo {
   uint32_t kind;
   uint32_t marker;             /* 4: 1 */
@@ -68,7 +69,8 @@ typedef struct SSItemSheetInfo {
   uint8_t unused104[28];
 } SSItemSheetInfo;
 
-/* Kinds 11 and 12. Columns and rows count from 1; sizes are in twentieths of a point. */
+/* Kinds 11 and 12. Columns are 1 to 256, rows 1 to 65536; sizes are in twentieths of a point, 0 to
+ * 65535. */
 typedef struct SSItemRun {
   uint32_t kind;
   uint32_t first; /* 4: the first column, or the row */
@@ -125,9 +127,9 @@ typedef struct SSItemCell {
   uint32_t bordered;                       /* 32: 1 when a border slot has a line */
   SSItemBorder borders[SSItemBorderSlots]; /* 36: left, top, right, bottom; not written when the
                                               cell and its base style have no border */
-  SSItemFont font;                         /* 68: name and size not written when there is no font */
+  SSItemFont font;                         /* 68: without a font only `present` is written */
   uint8_t unused114[2];
-  uint32_t spare1; /* 116: 0, written only when the notebook defines no styles */
+  uint32_t spare1; /* 116: 0, written only when no style was applied */
   uint8_t spare2;  /* 120: 0 */
   uint8_t unused121[7];
   uint32_t spare3; /* 128: 0 */

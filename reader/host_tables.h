@@ -58,10 +58,13 @@ struct SSHostServices {
    * success, with a handle in `*handle`; 0 on failure. Called for compound documents only. */
   int32_t (*loadLibrary)(SSHostServices* services, const char* name, void** handle);
 
-  /* slot 4: the address of an exported symbol of a loaded library, or null. */
+  /* slot 4: the address of the exported symbol with this name ("GetOLEInterface") of a library that
+   * slot 3 loaded, or null when it has none: the compound document then cannot be opened. Called
+   * once after each successful slot 3. */
   void* (*getSymbol)(SSHostServices* services, void* library, const char* symbol);
 
-  /* slot 5: gives back a handle of slot 3; called once for each successful slot 3. */
+  /* slot 5: gives back a handle of slot 3; called once for each successful slot 3, after the last
+   * call into the library: at the end of a listing, in QPSCloseSheet, or in the failed opening. */
   void (*freeLibrary)(SSHostServices* services, void* library);
 
   void* reserved6[27];
@@ -96,7 +99,8 @@ struct SSStream {
 
   /* slot 9: reads up to `count` bytes to `buffer` from the current position and moves past them.
    * Returns the number of bytes read, at most `count`; fewer than asked, down to 0, is the end of
-   * the data or an error, and the reader makes no difference between them. */
+   * the data or an error, and the reader makes no difference between them. The reader asks for at
+   * most 5120 bytes at a time, the compound-document library for at most 8192. */
   size_t (*read)(SSStream* stream, void* buffer, size_t count);
 
   void* reserved10;
@@ -106,17 +110,20 @@ struct SSStream {
    * beyond the end is a failure is the host's choice: the read after it then finds no data. */
   int32_t (*seek)(SSStream* stream, ptrdiff_t offset, int32_t origin);
 
-  /* slot 12: the current position in bytes from the start. Called when worksheets are listed. */
+  /* slot 12: the current position in bytes from the start. Called when worksheets are listed, once
+   * for each; there is no result that means failure. Positions from 4 GiB on do not fit a start
+   * offset, whose upper bits are then lost. */
   ptrdiff_t (*tell)(SSStream* stream);
 
   /* slot 13: ends the reading. */
   void (*close)(SSStream* stream);
 };
 
-/* Allocates the text of a cell item: `size` bytes, no alignment needed, or null (the cell then
- * comes without a text). `context` is what QPSInitSheet was given; `block` is always null and
- * `flags` always 0. The block belongs to the host: the reader never frees it and does not touch it
- * after the QPSProcessSheet call that delivered it. */
+/* Allocates the text of a cell item, at most once a QPSProcessSheet call: `size` bytes (1 or more,
+ * the zero byte included), no alignment needed, or null (the cell then comes without a text).
+ * `context` is what QPSInitSheet was given; `block` is always null and `flags` always 0. The block
+ * belongs to the host: the reader never frees it and does not touch it after the QPSProcessSheet
+ * call that delivered it. */
 typedef void* (*SSItemAlloc)(void* context, void* block, size_t size, uint32_t flags);
 
 #ifdef __cplusplus

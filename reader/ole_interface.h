@@ -4,7 +4,13 @@
  * notebook that lies in a stream of an OLE2 compound document.
  *
  * The host loads the library when the reader asks for it (SSHostServices.loadLibrary); its one
- * export is GetOLEInterface.
+ * export is GetOLEInterface. The reader calls the slots, all on the thread of the exported
+ * operation that needs them: 0, 2 and 11 when a listing or QPSInitSheet finds a compound document,
+ * 12, 10 and 8 when the listing is over, in QPSCloseSheet, or when the opening fails. No pointer
+ * passed to a slot is null.
+ *
+ * Threads: the library that comes with the reader shares nothing between containers. Different ones
+ * may be used on different threads, one on one thread at a time.
  */
 #ifndef QPSREADER_OLE_INTERFACE_H
 #define QPSREADER_OLE_INTERFACE_H
@@ -46,12 +52,14 @@ typedef struct OLEInterface {
    * until slot 8, 10 or 12, or until slot 2 opens another. */
   SSStream* (*streamObject)(void* container);
 
-  /* slot 12: gives back the stream object of slot 11. */
+  /* slot 12: gives back the stream object of slot 11, which must not be used after; the stream
+   * stays open until slot 10. */
   void (*releaseStreamObject)(void* container);
   void* reserved13[2];
 } OLEInterface;
 
-/* The library's export: fills the fifteen slots of `table`. */
+/* The library's export: fills the fifteen slots of `table`, the reserved ones with null. The caller
+ * owns the table, which holds as long as the library stays loaded. */
 typedef void (*GetOLEInterfaceFunction)(OLEInterface* table);
 
 #ifdef __cplusplus

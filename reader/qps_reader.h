@@ -12,6 +12,10 @@
  *     QPSCloseSheet         then, perhaps, QPSInitSheet for the next worksheet
  *     QPSCloseReader
  *
+ * A pointer must not be null where nothing is said of null; the host's own values (owner, ignored,
+ * hostValue1 and 2, hostData, itemAllocContext) may be anything. A stream has one position: one
+ * open sheet, or one listing, may use it at a time.
+ *
  * Failures have no message: an operation says no, and nothing that it acquired stays behind. Any
  * bytes may stand in the file.
  *
@@ -39,8 +43,8 @@
 extern "C" {
 #endif
 
-union SSItem;           /* items/ss_item.h */
-struct SSWorkSheetList; /* sheetinfo/worksheet_list.h */
+union SSItem;           /* ss_item.h */
+struct SSWorkSheetList; /* worksheet_list.h */
 
 /* An open worksheet; opaque to the host, which owns it from QPSInitSheet until QPSCloseSheet. */
 typedef struct QPSSheet QPSSheet;
@@ -93,9 +97,10 @@ QPS_API int32_t qpsWorkSheetInfo(QPSReader* reader, struct SSWorkSheetList* resu
  * `hostData` is stored and not interpreted. `reader` must stay open until QPSCloseSheet.
  *
  * Returns the open sheet, whose stream stays open until QPSCloseSheet; or null, with the stream
- * closed and everything released, when `reader` or its services are null, the stream cannot be
- * opened, the pool is exhausted, or the bytes are not a readable notebook (protected ones
- * included). */
+ * closed and everything released, when `reader`, its services or its stream are null, the stream
+ * cannot be opened, the pool is exhausted, or the bytes are not a readable notebook (protected ones
+ * included). What the sheet can do without is left out when the pool refuses it: the height of
+ * rows, a text of items 13 and 14, the text of a user-defined format, the name of a style. */
 QPS_API QPSSheet* QPSInitSheet(QPSReader* reader, void* itemAllocContext, uint32_t sheetStart,
                                SSItemAlloc itemAlloc, void* hostData);
 
