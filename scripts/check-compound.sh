@@ -11,11 +11,18 @@ build=${1:-build/release}
 [[ $build = /* ]] || build=$([ $# = 0 ] && echo "$PWD" || echo "$calledFrom")/$build
 need libgsf-bin python3-xlwt
 
-extract=$build/bin/extract_stream library=$build/lib/zbolefio.dll
-if [ ! -x "$extract" ] || [ ! -e "$library" ]; then
+# Packages have their libraries in a folder of lib/.
+findProducts() {
+  extract=$build/bin/extract_stream
+  library=$(find "$build/lib" -name zbolefio.dll -print -quit 2> /dev/null) || true
+  [ -x "$extract" ] && [ -n "$library" ]
+}
+
+if ! findProducts; then
   [ $# = 0 ] || die "no extract_stream and zbolefio.dll in $build"
   need "${buildPackages[@]}"
   buildPreset release extract_stream zbolefio
+  findProducts || die "no extract_stream and zbolefio.dll in $build"
 fi
 
 work=$(mktemp -d)
