@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # test-packages.sh: builds the Debian packages of what is committed twice, in different folders,
-# compares the two byte by byte, lets lintian judge them, and installs them in a fresh minimal system
-# where the tool then prints a notebook. Takes root for that system.
+# compares the two byte by byte, lets lintian judge them, and installs them in fresh minimal systems:
+# in one the tool prints a notebook, in the other, which has a compiler, the examples are built and
+# run. Takes root for these systems.
 # shellcheck source=scripts/lib.sh
 . "$(dirname "$0")/lib.sh"
 
@@ -37,19 +38,48 @@ done
 echo "== lintian"
 lintian --allow-root --fail-on error "$first"/*.changes
 
-echo "== install in a fresh system"
-root=$out/root
-# shellcheck disable=SC2016
-mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Identifier: Packages' 'Origin: Debian' | head -n 1)
-quietly debootstrap debootstrap --variant=minbase --include=libstdc++6 \
-  "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$root" "$mirror"
-mkdir "$root/packages"
-cp "$first"/*.deb "$root/packages"
-rm -f "$root"/packages/*-dbgsym_*
-cp examples/budget.wb2 "$root/packages"
-chroot "$root" sh -c 'dpkg -i /packages/*.deb' > "$out/install.txt" 2>&1 || die "see $out/install.txt"
-(cd / && chroot "$root" qps csv /packages/budget.wb2) > "$out/budget.csv"
-[ -s "$out/budget.csv" ] || die "the installed tool printed nothing"
-sed 's/^/  /' "$out/budget.csv" | head -n 5
+# freshSystem NAME PACKAGES: a minimal system with these Debian packages at $out/NAME. What was
+# downloaded serves the next one too.
+mkdir "$out/downloads"
+freshSystem() {
+  local mirror
+  # shellcheck disable=SC2016
+  mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Identifier: Packages' 'Origin: Debian' | head -n 1)
+  quietly debootstrap debootstrap --variant=minbase --cache-dir="$out/downloads" --include="$2" \
+    "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$out/$1" "$mirror"
+}
+
+# install ROOT PACKAGE...: these packages of the first build.
+install() {
+  local root=$1 package
+  shift
+  for package in "$@"; do cp "$first/${package}"_*.deb "$root"; done
+  chroot "$root" sh -c 'dpkg -i /*.deb' > "$out/install.txt" 2>&1 || die "see $out/install.txt"
+}
+
+echo "== the tool in a fresh system"
+root=$out/tool
+freshSystem tool libstdc++6
+install "$root" libqpsreader1 qpsreader-tools
+cp examples/budget.wb[23] "$root"
+for kind in wb2 wb3; do
+  (cd / && chroot "$root" qps csv /budget.$kind) > "$out/budget.$kind.csv"
+done
+[ -s "$out/budget.wb2.csv" ] || die "the installed tool printed nothing"
+cmp "$out/budget.wb2.csv" "$out/budget.wb3.csv"
+sed 's/^/  /' "$out/budget.wb2.csv" | head -n 5
 rm -rf "$root"
+
+# All that a programmer has there: a compiler, the packages, and the examples in them.
+echo "== the examples in a fresh system"
+root=$out/development
+freshSystem development g++,make,cmake,pkg-config
+install "$root" libqpsreader1 libqpsreader-dev
+cp -r tests/install "$root/check"
+for way in package pkg-config; do
+  chroot "$root" env CC=gcc CXX=g++ /check/check_install.sh "$way" system \
+    /usr/share/doc/libqpsreader-dev "/work-$way" || die "the examples do not work by way of $way"
+  echo "$way: both examples work, shared and static, plain and compound"
+done
+rm -rf "$root" "$out/downloads"
 echo "all passed"

@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# check_install.sh WAY BUILD SOURCE WORK: builds both examples in the empty folder WORK as a stranger
-# would, with the shared and the static libraries, and runs them on examples/budget.wb2. WAY is
-# package or pkg-config (BUILD installed and then moved), or embedded (SOURCE as a subproject).
-# CC and CXX are the compilers.
+# check_install.sh WAY BUILD SOURCE WORK: builds both programs of SOURCE/examples in the empty folder
+# WORK as a stranger would, with the shared and the static libraries, and runs them on the example
+# notebook, plain and in a compound document. WAY is package or pkg-config (BUILD installed and then
+# moved; "system" as BUILD is what the system has), or embedded (SOURCE as a subproject). CC and CXX
+# are the compilers.
 set -euo pipefail
 way=$1 build=$2 source=$3 work=$4
+here=$(cd "$(dirname "$0")" && pwd)
 
 fail() {
   printf 'FAILED: %s\n' "$*"
@@ -14,22 +16,22 @@ fail() {
 
 rm -rf "$work"
 mkdir -p "$work/examples"
-cp "$source"/examples/{host.c,notebook.cpp,budget.wb2} "$work/examples"
-cp "$source/tests/install/consumer/CMakeLists.txt" "$work"
+cp "$source"/examples/{host.c,notebook.cpp,budget.wb2,budget.wb3} "$work/examples"
+cp "$here/consumer/CMakeLists.txt" "$work"
 cd "$work"
 
 libraries=
-case $way in
-  package | pkg-config)
-    cmake --install "$build" --prefix "$work/first" > /dev/null
-    mv first installed
-    grep -rIlF -e "$work/first" -e "$source" -e "$build" installed && fail "paths of the build"
-    libraries=$(dirname "$(find "$work/installed" -name libqpsreader.so)")
-    ;;
-esac
+if [ "$build" = system ]; then
+  libraries=$(dirname "$(find /usr/lib -name libqpsreader.so)")
+elif [ "$way" != embedded ]; then
+  cmake --install "$build" --prefix "$work/first" > /dev/null
+  mv first installed
+  grep -rIlF -e "$work/first" -e "$source" -e "$build" installed && fail "paths of the build"
+  libraries=$(dirname "$(find "$work/installed" -name libqpsreader.so)")
+  export PKG_CONFIG_PATH=$libraries/pkgconfig
+fi
 
 if [ "$way" = pkg-config ]; then
-  export PKG_CONFIG_PATH=$libraries/pkgconfig
   flags() { pkg-config --cflags --libs "$@"; }
   mkdir bin
   # shellcheck disable=SC2046
@@ -39,23 +41,29 @@ if [ "$way" = pkg-config ]; then
     $CXX -std=c++20 examples/notebook.cpp -o bin/notebook $(flags qpshost) &&
     $CXX -std=c++20 -static examples/notebook.cpp -o bin/notebook_static $(flags --static qpshost)
   } 2> warnings.txt || fail "$(cat warnings.txt)"
-  export LD_LIBRARY_PATH=$libraries
+  [ "$build" = system ] || export LD_LIBRARY_PATH=$libraries
 else
   cmake -S . -B bin -DCMAKE_BUILD_TYPE=Release -DCMAKE_C_COMPILER="$CC" -DCMAKE_CXX_COMPILER="$CXX" \
     -DEXAMPLES="$work/examples" -DCMAKE_PREFIX_PATH="$work/installed" \
     -DQPSREADER_SOURCE="$([ "$way" = package ] || echo "$source")" > cmake.txt 2>&1 || fail "$(cat cmake.txt)"
   cmake --build bin --parallel "$(nproc)" > build.txt 2>&1 || fail "$(cat build.txt)"
-  if [ -z "$libraries" ]; then
+  if [ "$way" = embedded ]; then
     libraries=$(dirname "$(find bin -name libqpsreader.so)")
     cmake --install bin --prefix "$work/installed" > /dev/null
     [ "$(find installed -type f | wc -l)" = 1 ] || fail "installed: $(find installed -type f)"
   fi
 fi
 
+# A program with the reader in it looks for the compound-document library beside itself, and then
+# where that was configured to be installed.
+[ "$build" = system ] || cp "$libraries/zbolefio.dll" bin
+
 bin/host "$libraries" examples/budget.wb2 > host.txt
 [ "$(grep -c '^== ' host.txt)" = 2 ] || fail "host printed: $(cat host.txt)"
 [ "$(grep -Pc '^\d+\t\d+\t.' host.txt)" -ge 20 ] || fail "host printed: $(cat host.txt)"
-for command in "host_static $libraries" notebook notebook_static; do
-  # shellcheck disable=SC2086
-  bin/$command examples/budget.wb2 | diff host.txt - || fail "$command prints something else"
+for command in "host $libraries" "host_static $libraries" notebook notebook_static; do
+  for notebook in budget.wb2 budget.wb3; do
+    # shellcheck disable=SC2086
+    bin/$command examples/$notebook | diff host.txt - || fail "$command $notebook prints something else"
+  done
 done
