@@ -22,6 +22,7 @@ install(FILES ${PROJECT_BINARY_DIR}/qpsreaderConfig.cmake
   ${PROJECT_BINARY_DIR}/qpsreaderConfigVersion.cmake DESTINATION ${packageFolder})
 
 file(RELATIVE_PATH QPS_PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" QPS_PC_PREFIX ${QPS_PC_PREFIX})
 foreach(name qpsreader qpshost)
   configure_file(cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${name}.pc
