@@ -43,15 +43,27 @@ if [ "$way" = pkg-config ]; then
   } 2> warnings.txt || fail "$(cat warnings.txt)"
   [ "$build" = system ] || export LD_LIBRARY_PATH=$libraries
 else
-  cmake -S . -B bin -DCMAKE_BUILD_TYPE=Release -DCMAKE_C_COMPILER="$CC" -DCMAKE_CXX_COMPILER="$CXX" \
-    -DEXAMPLES="$work/examples" -DCMAKE_PREFIX_PATH="$work/installed" \
-    -DQPSREADER_SOURCE="$([ "$way" = package ] || echo "$source")" > cmake.txt 2>&1 || fail "$(cat cmake.txt)"
-  cmake --build bin --parallel "$(nproc)" > build.txt 2>&1 || fail "$(cat build.txt)"
+  buildIn() {
+    local folder=$1
+    shift
+    cmake -S . -B "$folder" -DCMAKE_BUILD_TYPE=Release -DEXAMPLES="$work/examples" \
+      -DCMAKE_PREFIX_PATH="$work/installed" "$@" > cmake.txt 2>&1 || fail "$(cat cmake.txt)"
+    cmake --build "$folder" --parallel "$(nproc)" > build.txt 2>&1 || fail "$(cat build.txt)"
+  }
+  buildIn bin -DQPSREADER_SOURCE="$([ "$way" = package ] || echo "$source")"
   if [ "$way" = embedded ]; then
     libraries=$(dirname "$(find bin -name libqpsreader.so)")
     cmake --install bin --prefix "$work/installed" > /dev/null
     [ "$(find installed -type f | wc -l)" = 1 ] || fail "installed: $(find installed -type f)"
   fi
+fi
+
+commands=("host $libraries" "host_static $libraries" notebook notebook_static)
+if [ "$way" = package ]; then
+  buildIn only-c -DONLY_C=ON
+  mv only-c/host bin/host_of_c
+  mv only-c/host_static bin/host_of_c_static
+  commands+=("host_of_c $libraries" "host_of_c_static $libraries")
 fi
 
 # A program with the reader in it looks for the compound-document library beside itself, and then
@@ -61,7 +73,7 @@ fi
 bin/host "$libraries" examples/budget.wb2 > host.txt
 [ "$(grep -c '^== ' host.txt)" = 2 ] || fail "host printed: $(cat host.txt)"
 [ "$(grep -Pc '^\d+\t\d+\t.' host.txt)" -ge 20 ] || fail "host printed: $(cat host.txt)"
-for command in "host $libraries" "host_static $libraries" notebook notebook_static; do
+for command in "${commands[@]}"; do
   for notebook in budget.wb2 budget.wb3; do
     # shellcheck disable=SC2086
     bin/$command examples/$notebook | diff host.txt - || fail "$command $notebook prints something else"
