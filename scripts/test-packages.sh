@@ -12,6 +12,7 @@ need "${buildPackages[@]}" debhelper debootstrap dpkg-dev lintian
 
 out=$PWD/build/packages
 first=$out/first second=$out/another-folder/second
+commit=$(git rev-parse HEAD)
 rm -rf "$out"
 
 projectVersion=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
@@ -22,7 +23,7 @@ packageVersion=$(dpkg-parsechangelog -S Version)
 for folder in "$first" "$second"; do
   echo "== build in ${folder#"$out"/}"
   mkdir -p "$folder/qpsreader"
-  git archive HEAD | tar -x -C "$folder/qpsreader"
+  git archive "$commit" | tar -x -C "$folder/qpsreader"
   options=
   [ "$folder" = "$first" ] || options=nocheck
   (cd "$folder/qpsreader" && DEB_BUILD_OPTIONS=$options dpkg-buildpackage -us -uc -b) > "$folder/log.txt" 2>&1 ||
@@ -36,7 +37,7 @@ for package in "$first"/*.deb; do
 done
 
 echo "== lintian"
-lintian --allow-root --fail-on error "$first"/*.changes
+lintian --allow-root --fail-on error,warning "$first"/*.changes
 
 # freshSystem NAME PACKAGES: a minimal system with these Debian packages at $out/NAME. What was
 # downloaded serves the next one too.
