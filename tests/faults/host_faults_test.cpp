@@ -141,11 +141,11 @@ TEST(Faults, EveryCallFailingInTurnLosesOnlyWhatComesAfter) {
   }
 }
 
-// How many of the pool's refusals, one at a time, keep the worksheet from opening.
-size_t refusals(const Add& define, const Add& fill) {
+// How many failures of a step, one at a time, keep the worksheet from opening.
+size_t refusals(const Add& define, const Add& fill, Step step = Step::kPoolBlock) {
   const NotebookBuilder book = bookOf(define, fill);
   size_t count = 0;
-  sweep({.step = Step::kPoolBlock}, {"book", book.bytes(), {}}, [&](RecordingHost& host) {
+  sweep({.step = step}, {"book", book.bytes(), {}}, [&](RecordingHost& host) {
     QPSReader reader{};
     reader.stream = host.stream();
     reader.services = host.services();
@@ -161,7 +161,7 @@ TEST(Faults, APoolThatIsExhaustedFailsNodesAndLosesTextsAndRows) {
   const size_t base = refusals(nothing, nothing);
   EXPECT_GE(base, 1u);
   EXPECT_GT(refusals([](auto& b) { b.font(10, 0, "Arial"); }, nothing), base);
-  EXPECT_GT(refusals([](auto& b) { b.style(); }, nothing), base);
+  EXPECT_EQ(refusals([](auto& b) { b.style(); }, nothing), base + 2);
   EXPECT_EQ(refusals([](auto& b) { b.namedStyle(1, 1, "Name"); }, nothing), base + 1);
   EXPECT_EQ(refusals([](auto& b) { b.userFormat(1, "N0"); }, nothing), base + 1);
   EXPECT_EQ(refusals([](auto& b) { b.settings(true).notebookText(37, "a").notebookText(38, "b"); },
@@ -172,6 +172,8 @@ TEST(Faults, APoolThatIsExhaustedFailsNodesAndLosesTextsAndRows) {
                        b.rowHeight(1, 300).rowHeights(5, 9, 400).hiddenRows(Body().u8(0xFF));
                      }),
             base);
+  EXPECT_EQ(refusals([](auto& b) { b.settings(false); }, nothing, Step::kSeek),
+            refusals([](auto& b) { b.settings(true); }, nothing, Step::kSeek) + 1);
 }
 
 TEST(Faults, ATextThatCannotBeCopiedIsDeliveredAsNull) {

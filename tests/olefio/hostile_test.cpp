@@ -110,6 +110,11 @@ const Damage kDamages[] = {
      [](Document& d) { d.link(d.stream("MAIN")[10], d.stream("OTHER")[0]); }},
     {"stream beyond the file", "MAIN", "no stream",
      [](Document& d) { d.putInEntry("MAIN", kStart, 4, kFarAway); }},
+    {"stream right behind the file", "MAIN", "no stream",
+     [](Document& d) {
+       const auto shift = std::to_integer<unsigned>(d.bytes()[30]);
+       d.putInEntry("MAIN", kStart, 4, (d.bytes().size() >> shift) - 1);
+     }},
     {"empty stream with a start", "MAIN", "first 0",
      [](Document& d) { d.putInEntry("MAIN", kSize, 8, 0); }},
     {"size of 2^63", "MAIN", "whole",  // version 3 takes the lower half

@@ -99,6 +99,7 @@ TEST(UserDate, Values) {
                          {45296, "TD/M/YY", "5/1/2024"},
                          {-1, "TWeekday DD", "Friday 29"},
                          {-7, "TWeekday DD", "Saturday 23"},
+                         {0, "TWeekday DD", "Saturday 30"},
                          {-1, "TYY", "1899"},
                          {2, "TYY", "00"},
                          {-693959.0, "TYYYY", "0000"},

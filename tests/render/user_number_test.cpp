@@ -113,6 +113,25 @@ TEST(UserNumber, Sections) {
   }
 }
 
+// From which magnitude on a section takes the short way; whatever it is, the text is the same.
+TEST(UserNumber, MagnitudesThatFillTheSection) {
+  constexpr double kNone = HUGE_VAL;
+  for (const auto& [section, least] : {std::pair{"N9,999.00", 1.0},
+                                       {"N0.00", 0},
+                                       {"N9", 1},
+                                       {"N'$'9,999.00' net'", 1000},
+                                       {"N'$'9999.00", 1},
+                                       {"N9,099", 100},
+                                       {"N0,000,000,000,000,000", 1e15},
+                                       {"N00000000000000000", kNone},
+                                       {"N0.00#", 0},
+                                       {"N9.", kNone},
+                                       {"N0'a'0", kNone},
+                                       {"N", kNone}}) {
+    EXPECT_EQ(parseNumberSection(section).plainFrom, least) << section;
+  }
+}
+
 // The rules of the language one by one, on plain strings.
 std::string walked(const std::string& text, uint32_t formatSection, double magnitude,
                    bool nonNegative) {

@@ -255,6 +255,7 @@ TEST(Layout, ColumnColoursAreReportedWhenAllColumnsShareOne) {
   EXPECT_EQ(colourOf(all(0, 0)), "colour=FF") << "style 0 counts as style 1";
   EXPECT_EQ(colourOf(all(0, 2)), "colour=FF00");
   EXPECT_EQ(colourOf(all(1, 1)), "colour=FFFFFFFF");
+  EXPECT_EQ(colourOf([](auto& b) { b.columnStyle(0, 1); }), "colour=FFFFFFFF");
   EXPECT_EQ(colourOf([&](auto& b) { all(0, 1)(b), b.columnStyle(255, 2); }), "colour=FFFFFFFF");
   EXPECT_EQ(colourOf([&](auto& b) { all(0, 2)(b), b.columnStyle(7, 3).columnStyle(256, 1); }),
             "colour=FF00");
