@@ -16,7 +16,7 @@ bool isBefore(const Cell& a, const Cell& b) {
 }
 
 // One stable pass: puts the cells in the order of 8 bits of their places, unless they are already.
-void sortByBits(std::vector<Cell>& cells, std::vector<Cell>& spare, unsigned shift) {
+void sortByBits(CellList& cells, CellList& spare, unsigned shift) {
   const auto digit = [shift](const Cell& cell) { return cell.place.key() >> shift & 0xFF; };
   std::array<std::size_t, 257> next{};  // where the next cell with this digit goes
   bool sorted = true;
@@ -29,34 +29,38 @@ void sortByBits(std::vector<Cell>& cells, std::vector<Cell>& spare, unsigned shi
   if (sorted) return;
   for (std::size_t i = 1; i < next.size(); ++i)
     next[i] += next[i - 1];
+  Cell* const to = spare.begin();
   for (const Cell& cell : cells)
-    spare[next[digit(cell)]++] = cell;
+    to[next[digit(cell)]++] = cell;
+  spare.setSize(cells.size());
   cells.swap(spare);
 }
 
-void sortByPlace(std::vector<Cell>& cells) {
+void sortByPlace(CellList& cells) {
   if (cells.size() < kFewCells) {
     std::stable_sort(cells.begin(), cells.end(), isBefore);
     return;
   }
-  std::vector<Cell> spare(cells.size());
+  CellList spare;
+  spare.reserve(cells.size());
   for (const unsigned shift : {0U, 8U, 16U})
     sortByBits(cells, spare, shift);
 }
 
 }  // namespace
 
-std::size_t putInRows(std::vector<Cell>& cells) {
-  if (!std::is_sorted(cells.begin(), cells.end(), isBefore)) sortByPlace(cells);
-
-  const std::size_t before = cells.size();
-  std::size_t kept = 0;
-  for (std::size_t i = 0; i < before; ++i) {
-    const bool replaced = i + 1 < before && cells[i].place.key() == cells[i + 1].place.key();
-    if (!replaced) cells[kept++] = cells[i];
+std::size_t putInRows(CellList& cells) {
+  sortByPlace(cells);
+  Cell* kept = cells.begin();
+  for (const Cell& cell : cells) {
+    const bool repeats = kept != cells.begin() && kept[-1].place.key() == cell.place.key();
+    if (repeats) --kept;
+    *kept++ = cell;
   }
-  cells.resize(kept);
-  return before - kept;
+  const auto count = static_cast<std::size_t>(kept - cells.begin());
+  const std::size_t replaced = cells.size() - count;
+  cells.setSize(count);
+  return replaced;
 }
 
 }  // namespace qps

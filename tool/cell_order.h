@@ -6,15 +6,14 @@
 #define QPSREADER_TOOL_CELL_ORDER_H
 
 #include <cstddef>
-#include <vector>
 
-#include "tool/document.h"
+#include "tool/cell_list.h"
 
 namespace qps {
 
 // Sorts by place, row by row. Of several cells in one place the last one stays; returns how many
 // others there were.
-std::size_t putInRows(std::vector<Cell>& cells);
+std::size_t putInRows(CellList& cells);
 
 }  // namespace qps
 

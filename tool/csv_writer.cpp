@@ -16,6 +16,7 @@
 namespace qps {
 namespace {
 
+constexpr std::size_t kUsualBytes = 8192;  // longer texts take the longer road
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 class CsvWriter {
@@ -26,6 +27,7 @@ class CsvWriter {
 
  private:
   void writeField(const char* text);
+  void writeOddField(const char* text);
   void writeAnyField(std::string_view text);
   void writeEmptyRows(std::uint32_t count);
   void endRow(std::uint32_t column);
@@ -35,6 +37,7 @@ class CsvWriter {
   const Settings& settings_;
   std::string_view lineEnd_;
   std::array<bool, 256> copied_{};  // bytes that go to the output as they are
+  std::array<bool, 256> quoted_{};  // bytes that do so between quotes
   std::uint32_t columnCount_ = 0;   // of the sheet
   std::string scratch_;
 };
@@ -44,8 +47,10 @@ CsvWriter::CsvWriter(Output& out, const Decoder& decoder, const Settings& settin
   if (settings.trim || settings.csvSafe) return;  // every text is looked into
   for (unsigned byte = 1; byte < 256; ++byte)
     copied_[byte] = decoder.isPlain(static_cast<unsigned char>(byte));
+  quoted_ = copied_;
   for (const char special : {settings.delimiter, '"', '\r', '\n'})
     copied_[static_cast<unsigned char>(special)] = false;
+  quoted_['"'] = false;
 }
 
 void CsvWriter::write(const SheetData& sheet) {
@@ -68,7 +73,6 @@ void CsvWriter::write(const SheetData& sheet) {
 
 // Most texts hold nothing special and are copied while that is being found out.
 void CsvWriter::writeField(const char* text) {
-  constexpr std::size_t kUsualBytes = 8192;
   char* to = out_.reserve(kUsualBytes);
   const char* const limit = to + kUsualBytes;
   const char* from = text;
@@ -77,7 +81,20 @@ void CsvWriter::writeField(const char* text) {
   if (*from == '\0')
     out_.commit(to);
   else
-    writeAnyField(text);
+    writeOddField(text);
+}
+
+// Most of the others only hold a delimiter ("$1,250.00"); these are copied in the same way.
+void CsvWriter::writeOddField(const char* text) {
+  char* to = out_.reserve(kUsualBytes);
+  const char* const limit = to + kUsualBytes - 1;
+  const char* from = text;
+  *to++ = '"';
+  while (quoted_[static_cast<unsigned char>(*from)] && to != limit)
+    *to++ = *from++;
+  if (*from != '\0') return writeAnyField(text);
+  *to++ = '"';
+  out_.commit(to);
 }
 
 void CsvWriter::writeAnyField(std::string_view text) {

@@ -32,9 +32,9 @@ class Budget {
   std::uint64_t used_ = 0;
 };
 
-// Appends, and pays for the growth before it happens.
-template <class T>
-void append(std::vector<T>& values, const T& value, Budget& budget) {
+// Appends to a std::vector or a CellList, and pays for the growth before it happens.
+template <class List, class T>
+void append(List& values, const T& value, Budget& budget) {
   if (values.size() == values.capacity()) {
     const std::size_t grown = std::max<std::size_t>(64, values.capacity() * 2);
     budget.charge((grown - values.capacity()) * sizeof(T));
@@ -78,6 +78,7 @@ class Loader {
   Document& document_;
   Need need_;
   bool salvage_;
+  bool inRows_ = true;  // the cells of this worksheet came row by row, each place once
   bool trims_;
   Progress& progress_;
   Budget budget_;
@@ -89,6 +90,7 @@ void Loader::readSheet(const Sheet& sheet, std::string name) {
   data.number = sheet.index + 1;
   data.name = std::move(name);
   data.startOffset = sheet.startOffset;
+  inRows_ = true;
 
   const Notebook& notebook = document_.notebook;
   ItemRange items =
@@ -142,8 +144,10 @@ void Loader::takeCell(const SSItemCell& item, SheetData& sheet) {
   if (need_ == Need::kTexts && !shows) return;
 
   const std::uint32_t style = need_ == Need::kTexts ? 0 : styleOf(item);
-  if (need_ != Need::kCounts)
-    append(sheet.cells, Cell{Place(item.column, item.row), style, text}, budget_);
+  if (need_ == Need::kCounts) return;
+  const Place place(item.column, item.row);
+  inRows_ = inRows_ && (sheet.cells.empty() || sheet.cells.back().place.key() < place.key());
+  append(sheet.cells, Cell{place, style, text}, budget_);
 }
 
 std::uint32_t Loader::styleOf(const SSItemCell& item) {
@@ -163,6 +167,7 @@ void Loader::takeNotebookText(std::uint32_t record, std::string_view text) {
 void Loader::finish(SheetData& sheet) {
   if (need_ == Need::kItems) return;
   keepEachRowOnce(sheet.rowHeights);
+  if (inRows_) return;
   const std::size_t spareCopy = sheet.cells.size() * sizeof(Cell);
   budget_.charge(spareCopy);
   sheet.repeatedCells = putInRows(sheet.cells);

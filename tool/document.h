@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "host/notebook.hpp"
+#include "tool/cell_list.h"
 #include "tool/commands.h"
 #include "tool/encoding.h"
 #include "tool/status.h"
@@ -23,27 +24,6 @@
 namespace qps {
 
 class Progress;
-
-// Where a cell stands, in an order that goes through a sheet row by row.
-class Place {
- public:
-  Place() = default;
-  Place(std::uint32_t column, std::uint32_t row) : key_((row - 1) << 8 | (column - 1)) {}
-
-  std::uint32_t column() const { return (key_ & 0xFF) + 1; }  // 1 to 256
-  std::uint32_t row() const { return (key_ >> 8) + 1; }       // 1 to 65536
-  std::uint32_t key() const { return key_; }                  // 24 bits
-
- private:
-  std::uint32_t key_ = 0;
-};
-
-struct Cell {
-  Place place;
-  std::uint32_t style = 0;     // a number of Document::styles
-  const char* text = nullptr;  // in the notebook's bytes; null when the cell shows nothing
-};
-static_assert(sizeof(Cell) == 8 + sizeof(void*));
 
 // The smallest rectangle around some cells; empty as long as lastRow is 0.
 struct Area {
@@ -62,7 +42,7 @@ struct SheetData {
   SSItemSheetInfo infoRecord{};  // the same as the reader wrote it
   std::vector<Run> columnWidths;
   std::vector<Run> rowHeights;  // Need::kItems: as delivered; otherwise by row, each row once
-  std::vector<Cell> cells;      // as the Need of the command asks
+  CellList cells;               // as the Need of the command asks
   Area shown;                   // around the cells with a text
   std::uint64_t shownCells = 0;
   std::uint64_t blankCells = 0;     // cells that have no text
