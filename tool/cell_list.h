@@ -64,6 +64,8 @@ class CellList {
   }
 
   // There must be room: size() < capacity().
+  // The name is std::vector's, so that the same code can append to either.
+  // NOLINTNEXTLINE(readability-identifier-naming)
   void push_back(const Cell& cell) { cells_[size_++] = cell; }
 
   // At most capacity(); cells up to there must have been written.
