@@ -62,13 +62,14 @@ void TextArena::release() {
 }
 
 void* TextArena::allocateSlow(std::size_t size) {
-  constexpr std::size_t kOverhead = sizeof(Block) + HeapPool::kBlockHeaderBytes;
+  constexpr std::size_t kOverhead = sizeof(Block) + kReadableBehind + HeapPool::kBlockHeaderBytes;
   std::size_t whole = kFirstBlockBytes;
   if (newest_ != nullptr) whole = std::min(2 * (newest_->bytes + kOverhead), kLargestBlockBytes);
   const std::size_t bytes = std::max(whole - kOverhead, size);
 
   const bool possible = pool_ != nullptr && bytes <= std::numeric_limits<std::size_t>::max() / 2;
-  void* const memory = possible ? pool_->allocate(sizeof(Block) + bytes) : nullptr;
+  void* const memory =
+      possible ? pool_->allocate(sizeof(Block) + bytes + kReadableBehind) : nullptr;
   if (memory == nullptr) {
     failed_ = true;
     return nullptr;
@@ -76,6 +77,7 @@ void* TextArena::allocateSlow(std::size_t size) {
   newest_ = new (memory) Block{newest_, bytes};
   cursor_ = newest_->text() + size;
   end_ = newest_->text() + bytes;
+  std::memset(cursor_, 0, kReadableBehind);
   return newest_->text();
 }
 

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 
 namespace qps {
@@ -22,12 +23,17 @@ class TextArena {
   TextArena& operator=(TextArena&& other) noexcept;
   ~TextArena();
 
+  // A text may be read by words that begin in it: so many bytes behind it can be read, whatever
+  // they hold.
+  static constexpr std::size_t kReadableBehind = 8;
+
   // `size` bytes (1 or more) without alignment, or null when the pool has no more room (failed() is
   // then true).
   void* allocate(std::size_t size) {
     if (size > static_cast<std::size_t>(end_ - cursor_)) return allocateSlow(size);
     char* const text = cursor_;
     cursor_ += size;
+    std::memset(cursor_, 0, kReadableBehind);
     return text;
   }
 
@@ -44,7 +50,7 @@ class TextArena {
  private:
   struct Block {
     Block* older;
-    std::size_t bytes;  // of text, after this structure
+    std::size_t bytes;  // of text, after this structure; kReadableBehind more follow
 
     char* text() { return reinterpret_cast<char*>(this + 1); }
   };
