@@ -106,17 +106,19 @@ int main(int argc, char** argv) {
   auto count = static_cast<int>(arguments.size());
   benchmark::Initialize(&count, arguments.data());
   if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 2;
-  if (!floorPrintsAsTheReader()) return 1;
 
+  std::vector<Measure> processes;  // made first: see writeNotebook
+  if (!tool.empty()) {
+    const auto floor = std::filesystem::path(argv[0]).parent_path() / "qps_floor_csv";
+    addProcessMeasures(processes, cells, tool, floor.string(), folder);
+  }
+  if (!floorPrintsAsTheReader()) return 1;
   std::vector<Measure> measures;
   addItemMeasures(measures, cells);
   addOpeningMeasures(measures, cells);
   addGrowthMeasures(measures, cells);
   addWorstCases(measures);
-  if (!tool.empty()) {
-    const auto floor = std::filesystem::path(argv[0]).parent_path() / "qps_floor_csv";
-    addProcessMeasures(measures, cells, tool, floor.string(), folder);
-  }
+  measures.insert(measures.end(), processes.begin(), processes.end());
   for (const Measure& measure : measures)
     registerMeasure(measure);
   RatioTable table(measures);
