@@ -6,21 +6,37 @@
 
 #include <cstdint>
 
-#include "render/text_buffer.h"
+#include "render/date_serial.h"
+#include "render/digits.h"
+#include "render/word_text.h"
 
 namespace qps {
 
-// Numbers of at least two digits with a separator between them: 07/04/99.
-template <typename... Rest>
-void appendJoined(TextBuffer& text, char separator, std::int32_t first, Rest... rest) {
-  text.appendInteger(first, 2);
-  (..., (text.append(separator), text.appendInteger(rest, 2)));
+constexpr bool isInThe1900s(std::int32_t year) {
+  return year >= 1900 && year <= 1999;
 }
 
-// The years 1900 to 1999 in two digits, all others whole.
-inline void appendYearOfCentury(TextBuffer& text, std::int32_t year) {
-  const bool shortened = year >= 1900 && year <= 1999;
-  text.appendInteger(shortened ? year % 100 : year, shortened ? 2 : 4);
+enum class Seconds : bool { kHidden, kShown };
+
+// 07:05:09, or 07:05.
+constexpr WordText clockText(std::int32_t hour, const TimeOfDay& time, Seconds seconds) {
+  WordText text;
+  text.append(twoDigitsOf(hour));
+  text.append(':');
+  text.append(twoDigitsOf(time.minutes));
+  if (seconds == Seconds::kShown) {
+    text.append(':');
+    text.append(twoDigitsOf(time.seconds));
+  }
+  return text;
+}
+
+// The same by the dial: 07:05:09 PM.
+constexpr WordText dialText(const TimeOfDay& time, Seconds seconds) {
+  const DialHour dial = dialHour(time.hours);
+  WordText text = clockText(dial.hour, time, seconds);
+  text.append(dial.pm ? textWord(" PM") : textWord(" AM"));
+  return text;
 }
 
 }  // namespace qps

@@ -16,18 +16,29 @@ constexpr int kGeneralDecimals = 8;
 // The size that counts for a cell whose font is unknown, or says 0.
 constexpr std::uint32_t kDefaultFontSize = 10;
 
+std::uint32_t fontSize(const Rendering& r) {
+  const QPSFont* font = r.appearance.font;
+  return font == nullptr || font->shown.size == 0 ? kDefaultFontSize : font->shown.size;
+}
+
 // How many characters the column holds: its width / 12 / the font's size, rounded to nearest,
 // halves up. In integers, which give the same as doubles do: the quotient is either half a
 // character exactly, which doubles hold, or at least 1/3060 away from it.
 std::uint32_t widthInCharacters(const Rendering& r) {
-  const QPSFont* font = r.appearance.font;
-  const std::uint32_t size = font == nullptr || font->size == 0 ? kDefaultFontSize : font->size;
-  return (r.columnWidth + 6 * size) / (12 * size);
+  const std::uint32_t size = fontSize(r);
+  return (r.columnWidth() + 6 * size) / (12 * size);
 }
 
-void replaceByScientific(Rendering& r) {
-  r.text.clear();
-  appendScientificFallback(r.text, r.value);
+// Whether the column holds `characters`, without a division.
+bool fits(const Rendering& r, std::size_t characters) {
+  const std::size_t size = fontSize(r);
+  return r.columnWidth() + 6 * size >= 12 * size * characters;
+}
+
+WordText showScientificFallback(Rendering& r, double value) {
+  ResultText text;
+  appendScientificFallback(text, value);
+  return r.deliver(text.view());
 }
 
 bool isInt32(double value) {
@@ -54,80 +65,92 @@ bool fitGeneral(TextBuffer& text, std::size_t width) {
   return true;
 }
 
-// A form whose text was cut shows the General form's last resort instead.
-void replaceIfCut(Rendering& r) {
-  if (r.text.truncated()) replaceByScientific(r);
+// A text, unless it was cut: then the General form's last resort.
+WordText showLong(Rendering& r, double value, const ResultText& text) {
+  return text.truncated() ? showScientificFallback(r, value) : r.deliver(text.view());
 }
 
-// Grouped digits between two marks; a negative value has marks of its own instead of a sign.
+// What stands around grouped digits; a negative value has marks of its own instead of a sign.
 struct Marks {
-  std::string_view before, after, beforeNegative, afterNegative;
+  TextWord before, after;
 };
 
-void showGrouped(Rendering& r, const Marks& marks) {
-  const bool negative = r.value < 0;
-  r.text.append(negative ? marks.beforeNegative : marks.before);
-  appendGrouped(r.text, negative ? -r.value : r.value, r.appearance.decimals);
-  r.text.append(negative ? marks.afterNegative : marks.after);
-  replaceIfCut(r);
+WordText showGrouped(Rendering& r, double value, const Marks& marks) {
+  const double magnitude = value < 0 ? -value : value;
+  const int decimals = r.appearance.decimals;
+  WordText text(marks.before);
+  if (appendShortFixed(text, magnitude, decimals, Separators::kThousands, marks.after)) [[likely]]
+    return text;
+  ResultText result;
+  result.append(text);
+  appendGrouped(result, magnitude, decimals);
+  result.append(WordText(marks.after));
+  return showLong(r, value, result);
+}
+
+// Digits with a sign, and a mark behind them.
+[[gnu::always_inline]] inline WordText showDecimal(Rendering& r, double cellValue, double value,
+                                                   TextWord mark) {
+  const int decimals = r.appearance.decimals;
+  WordText text;
+  if (appendShortFixed(text, value, decimals, Separators::kNone, mark)) [[likely]]
+    return text;
+  ResultText result;
+  result.appendFixed(value, decimals);
+  result.append(WordText(mark));
+  return showLong(r, cellValue, result);
 }
 
 }  // namespace
 
-void showGeneral(Rendering& r) {
-  const std::size_t width = widthInCharacters(r);
-  if (isInt32(r.value)) {
-    r.text.appendInteger(static_cast<std::int32_t>(r.value));
-    if (r.text.size() > width) replaceByScientific(r);
-    return;
+WordText showGeneral(Rendering& r, double value) {
+  if (isInt32(value)) {
+    const WordText text = integerText(static_cast<std::int32_t>(value));
+    return fits(r, text.size()) ? text : showScientificFallback(r, value);
   }
-  qpsFormatTrimmed(r.text, r.value, kGeneralDecimals);
-  if (!fitGeneral(r.text, width)) replaceByScientific(r);
+  ResultText text;
+  qpsFormatTrimmed(text, value, kGeneralDecimals);
+  if (!fitGeneral(text, widthInCharacters(r))) return showScientificFallback(r, value);
+  return r.deliver(text.view());
 }
 
-void showBars(Rendering& r) {
+WordText showBars(Rendering& r, double value) {
   r.cell.alignment = kBarAlignment;
-  const double magnitude = std::fabs(r.value);
-  if (std::isnan(magnitude)) {
-    r.text.append(kErrorMark);
-  } else if (magnitude == 0) {
-    r.text.append('.');
-  } else if (magnitude > widthInCharacters(r) || magnitude > kMostBars) {
-    showOverflow(r);
-  } else {
-    const char sign = r.value > 0 ? '+' : '-';
-    for (int i = 0; i < magnitude; ++i)
-      r.text.append(sign);
-  }
+  const double magnitude = std::fabs(value);
+  if (std::isnan(magnitude)) return kErrorMark;
+  if (magnitude == 0) return WordText(textWord("."));
+  if (magnitude > widthInCharacters(r) || magnitude > kMostBars) return showOverflow(r);
+  const char sign = value > 0 ? '+' : '-';
+  ResultText bars;
+  for (int i = 0; i < magnitude; ++i)
+    bars.append(sign);
+  return r.deliver(bars.view());
 }
 
-void showFixed(Rendering& r) {
-  r.text.appendFixed(r.value, r.appearance.decimals);
-  replaceIfCut(r);
+WordText showFixed(Rendering& r, double value) {
+  return showDecimal(r, value, value, {});
 }
 
-void showScientific(Rendering& r) {
-  r.text.appendScientific(r.value, r.appearance.decimals);
-  replaceIfCut(r);
+WordText showScientific(Rendering& r, double value) {
+  ResultText text;
+  text.appendScientific(value, r.appearance.decimals);
+  return showLong(r, value, text);
 }
 
-void showCurrency(Rendering& r) {
-  showGrouped(r, {"$", " ", "($", ") "});
+WordText showCurrency(Rendering& r, double value) {
+  constexpr Marks kMarks[] = {{textWord("$"), textWord(" ")}, {textWord("($"), textWord(") ")}};
+  return showGrouped(r, value, kMarks[value < 0 ? 1 : 0]);
 }
 
-void showComma(Rendering& r) {
-  showGrouped(r, {"", " ", "(", ") "});
+WordText showComma(Rendering& r, double value) {
+  constexpr Marks kMarks[] = {{{}, textWord(" ")}, {textWord("("), textWord(") ")}};
+  return showGrouped(r, value, kMarks[value < 0 ? 1 : 0]);
 }
 
-void showPercent(Rendering& r) {
-  const double percent = r.value * 100.0;
-  if (!std::isfinite(percent)) {
-    replaceByScientific(r);
-    return;
-  }
-  r.text.appendFixed(percent, r.appearance.decimals);
-  r.text.append('%');
-  replaceIfCut(r);
+WordText showPercent(Rendering& r, double value) {
+  const double percent = value * 100.0;
+  if (!std::isfinite(percent)) return showScientificFallback(r, value);
+  return showDecimal(r, value, percent, textWord("%"));
 }
 
 }  // namespace qps

@@ -26,30 +26,35 @@ std::size_t weekdayOf(double value) {
   return static_cast<std::size_t>(weekdayNameIndex(weekdayIndex(value), !(value < 0)));
 }
 
-void showFourDigitYear(Rendering& r) {
-  r.text.appendInteger(qpsSerialToDate(r.value).year, 4);
+WordText showFourDigitYear(Rendering& /*r*/, double value) {
+  return integerText(qpsSerialToDate(value).year, 4);
 }
-void showWeekday(Rendering& r) {
-  r.text.append(weekdayNames[weekdayOf(r.value)]);
+WordText showWeekday(Rendering& r, double value) {
+  return r.deliver(weekdayNames[weekdayOf(value)]);
 }
-void showWeekdayAbbreviation(Rendering& r) {
-  r.text.append(weekdayAbbreviations[weekdayOf(r.value)]);
-}
-
-void showDateAndTime(Rendering& r) {
-  const CalendarDate date = qpsSerialToDate(r.value);
-  const TimeOfDay time = qpsTimeOfDay(r.value);
-  const DialHour dial = dialHour(time.hours);
-  appendJoined(r.text, ' ', date.month, date.day);
-  r.text.append(' ');
-  appendYearOfCentury(r.text, date.year);
-  r.text.append(' ');
-  appendJoined(r.text, ':', dial.hour, time.minutes, time.seconds);
-  r.text.append(dial.pm ? " PM" : " AM");
+WordText showWeekdayAbbreviation(Rendering& r, double value) {
+  return r.deliver(weekdayAbbreviations[weekdayOf(value)]);
 }
 
-void showSign(Rendering& r) {
-  r.text.append(r.value > 0 ? "Positive" : r.value == 0 ? "Zero" : "Negative");
+// The years 1900 to 1999 are shown in two digits, all others whole.
+WordText showDateAndTime(Rendering& r, double value) {
+  const CalendarDate date = qpsSerialToDate(value);
+  const bool shortened = isInThe1900s(date.year);
+  WordText monthAndDay;
+  monthAndDay.append(twoDigitsOf(date.month));
+  monthAndDay.append(' ');
+  monthAndDay.append(twoDigitsOf(date.day));
+  monthAndDay.append(' ');
+  ResultText text;
+  text.append(monthAndDay);
+  text.appendInteger(date.year - (shortened ? 1900 : 0), shortened ? 2 : 4);
+  text.append(' ');
+  text.append(dialText(qpsTimeOfDay(value), Seconds::kShown));
+  return r.deliver(text.view());
+}
+
+WordText showSign(Rendering& r, double value) {
+  return r.deliver(value > 0 ? "Positive" : value == 0 ? "Zero" : "Negative");
 }
 
 struct Template {
@@ -88,10 +93,9 @@ void planSections(UserFormatPlan& plan) {
   ++plan.sections;  // one more, or many: they are not told apart
 }
 
-void showUserDate(Rendering& r, const UserFormatPlan& plan) {
-  if (const auto text = qpsFormatUserDate(plan.date, userDateFields(r.value), r.sheet.services)) {
-    r.text.append(*text);
-  }
+WordText showUserDate(Rendering& r, double value, const UserFormatPlan& plan) {
+  const auto text = qpsFormatUserDate(plan.date, userDateFields(value), r.sheet.services);
+  return r.deliver(text.value_or(std::string_view()));
 }
 
 struct SectionChoice {
@@ -107,26 +111,24 @@ SectionChoice chooseSection(std::size_t sections, double value) {
   return sections == 2 ? SectionChoice{0, kFirstSection} : SectionChoice{1, kZeroSection};
 }
 
-void showUserNumber(Rendering& r, const UserFormatPlan& plan) {
-  if (plan.sections > UserFormatPlan::kMostSections) return;
-  const SectionChoice choice = chooseSection(plan.sections, r.value);
-  if (const auto text = qpsFormatUserNumber(plan.section[choice.index], choice.formatSection,
-                                            std::fabs(r.value), !(r.value < 0))) {
-    r.text.append(*text);
-  }
+WordText showUserNumber(Rendering& r, double value, const UserFormatPlan& plan) {
+  if (plan.sections > UserFormatPlan::kMostSections) return {};
+  const SectionChoice choice = chooseSection(plan.sections, value);
+  const auto text = qpsFormatUserNumber(plan.section[choice.index], choice.formatSection,
+                                        std::fabs(value), !(value < 0));
+  return r.deliver(text.value_or(std::string_view()));
 }
 
-void showPlan(Rendering& r, const UserFormatPlan& plan) {
-  if (plan.templateForm != nullptr) {
-    plan.templateForm(r);
-  } else if (r.appearance.isDate) {
-    showLongDate(r);
-  } else if (plan.language == UserFormatPlan::Language::kDate) {
-    showUserDate(r, plan);
-  } else if (plan.language == UserFormatPlan::Language::kNumber) {
-    showUserNumber(r, plan);
-  } else {
-    showGeneral(r);
+WordText showPlan(Rendering& r, double value, const UserFormatPlan& plan) {
+  if (plan.templateForm != nullptr) return plan.templateForm(r, value);
+  if (r.appearance.isDate) return showLongDate(r, value);
+  switch (plan.language) {
+    case UserFormatPlan::Language::kDate:
+      return showUserDate(r, value, plan);
+    case UserFormatPlan::Language::kNumber:
+      return showUserNumber(r, value, plan);
+    default:
+      return showGeneral(r, value);
   }
 }
 
@@ -146,22 +148,16 @@ UserFormatPlan planUserFormat(std::string_view text) {
 
 // The plan is made for the first cell and kept beside the text, unless the pool has no room. A cell
 // that no format was found for counts as one with an empty text.
-void showUserDefined(Rendering& r) {
+WordText showUserDefined(Rendering& r, double value) {
   QPSUserFormat* format = r.appearance.userFormat;
-  if (format == nullptr || format->text == nullptr) {
-    showPlan(r, planUserFormat({}));
-    return;
-  }
+  if (format == nullptr || format->text == nullptr) return showPlan(r, value, planUserFormat({}));
   if (format->plan == nullptr) {
     const UserFormatPlan plan = planUserFormat({format->text, format->textBytes});
     format->plan = poolNew<UserFormatPlan>(r.sheet.services);
-    if (format->plan == nullptr) {
-      showPlan(r, plan);
-      return;
-    }
+    if (format->plan == nullptr) return showPlan(r, value, plan);
     *format->plan = plan;
   }
-  showPlan(r, *format->plan);
+  return showPlan(r, value, *format->plan);
 }
 
 }  // namespace qps

@@ -52,12 +52,10 @@ bool isHidden(const QPSAppearance& appearance) {
 [[gnu::always_inline]] inline const QPSAppearance& placeCell(QPSSheet& sheet, SSItemCell& cell,
                                                              CellKind kind) {
   const BodyView body = sheet.records.body();
-  sheet.lastCellKind = kind;
   cell.column = body.u8At(0) + 1U;
   cell.row = body.u16At(2) + 1U;
-  sheet.currentStyle =
-      styleNumberOf(static_cast<std::uint16_t>(body.u16At(4) >> kStyleNumberShift));
-  return qpsApplyCellStyle(sheet, cell);
+  const auto style = static_cast<std::uint16_t>(body.u16At(4) >> kStyleNumberShift);
+  return qpsApplyCellStyle(sheet, cell, kind, styleNumberOf(style));
 }
 
 CellStep deliverNumber(QPSSheet& sheet, SSItemCell& cell, double value) {
@@ -66,7 +64,8 @@ CellStep deliverNumber(QPSSheet& sheet, SSItemCell& cell, double value) {
   return CellStep::kDeliver;
 }
 
-CellStep deliverText(QPSSheet& sheet, SSItemCell& cell, CellKind kind, std::string_view text) {
+[[gnu::always_inline]] inline CellStep deliverText(QPSSheet& sheet, SSItemCell& cell,
+                                                   CellKind kind, std::string_view text) {
   const QPSAppearance& appearance = placeCell(sheet, cell, kind);
   cell.text = isHidden(appearance) ? nullptr : qpsStrDup(sheet, text);
   return CellStep::kDeliver;

@@ -122,9 +122,11 @@ std::uint32_t deliverNotebookText(QPSSheet& sheet, SSItemNotebookText& item, cha
 std::uint32_t deliverNextCell(QPSSheet& sheet, SSItemCell& cell) {
   RecordStream& records = sheet.records;
   for (;;) {
-    if (!records.readHeader() || records.type() == RecordType::kEndOfFile) return kSheetEnded;
+    if (!records.readHeader()) [[unlikely]]
+      return kSheetEnded;
     const auto* rule = kCellTable.find(records.recordType);
     if (rule == nullptr) [[unlikely]] {
+      if (records.type() == RecordType::kEndOfFile) return kSheetEnded;
       if (records.type() == RecordType::kSheetEnd) {
         // The body belongs to the worksheet; what it holds, or that it is cut short, changes
         // nothing.

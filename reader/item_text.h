@@ -12,14 +12,20 @@
 
 namespace qps {
 
-// A copy of `text`, which a zero byte follows, for the host, from the sheet's itemAlloc; null when
-// there is no block. It is the host's at once.
+// A block for `size` characters and the zero byte behind them, which is written; from the sheet's
+// itemAlloc, and the host's at once. Null when there is none.
+[[nodiscard]] inline char* itemText(const QPSSheet& sheet, std::size_t size) {
+  auto* text = static_cast<char*>(sheet.itemAlloc(sheet.itemAllocContext, nullptr, size + 1, 0));
+  if (text != nullptr) [[likely]]
+    text[size] = '\0';
+  return text;
+}
+
+// A copy of `text` in such a block.
 [[nodiscard]] inline char* qpsStrDup(const QPSSheet& sheet, std::string_view text) {
-  const std::size_t bytes = text.size() + 1;
-  void* block = sheet.itemAlloc(sheet.itemAllocContext, nullptr, bytes, 0);
-  if (block == nullptr) return nullptr;
-  auto* copy = static_cast<char*>(block);
-  copyText(copy, text.data(), bytes);
+  char* copy = itemText(sheet, text.size());
+  if (copy != nullptr) [[likely]]
+    copyText(copy, text.data(), text.size());
   return copy;
 }
 

@@ -32,14 +32,22 @@ inline constexpr std::size_t kBorderSlots = 4;
 struct QPSFont {
   static constexpr std::size_t kNameBytes = 32;
 
+  // What an item shows, in the item's layout, so that a cell takes it as one block
+  // (styles/apply_style.h).
+  struct Shown {
+    char name[kNameBytes];  // cut, zero-terminated and filled with zeros
+    std::uint32_t size;     // points; the low byte of the record's value
+    std::uint8_t attrBit0;
+    std::uint8_t attrBit1;
+    std::uint8_t attrBit2;
+    std::uint8_t attrBit5;
+    std::uint8_t extra0;
+    std::uint8_t extra1;
+  };
+
   QPSFont* next;
   std::uint8_t number;  // 1, 2, 3... in file order, wrapping after 255
-  std::uint8_t size;    // points; the low byte of the record's value
-  std::uint8_t attrBit0;
-  std::uint8_t attrBit1;
-  std::uint8_t attrBit2;
-  std::uint8_t attrBit5;
-  char name[kNameBytes];  // as an item shows it: cut, zero-terminated and filled with zeros
+  Shown shown;
 };
 
 // Record 208.
@@ -61,17 +69,24 @@ struct QPSUserFormat {
   UserFormatPlan* plan;  // own block; null until a cell shows the format
 };
 
+// The kinds of cell that the default alignment tells apart: labels and blank cells, and numbers and
+// the results of formulas.
+enum CellKind : std::uint8_t { kTextCell = 0, kNumericCell = 1 };
+
 // What a style means for a cell, worked out when the first cell uses it: the style over its base
 // style, with the fonts, formats and names that it refers to found.
 struct QPSAppearance {
+  struct Colours {
+    std::uint32_t fill;
+    std::uint32_t text;
+    std::uint32_t bordered;
+  };
+
   std::uint8_t formatCode;
   std::uint8_t decimals;
-  std::uint8_t textAlignment;     // of label and blank cells
-  std::uint8_t numericAlignment;  // of numbers and formulas
-  std::uint32_t present;          // 0 only where no style applies
-  std::uint32_t fillColour;
-  std::uint32_t textColour;
-  std::uint32_t bordered;
+  std::uint8_t alignment[2];  // by CellKind
+  std::uint32_t present;      // 0 only where no style applies
+  Colours colours;
   const struct QPSStyle* borders;  // whose border slots are written, or null
   const QPSFont* font;             // or null
   QPSUserFormat* userFormat;       // whose text renders the cell, or null
@@ -124,9 +139,6 @@ enum ItemState : std::uint32_t {
   kItemStateEnd = 4,
 };
 
-// The kinds of cell that the default alignment tells apart.
-enum CellKind : std::uint32_t { kTextCell = 1, kNumericCell = 2 };
-
 }  // namespace qps
 
 struct QPSSheet {
@@ -144,7 +156,6 @@ struct QPSSheet {
   // Items
   std::uint32_t itemState;
   std::uint32_t nextWidthColumn;  // first column of the next run of widths, from 1; 0 for none
-  std::uint32_t lastCellKind;
 
   // Notebook definitions
   std::uint16_t formatVersion;
@@ -168,9 +179,8 @@ struct QPSSheet {
   std::uint32_t columnColours[qps::kColumns];  // kNoColour for none
   qps::QPSRowHeight* rowHeightList;
 
-  // The current cell's style. `unstyled` is what cells show in a notebook without styles, or in one
-  // whose styles lack the cell's number; `scratchAppearance` serves when the pool has no room.
-  std::uint16_t currentStyle;
+  // `unstyled` is what cells show in a notebook without styles, or in one whose styles lack the
+  // cell's number; `scratchAppearance` serves when the pool has no room.
   qps::QPSAppearance unstyled;
   qps::QPSAppearance scratchAppearance;
 

@@ -63,10 +63,9 @@ class BodyView {
   std::uint32_t u32At(std::size_t offset) const { return valueAt<std::uint32_t>(offset); }
   double doubleAt(std::size_t offset) const { return valueAt<double>(offset); }
 
-  // From `offset` up to the first zero byte; empty when the body ends before. A zero byte follows
-  // the text.
+  // From `offset` up to the first zero byte; empty when the body ends before.
   std::string_view textAt(std::size_t offset) const {
-    if (offset >= size()) return "";
+    if (offset >= size()) return {};
     const auto* text = reinterpret_cast<const char*>(bytes_.data() + offset);
     return {text, textLength(text, size() - offset)};
   }
@@ -105,7 +104,7 @@ struct RecordStream {
   std::uint16_t recordType;    // of the current record
   std::uint16_t recordLength;  // its body's length as the header states it
   std::uint16_t bodyBytes;     // bytes of the body that were kept
-  std::uint8_t recordBuffer[kRecordBufferBytes + kBodyPadding];
+  alignas(16) std::uint8_t recordBuffer[kRecordBufferBytes + kBodyPadding];
 
   RecordType type() const { return static_cast<RecordType>(recordType); }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Finding the end of a text, and copying one, for texts as short as cells have them. Both go by
-// words of eight bytes: calls cost as much as the work, and what the host has just stored in two
-// pieces is best loaded in pieces that do not lie across both, or the processor waits.
+// Finding the end of a text, and copying one, for texts as short as cells have them. They go by
+// words: calls cost as much as the work, and what has just been stored in pieces is best loaded in
+// pieces that do not lie across two of them, or the processor waits.
 #ifndef QPSREADER_READER_SHORT_TEXT_H
 #define QPSREADER_READER_SHORT_TEXT_H
 
@@ -13,11 +13,17 @@
 
 namespace qps {
 
+// Eight bytes as a number, the first in its lowest byte.
+inline std::uint64_t loadWord(const char* from) {
+  std::uint64_t word;
+  std::memcpy(&word, from, sizeof(word));
+  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+  return word;
+}
+
 // The place of the first zero byte among those eight, or 8.
 inline std::size_t firstZeroOfEight(const char* bytes) {
-  std::uint64_t word;
-  std::memcpy(&word, bytes, sizeof(word));
-  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+  const std::uint64_t word = loadWord(bytes);
   // The top bit of every zero byte, and perhaps of some above the first of them.
   const std::uint64_t zeros = (word - 0x0101'0101'0101'0101) & ~word & 0x8080'8080'8080'8080;
   return static_cast<std::size_t>(std::countr_zero(zeros)) / 8;
@@ -37,30 +43,60 @@ inline std::size_t textLength(const char* text, std::size_t most) {
   return at + firstZeroOfEight(text + at);
 }
 
-// Copies `size` bytes by their first and their last word, which may overlap.
-template <typename Word>
-inline void copyByTwoWords(char* to, const char* from, std::size_t size) {
-  Word first;
-  Word last;
-  std::memcpy(&first, from, sizeof(Word));
-  std::memcpy(&last, from + size - sizeof(Word), sizeof(Word));
-  std::memcpy(to, &first, sizeof(Word));
-  std::memcpy(to + size - sizeof(Word), &last, sizeof(Word));
+inline void copyFour(char* to, const char* from) {
+  std::uint32_t word;
+  std::memcpy(&word, from, sizeof(word));
+  std::memcpy(to, &word, sizeof(word));
 }
 
-// Copies `size` bytes, at least one, to where no part of them stands.
+// Copies `size` bytes to where no part of them stands. From 4 to 15 bytes there is no branch on
+// their number, which differs from cell to cell: two words from the front and two from the back,
+// which are the same ones below 8 and overlap above.
 inline void copyText(char* to, const char* from, std::size_t size) {
-  if (size > 16) {
+  if (size >= 4 && size < 16) [[likely]] {
+    const std::size_t second = (size & 8) / 2;
+    const std::size_t last = size - 4;
+    copyFour(to, from);
+    copyFour(to + second, from + second);
+    copyFour(to + last - second, from + last - second);
+    copyFour(to + last, from + last);
+  } else if (size >= 16) {
     std::memcpy(to, from, size);
-  } else if (size >= 8) {
-    copyByTwoWords<std::uint64_t>(to, from, size);
-  } else if (size >= 4) {
-    copyByTwoWords<std::uint32_t>(to, from, size);
-  } else {
+  } else if (size > 0) {
     to[0] = from[0];
     to[size / 2] = from[size / 2];
     to[size - 1] = from[size - 1];
   }
+}
+
+// Stores a word whose lowest byte is the first.
+template <typename Word>
+void storeWord(char* to, Word word) {
+  if constexpr (std::endian::native == std::endian::big) {
+    word = sizeof(Word) == 8 ? __builtin_bswap64(word) : __builtin_bswap32(word);
+  }
+  std::memcpy(to, &word, sizeof(word));
+}
+
+// Stores the first `size` (up to 15) of the bytes of `low` and then `high`. Four pieces, as in
+// copyText, cut from the words.
+inline void copyWords(char* to, std::uint64_t low, std::uint64_t high, std::size_t size) {
+  const auto storeFour = [to](std::size_t at, std::uint64_t word) {
+    storeWord(to + at, static_cast<std::uint32_t>(word));
+  };
+  if (size < 4) {
+    for (std::size_t i = 0; i < size; ++i)
+      to[i] = static_cast<char>(low >> (8 * i) & 0xFF);
+    return;
+  }
+  const std::size_t second = (size & 8) / 2;
+  const std::size_t last = size - 4;
+  const std::size_t shift = 8 * (last - second);  // at most 56
+  const std::uint64_t end = low >> shift | high << 1 << (63 - shift);
+  storeFour(0, low);
+  storeFour(second, low >> 8 * second);
+  storeFour(last - second, end);
+  storeFour(last, end >> 8 * second);
 }
 
 }  // namespace qps

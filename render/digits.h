@@ -13,30 +13,30 @@
 #include <cstdint>
 #include <cstring>
 
+#include "render/word_text.h"
+
 namespace qps {
 
 // What writeDigits may touch from `out` on; the digits themselves are at most 20.
 inline constexpr size_t kDigitsRoom = 24;
 inline constexpr size_t kGroupedDigitsRoom = 32;
 
+inline constexpr uint64_t kMillion = 1'000'000;
 inline constexpr uint64_t kHundredMillion = 100'000'000;
 inline constexpr uint64_t kEightZeros = 0x3030'3030'3030'3030;    // "00000000"
 inline constexpr uint64_t kGroupedZeros = 0x3030'302C'3030'302C;  // ",000,000"
 
 // "00" to "99".
-inline constexpr std::array<char, 200> kDigitPairs = [] {
-  std::array<char, 200> pairs{};
-  for (size_t i = 0; i < 100; ++i) {
-    pairs[2 * i] = static_cast<char>('0' + i / 10);
-    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
-  }
+inline constexpr std::array<uint16_t, 100> kDigitPairs = [] {
+  std::array<uint16_t, 100> pairs{};
+  for (unsigned i = 0; i < 100; ++i)
+    pairs[i] = static_cast<uint16_t>('0' + i / 10 + (('0' + i % 10) << 8));
   return pairs;
 }();
 
 // `value` below 100, as two digits.
-inline char* writeTwoDigits(char* out, uint32_t value) {
-  std::memcpy(out, &kDigitPairs[size_t{value} * 2], 2);
-  return out + 2;
+constexpr TextWord twoDigits(uint32_t value) {
+  return {kDigitPairs[value], 2};
 }
 
 // The eight decimal digits of `value` below 10^8 as numbers 0 to 9, one a byte, the first digit in
@@ -51,53 +51,66 @@ constexpr uint64_t eightDigits(uint32_t value) {
   return tens | (twos - tens * 10) << 8;
 }
 
-// Stores eight characters, the first in the lowest byte of `text`; `out` has room for all of them.
-inline void storeText(char* out, uint64_t text) {
-  if constexpr (std::endian::native == std::endian::big) {
-    for (size_t i = 0; i < 8; ++i, text >>= 8)
-      out[i] = static_cast<char>(text & 0xFF);
-  } else {
-    std::memcpy(out, &text, 8);
-  }
-}
-
 // How many of eight characters are the "0" that ends them.
 inline size_t endingZeros(const char* eight) {
-  uint64_t text;
-  std::memcpy(&text, eight, 8);
-  text ^= kEightZeros;
-  const bool lastIsLow = std::endian::native == std::endian::big;
-  return static_cast<size_t>(lastIsLow ? std::countr_zero(text) : std::countl_zero(text)) / 8;
+  return static_cast<size_t>(std::countl_zero(loadWord(eight) ^ kEightZeros)) / 8;
 }
 
 // `value` below 10^8 with as many digits as it has, and at least `minDigits` (0 to 8; 0 is as 1).
-// Writes eight bytes.
-inline char* writeUpToEightDigits(char* out, uint32_t value, int minDigits = 1) {
+constexpr TextWord upToEightDigits(uint32_t value, int minDigits = 1) {
   const uint64_t digits = eightDigits(value);
   // The last digit always shows: the bit set there keeps the count of leading zeros at most seven.
   const int zeros = std::countr_zero(digits | uint64_t{1} << 56) / 8;
   const int dropped = std::min(zeros, 8 - minDigits);
-  storeText(out, (digits + kEightZeros) >> (dropped * 8));
-  return out + (8 - dropped);
+  return {(digits + kEightZeros) >> (dropped * 8), static_cast<uint64_t>(8 - dropped)};
 }
 
-// The last `count` (1 to 8) of the eight digits of `value` below 10^8. Writes eight bytes.
-inline char* writeLastDigits(char* out, uint32_t value, int count) {
-  storeText(out, (eightDigits(value) + kEightZeros) >> ((8 - count) * 8));
-  return out + count;
+// The last `count` (1 to 8) of the eight digits of `value` below 10^8.
+constexpr TextWord lastDigits(uint32_t value, int count) {
+  return {(eightDigits(value) + kEightZeros) >> ((8 - count) * 8), static_cast<uint64_t>(count)};
+}
+
+// A number of the calendar or the clock: 0 to 99.
+constexpr TextWord twoDigitsOf(int32_t number) {
+  return twoDigits(static_cast<uint32_t>(number));
+}
+
+constexpr TextWord signWord(bool negative) {
+  return negative ? textWord("-") : TextWord{0, 0};
+}
+
+// As "%.*d" prints with `minDigits` of 0 to 8, but a 0 under 0 is "0".
+constexpr WordText integerText(int32_t value, int minDigits = 1) {
+  const bool negative = value < 0;
+  const auto bits = static_cast<uint32_t>(value);
+  const uint32_t magnitude = negative ? 0U - bits : bits;
+  WordText text(signWord(negative));
+  if (magnitude < kHundredMillion) [[likely]] {
+    text.append(upToEightDigits(magnitude, minDigits));
+  } else {
+    text.append(upToEightDigits(magnitude / kHundredMillion));
+    text.append(lastDigits(magnitude % kHundredMillion, 8));
+  }
+  return text;
+}
+
+// Writes eight bytes, of which the characters are the first; gives the end of those.
+inline char* write(char* out, TextWord word) {
+  storeWord(out, word.characters);
+  return out + word.size;
 }
 
 // `value` with as many digits as it has. May write kDigitsRoom bytes.
 inline char* writeDigits(char* out, uint64_t value) {
-  if (value < kHundredMillion) return writeUpToEightDigits(out, static_cast<uint32_t>(value));
+  if (value < kHundredMillion) return write(out, upToEightDigits(static_cast<uint32_t>(value)));
   const uint64_t head = value / kHundredMillion;
   if (head < kHundredMillion) {
-    out = writeUpToEightDigits(out, static_cast<uint32_t>(head));
+    out = write(out, upToEightDigits(static_cast<uint32_t>(head)));
   } else {
-    out = writeUpToEightDigits(out, static_cast<uint32_t>(head / kHundredMillion));
-    out = writeLastDigits(out, static_cast<uint32_t>(head % kHundredMillion), 8);
+    out = write(out, upToEightDigits(static_cast<uint32_t>(head / kHundredMillion)));
+    out = write(out, lastDigits(static_cast<uint32_t>(head % kHundredMillion), 8));
   }
-  return writeLastDigits(out, static_cast<uint32_t>(value % kHundredMillion), 8);
+  return write(out, lastDigits(static_cast<uint32_t>(value % kHundredMillion), 8));
 }
 
 // The six digits of `value` below 10^6 as eight numbers, one a byte from the lowest: a place for a
@@ -110,30 +123,27 @@ constexpr uint64_t sixDigits(uint32_t value) {
   return hundreds << 8 | tens << 16 | (twos - tens * 10) << 24;
 }
 
-// ",123,456": all of what sixDigits gives.
-inline char* writeSixGroupedDigits(char* out, uint32_t value) {
-  storeText(out, sixDigits(value) + kGroupedZeros);
-  return out + 8;
+// `value` below 10^6 as what follows the millions: ",123,456", ",000,007".
+constexpr TextWord sixGroupedDigits(uint32_t value) {
+  return {sixDigits(value) + kGroupedZeros, 8};
 }
 
 // `value` below 10^6 from its first digit on: "123,456", "7".
-inline char* writeUpToSixGroupedDigits(char* out, uint32_t value) {
+constexpr TextWord upToSixGroupedDigits(uint32_t value) {
   const uint64_t digits = sixDigits(value);
   const int dropped = std::countr_zero(digits | uint64_t{1} << 56) / 8;
-  storeText(out, (digits + kGroupedZeros) >> (dropped * 8));
-  return out + (8 - dropped);
+  return {(digits + kGroupedZeros) >> (dropped * 8), static_cast<uint64_t>(8 - dropped)};
 }
 
 // `value` with "," between each three digits. May write kGroupedDigitsRoom bytes.
 inline char* writeGroupedDigits(char* out, uint64_t value) {
-  constexpr uint64_t kMillion = 1'000'000;
   uint32_t sixes[3];
   int count = 0;
   for (; value >= kMillion; value /= kMillion)
     sixes[count++] = static_cast<uint32_t>(value % kMillion);
-  out = writeUpToSixGroupedDigits(out, static_cast<uint32_t>(value));
+  out = write(out, upToSixGroupedDigits(static_cast<uint32_t>(value)));
   while (count != 0)
-    out = writeSixGroupedDigits(out, sixes[--count]);
+    out = write(out, sixGroupedDigits(sixes[--count]));
   return out;
 }
 

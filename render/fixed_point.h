@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
 // The digits of "%.*f" by exact integer arithmetic, for the values and decimals that cells use, and
-// by std::to_chars for all others. Called by TextBuffer only, which knows about bounds.
+// by std::to_chars for all others. Only TextBuffer calls what writes: it knows about bounds.
 #ifndef QPSREADER_RENDER_FIXED_POINT_H
 #define QPSREADER_RENDER_FIXED_POINT_H
 
 #include <cstddef>
+
+#include "render/short_fixed.h"
 
 namespace qps {
 
@@ -17,8 +19,6 @@ inline constexpr size_t kFixedTextRoom = 1 + 309 + 1 + kMostDecimals;
 // What writeExactFixed may touch: a sign, 20 integer digits with 6 separators, a point, 19
 // decimals, each run of digits rounded up to whole words.
 inline constexpr size_t kExactFixedRoom = 64;
-
-enum class Separators : bool { kNone, kThousands };
 
 // Writes `value` as "%.*f" prints it and returns the end of the text, or null with `out` in any
 // state when the value or the decimals (0 and up) lie outside what the integers hold. `out` has

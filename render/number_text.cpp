@@ -36,7 +36,9 @@ void qpsFormatTrimmed(TextBuffer& text, double value, int precision) {
 
 void appendScientificFallback(TextBuffer& text, double value) {
   char area[16];  // -1.23E+008 and its terminator
-  TextBuffer(area).appendScientific(value, 2);
+  TextBuffer number(area);
+  number.appendScientific(value, 2);
+  static_cast<void>(number.c_str());
   qps2to3E(area);
   text.append(std::string_view(area));
 }

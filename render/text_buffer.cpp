@@ -3,6 +3,7 @@
 
 #include <charconv>
 
+#include "render/fixed_point.h"
 #include "render/number_text.h"
 
 namespace qps {
@@ -13,28 +14,16 @@ constexpr size_t kScientificTextRoom = 2 + 1 + kMostDecimals + 5;
 
 }  // namespace
 
-void TextBuffer::appendAnyInteger(int32_t value, int minDigits) {
-  if (value < 0) append('-');
-  const uint32_t magnitude =
-      value < 0 ? 0U - static_cast<uint32_t>(value) : static_cast<uint32_t>(value);
-  char spare[kDigitsRoom];
-  const bool fits = room() >= kDigitsRoom;
-  char* out = fits ? end_ : spare;
-  char* end = magnitude < kHundredMillion ? writeUpToEightDigits(out, magnitude, minDigits)
-                                          : writeDigits(out, magnitude);
-  if (fits) {
-    end_ = end;
-    *end_ = '\0';
-  } else {
-    append(std::string_view(spare, static_cast<size_t>(end - spare)));
-  }
+void TextBuffer::appendCut(WordText text) {
+  char characters[WordText::kWrittenBytes];
+  text.write(characters);
+  append(std::string_view(characters, text.size()));
 }
 
-void TextBuffer::appendFixed(double value, int decimals, Separators separators) {
+void TextBuffer::appendAnyFixed(double value, int decimals, Separators separators) {
   if (room() >= kExactFixedRoom) {
-    if (char* end = writeExactFixed(end_, value, decimals, separators)) {
+    if (char* end = writeExactFixed(end_, value, decimals, separators); end != nullptr) {
       end_ = end;
-      *end_ = '\0';
       return;
     }
   }

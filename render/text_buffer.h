@@ -10,22 +10,22 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string_view>
 
+#include "reader/short_text.h"
 #include "render/digits.h"
-#include "render/fixed_point.h"
+#include "render/short_fixed.h"
 
 namespace qps {
 
 class TextBuffer {
  public:
   // An empty text in `area`, which has at least one byte and outlives the buffer. The text keeps at
-  // most area.size() - 1 characters and is zero-terminated after every operation.
+  // most area.size() - 1 characters, and is zero-terminated for c_str().
   explicit TextBuffer(std::span<char> area)
-      : begin_(area.data()), end_(begin_), last_(begin_ + area.size() - 1) {
-    *end_ = '\0';
-  }
+      : begin_(area.data()), end_(begin_), last_(begin_ + area.size() - 1) {}
   TextBuffer(const TextBuffer&) = delete;
   TextBuffer& operator=(const TextBuffer&) = delete;
 
@@ -36,63 +36,68 @@ class TextBuffer {
       return;
     }
     *end_++ = character;
-    *end_ = '\0';
   }
 
   void append(std::string_view text) {
-    if (text.size() <= room()) {
-      end_ += text.copy(end_, text.size());
-    } else {
-      end_ += text.copy(end_, room());
+    if (text.size() > room()) {
+      text = {text.data(), room()};
       truncated_ = true;
     }
-    *end_ = '\0';
+    copyText(end_, text.data(), text.size());
+    end_ += text.size();
+  }
+
+  void append(WordText text) {
+    if (room() < WordText::kWrittenBytes) [[unlikely]] {
+      appendCut(text);
+      return;
+    }
+    end_ = text.write(end_);
   }
 
   // As "%.*d" prints with `minDigits` of 0 to 8, but a 0 under 0 is "0".
-  void appendInteger(int32_t value, int minDigits = 1) {
-    constexpr uint32_t kHundred = 100;
-    if (minDigits == 2 && static_cast<uint32_t>(value) < kHundred && room() >= 2) {
-      end_ = writeTwoDigits(end_, static_cast<uint32_t>(value));
-      *end_ = '\0';
-      return;
-    }
-    appendAnyInteger(value, minDigits);
-  }
+  void appendInteger(int32_t value, int minDigits = 1) { append(integerText(value, minDigits)); }
 
   // As "%.*f" prints a finite value, digit for digit; decimals are 0 to 511 (kMostDecimals).
   // Separators are for values that are not below 0: 1,234,567.89.
-  void appendFixed(double value, int decimals, Separators separators = Separators::kNone);
+  void appendFixed(double value, int decimals, Separators separators = Separators::kNone) {
+    WordText text;
+    if (appendShortFixed(text, value, decimals, separators)) [[likely]] {
+      append(text);
+    } else {
+      appendAnyFixed(value, decimals, separators);
+    }
+  }
 
   // As "%.*E" prints a finite value: 1.23E+05.
   void appendScientific(double value, int decimals);
 
   void clear() {
     end_ = begin_;
-    *end_ = '\0';
     truncated_ = false;
   }
 
   // Cuts the text to its first `size` characters; a shorter text stays as it is.
-  void truncateTo(size_t size) {
-    end_ = begin_ + std::min(size, this->size());
-    *end_ = '\0';
-  }
+  void truncateTo(size_t size) { end_ = begin_ + std::min(size, this->size()); }
 
   size_t size() const { return static_cast<size_t>(end_ - begin_); }
   bool empty() const { return end_ == begin_; }
   std::string_view view() const { return {begin_, size()}; }
-  const char* c_str() const { return begin_; }
+  const char* c_str() const {
+    *end_ = '\0';
+    return begin_;
+  }
 
   // Something did not fit since the construction or the last clear().
   bool truncated() const { return truncated_; }
 
  private:
-  void appendAnyInteger(int32_t value, int minDigits);
+  void appendCut(WordText text);
+  void appendAnyFixed(double value, int decimals, Separators separators);
   size_t room() const { return static_cast<size_t>(last_ - end_); }
 
   char* begin_;
-  char* end_;   // where the next character and, until then, the terminator stands
+  char* end_;   // where the next character stands
   char* last_;  // the area's last byte: only ever a terminator
   bool truncated_ = false;
 };

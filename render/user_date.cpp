@@ -246,7 +246,7 @@ std::optional<std::string_view> qpsFormatUserDate(const DateFormat& format,
       printer.print(*piece, others);
     }
   }
-  return out.view();
+  return std::string_view(out.c_str(), out.size());
 }
 
 }  // namespace qps

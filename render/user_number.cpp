@@ -281,7 +281,7 @@ std::optional<std::string_view> qpsFormatUserNumber(const NumberSection& section
   } else {
     renderDigits(section, !nonNegative && formatSection < kNegativeSection, magnitude, out);
   }
-  return out.view();
+  return std::string_view(out.c_str(), out.size());
 }
 
 }  // namespace qps

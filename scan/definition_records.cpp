@@ -74,14 +74,16 @@ Step readFont(QPSSheet& sheet) {
   const BodyView body = sheet.records.body();
   font->number =
       sheet.fontList == nullptr ? 1 : static_cast<std::uint8_t>(sheet.fontList->number + 1);
-  font->size = body.u8At(0);
+  QPSFont::Shown& shown = font->shown;
+  shown.size = body.u8At(0);
   const std::uint8_t attributes = body.u8At(2);
-  font->attrBit0 = attributes & 1;
-  font->attrBit1 = attributes >> 1 & 1;
-  font->attrBit2 = attributes >> 2 & 1;
-  font->attrBit5 = attributes >> 5 & 1;
+  shown.attrBit0 = attributes & 1;
+  shown.attrBit1 = attributes >> 1 & 1;
+  shown.attrBit2 = attributes >> 2 & 1;
+  shown.attrBit5 = attributes >> 5 & 1;
+  shown.extra0 = 1;
   const std::string_view name = body.textAt(4).substr(0, QPSFont::kNameBytes - 1);
-  if (!name.empty()) std::memcpy(font->name, name.data(), name.size());
+  if (!name.empty()) std::memcpy(shown.name, name.data(), name.size());
 
   font->next = sheet.fontList;
   sheet.fontList = font;

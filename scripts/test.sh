@@ -89,7 +89,7 @@ includes() {
     status=1
   done << 'END'
 reader
-render     reader/(host_tables|qps_reader)\.h
+render     reader/(host_tables|qps_reader|short_text)\.h
 styles     reader/|items/ss_item\.h
 format     reader/|items/ss_item\.h|render/
 scan       reader/|styles/

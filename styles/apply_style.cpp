@@ -30,20 +30,19 @@ void qpsApplyStyleEntry(const QPSSheet& sheet, QPSAppearance& appearance, const 
   appearance.formatCode = style.formatCode;
   appearance.decimals = style.decimals;
   if (QPSUserFormat* format = sheet.formatByCode[style.formatCode]) appearance.userFormat = format;
-  appearance.textAlignment = alignmentOf(style, SSAlignLeft);
-  appearance.numericAlignment = alignmentOf(style, SSAlignRight);
-  appearance.textColour = style.textColour;
-  appearance.fillColour = qpsBlendColours(style.colour1, style.colour2, style.blend);
-  appearance.bordered = std::any_of(std::begin(style.borderStyle), std::end(style.borderStyle),
-                                    [](std::uint8_t line) { return line != 0; })
-                            ? 1
-                            : 0;
-  if (appearance.bordered != 0) appearance.borders = &style;
+  appearance.alignment[kTextCell] = alignmentOf(style, SSAlignLeft);
+  appearance.alignment[kNumericCell] = alignmentOf(style, SSAlignRight);
+  const bool bordered = std::any_of(std::begin(style.borderStyle), std::end(style.borderStyle),
+                                    [](std::uint8_t line) { return line != 0; });
+  appearance.colours = {.fill = qpsBlendColours(style.colour1, style.colour2, style.blend),
+                        .text = style.textColour,
+                        .bordered = bordered ? 1U : 0U};
+  if (bordered) appearance.borders = &style;
   appearance.present = 1;
   if (const QPSFont* font = sheet.fontByNumber[style.font]) appearance.font = font;
 }
 
-void resolveAppearance(const QPSSheet& sheet, QPSAppearance& appearance, const QPSStyle& style) {
+void applyWithBase(const QPSSheet& sheet, QPSAppearance& appearance, const QPSStyle& style) {
   appearance = {};
   if (const QPSNamedStyle* named = sheet.namedStyleById[style.namedStyle]) {
     appearance.isDate = named->name != nullptr && named->name == kDateStyleName;
@@ -56,14 +55,14 @@ void resolveAppearance(const QPSSheet& sheet, QPSAppearance& appearance, const Q
 
 }  // namespace
 
-const QPSAppearance& resolveCurrentStyle(QPSSheet& sheet) {
+const QPSAppearance& resolveAppearance(QPSSheet& sheet, std::uint16_t currentStyle) {
   if (sheet.styleList == nullptr) return sheet.unstyled;
-  const QPSStyle* style = findStyle(sheet, sheet.currentStyle);
+  const QPSStyle* style = findStyle(sheet, currentStyle);
   if (style == nullptr) return kUnstyled;
   auto* appearance = poolNew<QPSAppearance>(sheet.services);
-  sheet.stylePageByNumber[style->number >> 8]->appearances[style->number & 0xFF] = appearance;
+  sheet.stylePageByNumber[currentStyle >> 8]->appearances[currentStyle & 0xFF] = appearance;
   if (appearance == nullptr) appearance = &sheet.scratchAppearance;
-  resolveAppearance(sheet, *appearance, *style);
+  applyWithBase(sheet, *appearance, *style);
   return *appearance;
 }
 

@@ -16,30 +16,29 @@ namespace qps {
 inline constexpr QPSAppearance kUnstyled{
     .formatCode = 0,
     .decimals = 0,
-    .textAlignment = SSAlignVerticalBottom | SSAlignLeft | SSAlignTextFlagClear,
-    .numericAlignment = SSAlignVerticalBottom | SSAlignLeft | SSAlignTextFlagClear,
+    .alignment = {SSAlignVerticalBottom | SSAlignLeft | SSAlignTextFlagClear,
+                  SSAlignVerticalBottom | SSAlignLeft | SSAlignTextFlagClear},
     .present = 0,
-    .fillColour = SS_NO_COLOUR,
-    .textColour = 0,
-    .bordered = 0,
+    .colours = {.fill = SS_NO_COLOUR, .text = 0, .bordered = 0},
     .borders = nullptr,
     .font = nullptr,
     .userFormat = nullptr,
     .isDate = false,
 };
 
-// Works out what `currentStyle` means, for its first cell and for every cell without a style.
-const QPSAppearance& resolveCurrentStyle(QPSSheet& sheet);
+// Works out what the style with this number means, for its first cell and for every cell without a
+// style.
+const QPSAppearance& resolveAppearance(QPSSheet& sheet, std::uint16_t currentStyle);
 
-// What `currentStyle` means.
-inline const QPSAppearance& currentAppearance(QPSSheet& sheet) {
-  const QPSStylePage* page = sheet.stylePageByNumber[sheet.currentStyle >> 8];
+// What the style with this number means. Stays as it is until the next cell.
+inline const QPSAppearance& appearanceOf(QPSSheet& sheet, std::uint16_t currentStyle) {
+  const QPSStylePage* page = sheet.stylePageByNumber[currentStyle >> 8];
   if (page != nullptr) [[likely]] {
-    const QPSAppearance* appearance = page->appearances[sheet.currentStyle & 0xFF];
+    const QPSAppearance* appearance = page->appearances[currentStyle & 0xFF];
     if (appearance != nullptr) [[likely]]
       return *appearance;
   }
-  return resolveCurrentStyle(sheet);
+  return resolveAppearance(sheet, currentStyle);
 }
 
 inline void writeBorders(SSItemCell& cell, const QPSStyle& style) {
@@ -49,33 +48,34 @@ inline void writeBorders(SSItemCell& cell, const QPSStyle& style) {
   }
 }
 
-inline void writeFont(SSItemFont& item, const QPSFont& font) {
-  static_assert(sizeof(item.name) == sizeof(font.name));
-  std::memcpy(item.name, font.name, sizeof(item.name));
-  item.size = font.size;
-  item.attrBit0 = font.attrBit0;
-  item.attrBit1 = font.attrBit1;
-  item.attrBit2 = font.attrBit2;
-  item.attrBit5 = font.attrBit5;
-  item.extra0 = 1;
-  item.extra1 = 0;
+// The item's fields from the name to the last have the layout of QPSFont::Shown.
+inline void writeFont(SSItemFont& item, const QPSFont::Shown& font) {
+  constexpr std::size_t kFirst = offsetof(SSItemFont, name);
+  static_assert(offsetof(SSItemFont, size) - kFirst == offsetof(QPSFont::Shown, size));
+  static_assert(offsetof(SSItemFont, attrBit0) - kFirst == offsetof(QPSFont::Shown, attrBit0));
+  static_assert(offsetof(SSItemFont, attrBit5) - kFirst == offsetof(QPSFont::Shown, attrBit5));
+  static_assert(offsetof(SSItemFont, extra0) - kFirst == offsetof(QPSFont::Shown, extra0));
+  static_assert(offsetof(SSItemFont, extra1) - kFirst == offsetof(QPSFont::Shown, extra1));
+  std::memcpy(reinterpret_cast<char*>(&item) + kFirst, &font, sizeof(SSItemFont) - kFirst);
 }
 
-// Applies the style whose number is `currentStyle` to a cell of the kind `lastCellKind`: writes the
-// item's style fields, and returns what the rendering of its value needs, which stays as it is
-// until the next cell.
-inline const QPSAppearance& qpsApplyCellStyle(QPSSheet& sheet, SSItemCell& cell) {
-  const QPSAppearance& appearance = currentAppearance(sheet);
+// Applies the style with this number to a cell: writes the item's style fields. Returns what the
+// style means for the cell's value.
+inline const QPSAppearance& qpsApplyCellStyle(QPSSheet& sheet, SSItemCell& cell, CellKind kind,
+                                              std::uint16_t currentStyle) {
+  const QPSAppearance& appearance = appearanceOf(sheet, currentStyle);
+  const QPSAppearance::Colours colours = appearance.colours;
+  const std::uint32_t present = appearance.present;
   cell.spare2 = 0;
-  cell.alignment =
-      sheet.lastCellKind == kNumericCell ? appearance.numericAlignment : appearance.textAlignment;
-  cell.fillColour = appearance.fillColour;
-  cell.textColour = appearance.textColour;
-  cell.bordered = appearance.bordered;
-  cell.font.present = appearance.present;
-  if (appearance.present == 0) cell.spare1 = 0;
+  cell.alignment = appearance.alignment[kind];
+  cell.fillColour = colours.fill;
+  cell.textColour = colours.text;
+  cell.bordered = colours.bordered;
+  cell.font.present = present;
+  if (present == 0) [[unlikely]]
+    cell.spare1 = 0;
   if (appearance.borders != nullptr) writeBorders(cell, *appearance.borders);
-  if (appearance.font != nullptr) writeFont(cell.font, *appearance.font);
+  if (appearance.font != nullptr) writeFont(cell.font, appearance.font->shown);
   return appearance;
 }
 

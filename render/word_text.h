@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+//
+// WordText: a text of at most 15 characters in two words, put together and handed on in registers.
+// Most cells show no more. A text that is stored in pieces and loaded again at once makes the
+// processor wait until every piece has reached its cache.
+#ifndef QPSREADER_RENDER_WORD_TEXT_H
+#define QPSREADER_RENDER_WORD_TEXT_H
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "reader/short_text.h"
+
+namespace qps {
+
+// Up to eight characters, the first in the lowest byte; the bytes behind the last are 0.
+struct TextWord {
+  uint64_t characters;
+  uint64_t size;
+};
+
+constexpr TextWord textWord(std::string_view text) {
+  TextWord word{0, text.size()};
+  for (size_t i = 0; i < text.size(); ++i)
+    word.characters |= uint64_t{static_cast<uint8_t>(text[i])} << (8 * i);
+  return word;
+}
+
+class WordText {
+ public:
+  static constexpr size_t kMostCharacters = 15;
+  static constexpr size_t kWrittenBytes = 16;
+
+  constexpr WordText() = default;
+  constexpr explicit WordText(TextWord word) { append(word); }
+
+  // The caller knows that there is room for what it appends. No branch depends on the sizes, which
+  // differ from cell to cell.
+  constexpr void append(TextWord word) {
+    const uint64_t shift = 8 * size() % 64;
+    const uint64_t inLow = (size() / 8 - 1) << shift;
+    const uint64_t turned = std::rotl(word.characters, static_cast<int>(shift));
+    low_ |= turned & inLow;
+    high_ |= turned & ~inLow;
+    high_ += word.size << kSizeShift;
+  }
+  constexpr void append(char character) { append({static_cast<uint8_t>(character), 1}); }
+
+  constexpr size_t size() const { return high_ >> kSizeShift; }
+  constexpr bool empty() const { return high_ == 0 && low_ == 0; }
+
+  // Copies the characters, and nothing behind them.
+  void copyTo(char* out) const { copyWords(out, low_, high_, size()); }
+
+  // Writes kWrittenBytes, of which the characters are the first; gives the end of those.
+  char* write(char* out) const {
+    storeWord(out, low_);
+    storeWord(out + 8, high_);
+    return out + size();
+  }
+
+ private:
+  static constexpr uint64_t kSizeShift = 56;
+
+  uint64_t low_ = 0;   // the first eight characters
+  uint64_t high_ = 0;  // the other seven; the highest byte counts all characters
+};
+
+}  // namespace qps
+
+#endif  // QPSREADER_RENDER_WORD_TEXT_H
