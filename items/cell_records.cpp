@@ -64,8 +64,8 @@ CellStep deliverNumber(QPSSheet& sheet, SSItemCell& cell, double value) {
   return CellStep::kDeliver;
 }
 
-[[gnu::always_inline]] inline CellStep deliverText(QPSSheet& sheet, SSItemCell& cell,
-                                                   CellKind kind, std::string_view text) {
+[[gnu::always_inline]] inline CellStep deliverText(QPSSheet& sheet, SSItemCell& cell, CellKind kind,
+                                                   std::string_view text) {
   const QPSAppearance& appearance = placeCell(sheet, cell, kind);
   cell.text = isHidden(appearance) ? nullptr : qpsStrDup(sheet, text);
   return CellStep::kDeliver;
