@@ -172,8 +172,8 @@ TEST(Faults, APoolThatIsExhaustedFailsNodesAndLosesTextsAndRows) {
                        b.rowHeight(1, 300).rowHeights(5, 9, 400).hiddenRows(Body().u8(0xFF));
                      }),
             base);
-  EXPECT_EQ(refusals([](auto& b) { b.settings(false); }, nothing, Step::kSeek),
-            refusals([](auto& b) { b.settings(true); }, nothing, Step::kSeek) + 1);
+  EXPECT_EQ(refusals([](auto& b) { b.record(rec::kSettingsOff); }, nothing, Step::kSeek),
+            refusals([](auto& b) { b.record(rec::kSettingsOn); }, nothing, Step::kSeek) + 1);
 }
 
 TEST(Faults, ATextThatCannotBeCopiedIsDeliveredAsNull) {
