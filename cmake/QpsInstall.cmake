@@ -22,6 +22,9 @@ install(FILES ${PROJECT_BINARY_DIR}/qpsreaderConfig.cmake
   ${PROJECT_BINARY_DIR}/qpsreaderConfigVersion.cmake DESTINATION ${packageFolder})
 
 file(RELATIVE_PATH QPS_PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+# From the prefix too where the folders were given as absolute paths.
+file(RELATIVE_PATH QPS_PC_LIBDIR ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
+file(RELATIVE_PATH QPS_PC_INCLUDEDIR ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 string(REGEX REPLACE "/$" "" QPS_PC_PREFIX ${QPS_PC_PREFIX})
 foreach(name qpsreader qpshost)
   configure_file(cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
