@@ -119,6 +119,16 @@ std::uint32_t deliverNotebookText(QPSSheet& sheet, SSItemNotebookText& item, cha
   return kItemDelivered;
 }
 
+// A record without a rule: false at the end of the worksheet. Out of line, as is all that few
+// records need, which keeps what runs once per cell short.
+[[gnu::noinline]] bool passOtherRecord(RecordStream& records) {
+  if (records.type() == RecordType::kEndOfFile) return false;
+  if (records.type() != RecordType::kSheetEnd) return records.skipBody();
+  // The body belongs to the worksheet; what it holds, or that it is cut short, changes nothing.
+  static_cast<void>(records.readBody());
+  return false;
+}
+
 std::uint32_t deliverNextCell(QPSSheet& sheet, SSItemCell& cell) {
   RecordStream& records = sheet.records;
   for (;;) {
@@ -126,14 +136,7 @@ std::uint32_t deliverNextCell(QPSSheet& sheet, SSItemCell& cell) {
       return kSheetEnded;
     const auto* rule = kCellTable.find(records.recordType);
     if (rule == nullptr) [[unlikely]] {
-      if (records.type() == RecordType::kEndOfFile) return kSheetEnded;
-      if (records.type() == RecordType::kSheetEnd) {
-        // The body belongs to the worksheet; what it holds, or that it is cut short, changes
-        // nothing.
-        static_cast<void>(records.readBody());
-        return kSheetEnded;
-      }
-      if (!records.skipBody()) return kSheetEnded;
+      if (!passOtherRecord(records)) return kSheetEnded;
       continue;
     }
     if (!records.readBody()) [[unlikely]] {
@@ -148,8 +151,7 @@ std::uint32_t deliverNextCell(QPSSheet& sheet, SSItemCell& cell) {
   }
 }
 
-// What comes before the cells. None when nothing of that is left. Out of line, which keeps what
-// runs once per cell short.
+// What comes before the cells. None when nothing of that is left.
 [[gnu::noinline]] std::optional<std::uint32_t> deliverBeforeCells(QPSSheet& sheet, SSItem& item) {
   if (sheet.itemState == kItemStateEnd) return kSheetEnded;
   if (sheet.itemState == kItemStateStart) return deliverSheetInfo(sheet, item.sheetInfo);
