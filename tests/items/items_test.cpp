@@ -108,7 +108,7 @@ TEST(Cells, EachRecordGivesItsPositionAndText) {
        {"1,1 abc", "1,2 d"}},
       {"text behind a zero byte",
        [](auto& b) {
-         b.record(51, cellBody({0, 0}).u8('x').zeroText("abc").text("def"));
+         b.record(51, cellBody({0, 0}).u8('x').zeroText("abc").text("def, and then more"));
        },
        {"1,1 abc"}},
       {"formula",

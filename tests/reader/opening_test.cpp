@@ -141,15 +141,19 @@ TEST(RecordStream, KeepsTheFirst5120BytesOfABody) {
     EXPECT_EQ(texts[0], std::string(std::min<size_t>(size, 5120) - 7, 'x'));
     EXPECT_EQ(texts[1], "next");
   }
-  // The seek past the rest fails, and the rest then reads as empty records.
+  // The body comes short, or the seek past the rest fails and the rest then reads as empty
+  // records.
   for (const unsigned type : {216u, 261u}) {
-    NotebookBuilder book;
-    book.header().sheetStart().record(type, Body().fill(5120 + 880)).sheetEnd();
-    RecordingHost host(book.bytes());
-    host.fail({.step = Step::kSeek, .nth = 4});
-    const SheetRun run = readClean(host, book.sheetOffset());
-    EXPECT_EQ(run.opened, type == 261);
-    EXPECT_EQ(run.items.size(), type == 261 ? 1u : 0u) << "no row from a body that failed";
+    for (const Fault& fault : {Fault{.step = Step::kSeek, .nth = 4},
+                               Fault{.step = Step::kRead, .nth = 7, .shortBy = 4}}) {
+      NotebookBuilder book;
+      book.header().sheetStart().record(type, Body().fill(5120 + 880)).sheetEnd();
+      RecordingHost host(book.bytes());
+      host.fail(fault);
+      const SheetRun run = readClean(host, book.sheetOffset());
+      EXPECT_EQ(run.opened, type == 261);
+      EXPECT_EQ(run.items.size(), type == 261 ? 1u : 0u) << "no row from a body that failed";
+    }
   }
 }
 
