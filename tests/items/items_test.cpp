@@ -42,6 +42,16 @@ TEST(Items, ASheetStartMayLieAnywhere) {
   EXPECT_NE(readBook(book, 0).items, std::vector<Item>());
 }
 
+TEST(Items, OfARangeOfRowsAskTheStreamForNothing) {
+  const auto seeksFor = [](unsigned rows) {
+    const NotebookBuilder book = bookOf(nothing, [=](auto& b) { b.rowHeights(1, rows, 300); });
+    RecordingHost host(book.bytes());
+    EXPECT_EQ(readClean(host, book.sheetOffset()).items.size(), 1 + rows);
+    return host.calls(Step::kSeek);
+  };
+  EXPECT_EQ(seeksFor(1000), seeksFor(1));
+}
+
 // "column,row text" of every cell, "(null)" for no text; `style` 2 is the hidden format.
 std::vector<std::string> cells(const Add& fill) {
   std::vector<std::string> result;
