@@ -39,8 +39,9 @@ class WordText {
   // The caller knows that there is room for what it appends. No branch depends on the sizes, which
   // differ from cell to cell.
   constexpr void append(TextWord word) {
-    const uint64_t shift = 8 * size() % 64;
-    const uint64_t inLow = (size() / 8 - 1) << shift;
+    const uint64_t size = high_ >> kSizeShift;
+    const uint64_t shift = 8 * size % 64;
+    const uint64_t inLow = (size / 8 - 1) << shift;  // the bytes of the word that stay below 8
     const uint64_t turned = std::rotl(word.characters, static_cast<int>(shift));
     low_ |= turned & inLow;
     high_ |= turned & ~inLow;
@@ -48,7 +49,7 @@ class WordText {
   }
   constexpr void append(char character) { append({static_cast<uint8_t>(character), 1}); }
 
-  constexpr size_t size() const { return high_ >> kSizeShift; }
+  constexpr size_t size() const { return static_cast<size_t>(high_ >> kSizeShift); }
   constexpr bool empty() const { return high_ == 0 && low_ == 0; }
 
   // Copies the characters, and nothing behind them.
