@@ -200,6 +200,17 @@ std::string_view floorText(Family family, const std::uint8_t* body, std::size_t 
   return text.view();
 }
 
+std::size_t floorHeaders(SSStream* stream) {
+  std::size_t records = 0;
+  std::uint8_t header[4];
+  while (stream->read(stream, header, sizeof header) == sizeof header) {
+    ++records;
+    const auto bytes = static_cast<std::ptrdiff_t>(header[2] | header[3] << 8);
+    if (stream->seek(stream, bytes, SSSeekFromCurrent) == 0) break;
+  }
+  return records;
+}
+
 Totals floorWalk(SSStream* stream, std::uint32_t offset) {
   Totals totals;
   walkRecords(stream, offset, [&](unsigned type, const std::uint8_t*, std::size_t) {

@@ -53,6 +53,10 @@ constexpr Family familyOf(const std::uint8_t* body) {
   return static_cast<Family>(((body[4] | body[5] << 8) >> 3) - 1);
 }
 
+// The headers of the file, with a seek over each body and nothing else: the two calls that a
+// listing makes for a record. How many there are.
+std::size_t floorHeaders(SSStream* stream);
+
 // One worksheet, from its record 202 to its record 203.
 Totals floorWalk(SSStream* stream, std::uint32_t offset);
 Totals floorItems(SSStream* stream, std::uint32_t offset, SSItemAlloc itemAlloc, void* context);

@@ -74,6 +74,15 @@ void addItemMeasures(std::vector<Measure>& measures, std::size_t cells) {
                       .atMost = 0.12,
                       .run = [=] { (*mix)->reading.list(); }});
   measures.push_back({.group = "records",
+                      .name = "a read and a seek, and nothing else",
+                      .units = cells,
+                      .floor = floor,
+                      .run = [=] {
+                        SSStream* stream = (*mix)->host.stream();
+                        stream->open(stream);
+                        floorHeaders(stream);
+                      }});
+  measures.push_back({.group = "records",
                       .name = "the walk of the floor",
                       .units = cells,
                       .floor = floor,

@@ -33,29 +33,26 @@ struct RecordRule {
   OnFailure onFailure;
 };
 
-template <typename Handler, std::size_t Count>
+template <typename Handler>
 class RecordTable {
  public:
+  // The rules outlive the table.
+  template <std::size_t Count>
   explicit constexpr RecordTable(const RecordRule<Handler> (&rules)[Count]) {
-    static_assert(Count < kNoRule);
-    slots_.fill(kNoRule);
-    for (std::size_t i = 0; i < Count; ++i) {
-      rules_[i] = rules[i];
-      slots_[static_cast<std::size_t>(rules[i].type)] = static_cast<std::uint8_t>(i);
-    }
+    for (const RecordRule<Handler>& rule : rules)
+      rules_[static_cast<std::size_t>(rule.type)] = &rule;
   }
 
   constexpr const RecordRule<Handler>* find(std::uint16_t type) const {
-    if (type > kHighestHandledRecord || slots_[type] == kNoRule) return nullptr;
-    return &rules_[slots_[type]];
+    return type <= kHighestHandledRecord ? rules_[type] : nullptr;
   }
 
  private:
-  static constexpr std::uint8_t kNoRule = 0xFF;
-
-  std::array<RecordRule<Handler>, Count> rules_{};
-  std::array<std::uint8_t, kHighestHandledRecord + 1> slots_{};
+  std::array<const RecordRule<Handler>*, kHighestHandledRecord + 1> rules_{};
 };
+
+template <typename Handler, std::size_t Count>
+RecordTable(const RecordRule<Handler> (&)[Count]) -> RecordTable<Handler>;
 
 }  // namespace qps
 
