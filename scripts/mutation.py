@@ -3,9 +3,9 @@
 """mutation.py [--count N] [--seed S] [--file PATH]...: breaks the code and sees whether a test notices.
 
 Each mutant changes one place of a source file of the reader or of olefio: an operator, a constant, a
-result, or a statement that is dropped. Only that file is compiled again, into a copy; the test
-programs are linked with it in front of the library and run, with the address and undefined-behaviour
-sanitizers. A mutant is caught when a program fails, crashes or does not end.
+result, or a statement that is dropped. Only that file is compiled again, into a copy, or, for a header,
+the sources that include it; the test programs are linked with these in front and run, with the address
+and undefined-behaviour sanitizers. A mutant is caught when a program fails, crashes or does not end.
 
 Each place has its lot by the seed and its text, so that the draw in one file does not depend on the
 others, and the results are kept in build/mutation/results.jsonl by file contents: a run goes on where
@@ -16,18 +16,21 @@ scripts/mutation_equivalents.txt. Fails when less than 90 % of the mutants are c
 
 import argparse
 import collections
+import functools
 import hashlib
 import json
 import os
 import pathlib
 import re
 import shlex
+import shutil
 import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build/mutation"
 RESULTS = BUILD / "results.jsonl"
+SHADOW = BUILD / "shadow"
 EQUIVALENTS = ROOT / "scripts/mutation_equivalents.txt"
 LEAST_CAUGHT = 90.0
 TIMEOUT_SECONDS = 60
@@ -38,6 +41,10 @@ PROGRAMS = {
     "render": ["reader_tests", "render_tests"],
     "default": ["reader_tests", "fault_tests"],
 }
+# Headers with code that runs for each cell; most of the others hold declarations.
+HEADERS = ["format/date_text.h", "format/format_value.h", "format/rendering.h", "reader/item_text.h",
+           "reader/short_text.h", "render/date_serial.h", "render/digits.h", "render/short_fixed.h",
+           "render/text_buffer.h", "render/word_text.h", "styles/apply_style.h"]
 ROOMS = ["reader", "scan", "items", "styles", "format", "render", "sheetinfo", "olefio"]
 
 SWAPS = [
@@ -57,6 +64,8 @@ STATEMENT = re.compile(r"^\s*(?!return|using|break|continue|case|static|constexp
                        r"[\w:*&>\[\]().+-]+(\(.*\)| [-+|&]?= .*|\+\+|--)?;$")
 SKIPPED = re.compile(r"^\s*(//|#|static_assert|template|using|namespace|struct|class|enum|friend)|"
                      r"operator|\[\[nodiscard\]\]")
+
+INCLUDE = re.compile(r'^#include "(.*)"', re.MULTILINE)
 
 Mutant = collections.namedtuple("Mutant", "file line text mutated")
 
@@ -126,27 +135,41 @@ class Bench:
             self.link[program] = commands[-1]
 
     def outcome(self, mutant):
-        source, copied = BUILD / "mutant.cpp", BUILD / "mutant.o"
         lines = (ROOT / mutant.file).read_text().splitlines()
         lines[mutant.line - 1] = mutant.mutated
-        source.write_text("\n".join(lines) + "\n")
-        command = list(self.compile[mutant.file])
-        command[command.index("-o") + 1] = str(copied)
-        command[command.index("-c") + 1] = str(source)
-        # A mutant may leave something unused; that is not what a warning is for here.
-        command = [word for word in command if not word.startswith("-W")] + ["-w"]
-        if run(command).returncode != 0:
-            return "stillborn", ""
+        mutated = SHADOW / mutant.file
+        shutil.rmtree(SHADOW, ignore_errors=True)
+        mutated.parent.mkdir(parents=True)
+        mutated.write_text("\n".join(lines) + "\n")
+        objects = []
+        for source in sources_with(mutant.file):
+            objects.append(f"mutant_{len(objects)}.o")
+            if not self.compiles(source, objects[-1]):
+                return "stillborn", ""
         room = mutant.file.split("/")[0]
         for program in PROGRAMS.get(room, PROGRAMS["default"]):
-            if self.notices(program, copied):
+            if self.notices(program, " ".join(objects)):
                 return "caught", program
         return "survived", ""
 
-    def notices(self, program, copied):
-        # In front of the library, whose own object is then not taken.
+    def compiles(self, source, copied):
+        command = list(self.compile[source])
+        command[command.index("-o") + 1] = copied
+        # A header beside the source would be found before that in the shadow: the source moves there.
+        place = SHADOW / source
+        place.parent.mkdir(parents=True, exist_ok=True)
+        if not place.exists():
+            shutil.copy(ROOT / source, place)
+        command[command.index("-c") + 1] = str(place)
+        # A mutant may leave something unused; that is not what a warning is for here.
+        command = [word for word in command if not word.startswith("-W")] + ["-w"]
+        return run([*command[:1], f"-I{SHADOW}", *command[1:]]).returncode == 0
+
+    def notices(self, program, objects):
+        # In front of all: neither the library's own objects are taken, nor what the tests have of a
+        # header's functions.
         link = self.link[program].replace(f"-o bin/{program}", f"-o mutant_{program}")
-        link = re.sub(r"(lib/lib(qpsreader|zbolefio_static)\.a)", rf"{copied} \1", link, count=1)
+        link = re.sub(r" (\S+\.o) ", rf" {objects} \1 ", link, count=1)
         linked = run(link, shell=True)
         if linked.returncode != 0:
             sys.exit(f"cannot link {program}:\n{linked.stderr}")
@@ -157,6 +180,26 @@ class Bench:
                        env=environment, timeout=TIMEOUT_SECONDS).returncode != 0
         except subprocess.TimeoutExpired:
             return True
+
+
+@functools.cache
+def included_by(path):
+    """All files of ours that a source includes, and itself."""
+    found = {path}
+    for header in INCLUDE.findall((ROOT / path).read_text()):
+        if (ROOT / header).exists():
+            found |= included_by(header)
+    return frozenset(found)
+
+
+def sources_in(rooms):
+    return sorted(path.relative_to(ROOT).as_posix()
+                  for room in rooms for path in (ROOT / room).glob("*.cpp"))
+
+
+def sources_with(file):
+    """The sources that make the difference when this file changes."""
+    return [source for source in sources_in(ROOMS) if file in included_by(source)]
 
 
 def lot_of(mutant, seed):
@@ -182,10 +225,9 @@ def shown(file, text, mutated):
 
 
 def equivalents():
-    """Rows "FILE | MUTATED LINE | REASON"."""
-    rows = [row.split(" | ") for row in EQUIVALENTS.read_text().splitlines()
-            if row and not row.startswith("#")] if EQUIVALENTS.exists() else []
-    return {(row[0], row[1]) for row in rows}
+    """Rows "FILE | MUTATED LINE | REASON"; the line may hold a | of its own."""
+    rows = [row for row in EQUIVALENTS.read_text().splitlines() if row and not row.startswith("#")]
+    return {tuple(row.rsplit(" | ", 1)[0].split(" | ", 1)) for row in rows}
 
 
 def report(rows):
@@ -215,8 +257,7 @@ def main():
     parser.add_argument("--file", action="append", help="only this source file")
     arguments = parser.parse_args()
 
-    files = arguments.file or sorted(
-        path.relative_to(ROOT).as_posix() for room in ROOMS for path in (ROOT / room).glob("*.cpp"))
+    files = arguments.file or [*sources_in(ROOMS), *HEADERS]
     places = [mutant for file in files for mutant in places_in(file)]
     places.sort(key=lambda mutant: lot_of(mutant, arguments.seed))
     print(f"{len(places)} places in {len(files)} files")

@@ -22,7 +22,7 @@ struct Sample {
   CompoundOptions options;
   std::size_t streamBytes;
   std::size_t cutBytes;  // how far the ends lie apart
-  int siblings = 1;
+  unsigned siblings = 1;
 };
 
 const Sample kSamples[] = {
@@ -39,7 +39,7 @@ const Sample kSamples[] = {
 
 Bytes fileOf(const Sample& sample, const Bytes& contents) {
   std::vector<NamedStream> streams = {{"MAIN", contents}};
-  for (int i = 0; i < sample.siblings; ++i)
+  for (unsigned i = 0; i < sample.siblings; ++i)
     streams.push_back({std::to_string(i), contentsOf(500 / (1 + i), 2)});
   return writeCompound(sample.options, streams);
 }

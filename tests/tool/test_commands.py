@@ -93,6 +93,17 @@ class Commands(ToolTest):
         row = next(csv.reader(io.StringIO(self.output(data, "csv"))))
         self.assertEqual(row, [text.decode("cp1252") for text in texts])
 
+    def test_csv_quotes_at_every_place(self):
+        texts = ["x" * length for length in range(1, 34)] + ["y" * 5000, "y" * 5000 + ","]
+        for special in (",", '"', "\r", "\n", ',"', "\u20ac", ";\t'"):
+            for place in range(20):
+                texts.append("a" * place + special + "b" * (place % 3))
+        rows = [label(row % 2, row // 2, text.encode("cp1252")) for row, text in enumerate(texts)]
+        output = run("csv", self.file(notebook(sheet(*rows)))).stdout.decode()
+        quoted = ['"' + text.replace('"', '""') + '"' if set(text) & set(',"\r\n') else text
+                  for text in texts] + [""] * (len(texts) % 2)
+        self.assertEqual(output, "".join(f"{a},{b}\n" for a, b in zip(quoted[::2], quoted[1::2])))
+
     def test_east_asian_encoding(self):
         text = "\u8868\u683c, \u4e88\u7b97"  # the first has a backslash for its second byte
         data = notebook(sheet(label(0, 0, text.encode("cp932")), label(1, 0, b"\x82")))
