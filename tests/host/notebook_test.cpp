@@ -36,19 +36,6 @@ Notebook openBytes(const Bytes& bytes, const OpenOptions& options = {}) {
   return *std::move(notebook);
 }
 
-// All cells of a notebook, as "A 2,3 text" lines.
-std::vector<std::string> cellsOf(const Notebook& notebook) {
-  std::vector<std::string> cells;
-  for (const Sheet& sheet : notebook.sheets()) {
-    for (const qps::Item& item : notebook.items(sheet)) {
-      if (const auto cell = item.cell())
-        cells.push_back(std::string(sheet.name) + " " + std::to_string(cell->row()) + "," +
-                        std::to_string(cell->column()) + " " + std::string(cell->text()));
-    }
-  }
-  return cells;
-}
-
 // Two worksheets with `rows` labels each.
 NotebookBuilder twoSheets(unsigned rows) {
   NotebookBuilder builder;
@@ -365,7 +352,11 @@ TEST(Notebook, ReadsAPipeToItsEndFirst) {
     ::close(ends[0]);
     ASSERT_EQ(static_cast<bool>(notebook), limit == 0);
     if (notebook) {
-      EXPECT_EQ(cellsOf(*notebook).size(), 18000u);
+      std::size_t cells = 0;
+      for (const Sheet& sheet : notebook->sheets())
+        for (const qps::Item& item : notebook->items(sheet))
+          cells += item.cell() ? 1 : 0;
+      EXPECT_EQ(cells, 18000u);
     } else {
       EXPECT_EQ(notebook.error().reason, Reason::kMemoryLimit);
     }
