@@ -67,7 +67,7 @@ WordText showDialTime(double value, Seconds seconds) {
   return dialText(qpsTimeOfDay(value), seconds);
 }
 
-WordText showTime(const Rendering& r, double value, Seconds seconds) {
+WordText showTime(Rendering r, double value, Seconds seconds) {
   if (r.sheet.formatVersion == kDialHoursVersion) return showDialTime(value, seconds);
   const TimeOfDay time = qpsTimeOfDay(value);
   return clockText(time.hours == 24 ? 0 : time.hours, time, seconds);
@@ -77,11 +77,11 @@ WordText showTime(const Rendering& r, double value, Seconds seconds) {
 
 // One road for all dated forms, because they come in any order: a processor that guesses the form
 // wrong loses more time than the few pieces take that are worked out in vain.
-WordText showDatedForm(Rendering& r, double value) {
+WordText showDatedForm(Rendering r, const QPSAppearance& appearance, double value) {
   if (value > kLastShownSerial || value < kFirstShownSerial) return showOverflow(r);
   if (std::isnan(value)) return kErrorMark;
   const CalendarDate date = dateOfDay(static_cast<std::int32_t>(value));
-  const DateForm& form = kDateForms[r.appearance.formatCode - kFirstDateForm];
+  const DateForm& form = kDateForms[appearance.formatCode - kFirstDateForm];
   const TextWord& name = kMonthWords[static_cast<std::size_t>(date.month)];
   WordText text({twoDigitsOf(date.day).characters * form.day +
                      twoDigitsOf(date.month).characters * form.month +
@@ -91,28 +91,28 @@ WordText showDatedForm(Rendering& r, double value) {
   return text;
 }
 
-WordText showTime12WithSeconds(Rendering& /*r*/, double value) {
+WordText showTime12WithSeconds(Rendering /*r*/, const QPSAppearance& /*appearance*/, double value) {
   return showDialTime(value, Seconds::kShown);
 }
-WordText showTime12(Rendering& /*r*/, double value) {
+WordText showTime12(Rendering /*r*/, const QPSAppearance& /*appearance*/, double value) {
   return showDialTime(value, Seconds::kHidden);
 }
-WordText showTime24WithSeconds(Rendering& r, double value) {
+WordText showTime24WithSeconds(Rendering r, const QPSAppearance& /*appearance*/, double value) {
   return showTime(r, value, Seconds::kShown);
 }
-WordText showTime24(Rendering& r, double value) {
+WordText showTime24(Rendering r, const QPSAppearance& /*appearance*/, double value) {
   return showTime(r, value, Seconds::kHidden);
 }
 
-WordText showYear(Rendering& /*r*/, double value) {
+WordText showYear(Rendering /*r*/, const QPSAppearance& /*appearance*/, double value) {
   return integerText(qpsSerialToDate(value).year, 2);
 }
 
-WordText showMonthAbbreviation(Rendering& /*r*/, double value) {
+WordText showMonthAbbreviation(Rendering /*r*/, const QPSAppearance& /*appearance*/, double value) {
   return WordText(kMonthWords[static_cast<std::size_t>(qpsSerialToDate(value).month)]);
 }
 
-WordText showShortNumericDate(Rendering& r, double value) {
+WordText showShortNumericDate(Rendering r, const QPSAppearance& /*appearance*/, double value) {
   const CalendarDate date = qpsSerialToDate(value);
   ResultText text;
   text.appendInteger(date.month);
@@ -123,11 +123,11 @@ WordText showShortNumericDate(Rendering& r, double value) {
   return r.deliver(text.view());
 }
 
-WordText showNamedDate(Rendering& r, double value) {
-  return r.appearance.isDate ? showLongDate(r, value) : showGeneral(r, value);
+WordText showNamedDate(Rendering r, const QPSAppearance& appearance, double value) {
+  return appearance.isDate ? showLongDate(r, appearance, value) : showGeneral(r, appearance, value);
 }
 
-WordText showLongDate(Rendering& r, double value) {
+WordText showLongDate(Rendering r, const QPSAppearance& /*appearance*/, double value) {
   const CalendarDate date = qpsSerialToDate(value);
   ResultText text;
   text.append(monthNames[static_cast<std::size_t>(date.month)]);

@@ -1,52 +1,59 @@
 // SPDX-License-Identifier: MIT
 #include "format/format_value.h"
 
+#include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 namespace qps {
 
 namespace {
 
+// A form for finite values, made one for all values.
+template <Form kForm>
+WordText finite(Rendering r, const QPSAppearance& appearance, double value) {
+  return std::isfinite(value) ? kForm(r, appearance, value) : kErrorMark;
+}
+
 struct FormRow {
   std::uint8_t code;
-  FormRule rule;
+  Form form;
 };
 
 // Every code without a row shows in the General form, from 113 up by the notebook's own format. The
 // families from 16 up are chosen only by codes whose low four bits are zero.
 constexpr FormRow kFormRows[] = {
-    {1, {showBars, true}},
-    {5, {showDatedForm, true}},
-    {6, {showDatedForm, true}},
-    {7, {showDatedForm, true}},
-    {8, {showDatedForm, true}},
-    {9, {showDatedForm, true}},
-    {10, {showTime12WithSeconds, false}},
-    {11, {showTime12, false}},
-    {12, {showTime24WithSeconds, false}},
-    {13, {showTime24, false}},
-    {14, {showYear, false}},
-    {15, {showMonthAbbreviation, false}},
-    {16, {showFixed, false}},
-    {32, {showScientific, false}},
-    {48, {showCurrency, false}},
-    {64, {showPercent, false}},
-    {80, {showComma, false}},
-    {96, {showShortNumericDate, false}},
-    {112, {showNamedDate, false}},
+    {1, showBars},
+    {5, showDatedForm},
+    {6, showDatedForm},
+    {7, showDatedForm},
+    {8, showDatedForm},
+    {9, showDatedForm},
+    {10, finite<showTime12WithSeconds>},
+    {11, finite<showTime12>},
+    {12, finite<showTime24WithSeconds>},
+    {13, finite<showTime24>},
+    {14, finite<showYear>},
+    {15, finite<showMonthAbbreviation>},
+    {16, showFixed},
+    {32, finite<showScientific>},
+    {48, showCurrency},
+    {64, showPercent},
+    {80, showComma},
+    {96, finite<showShortNumericDate>},
+    {112, finite<showNamedDate>},
 };
 constexpr std::size_t kFirstUserDefinedCode = 113;
 
 }  // namespace
 
-constexpr std::array<FormRule, 256> kFormByCode = [] {
-  std::array<FormRule, 256> forms{};
-  forms.fill({showGeneral, false});
-  for (std::size_t code = kFirstUserDefinedCode; code < forms.size(); ++code) {
-    forms[code].form = showUserDefined;
-  }
+constexpr std::array<Form, 256> kFormByCode = [] {
+  std::array<Form, 256> forms{};
+  forms.fill(showGeneral);
+  for (std::size_t code = kFirstUserDefinedCode; code < forms.size(); ++code)
+    forms[code] = finite<showUserDefined>;
   for (const FormRow& row : kFormRows)
-    forms[row.code] = row.rule;
+    forms[row.code] = row.form;
   return forms;
 }();
 

@@ -5,7 +5,6 @@
 #define QPSREADER_FORMAT_FORMAT_VALUE_H
 
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
@@ -16,32 +15,24 @@
 
 namespace qps {
 
-struct FormRule {
-  Form form;
-  bool takesAnyValue;  // its own test decides on values that are infinite or not numbers
-};
-
-extern const std::array<FormRule, 256> kFormByCode;
+extern const std::array<Form, 256> kFormByCode;
 
 // Renders `value` by the format code, decimals and format text of the cell's appearance, for the
-// width of its column. May change the cell's alignment.
-//
-// Returns the text in a block from the sheet's itemAlloc, the host's from then on; or null when
-// there is none to show (a hidden column, an empty rendering) or no block.
-[[nodiscard]] inline char* qpsFormatValue(const QPSSheet& sheet, const QPSAppearance& appearance,
-                                          SSItemCell& cell, double value) {
-  Rendering rendering{sheet, appearance, cell};
+// width of its column: writes the cell's text, a block from the sheet's itemAlloc and the host's
+// from then on, or null when there is none to show (a hidden column, an empty rendering) or no
+// block. May change the cell's alignment.
+inline void qpsFormatValue(const QPSSheet& sheet, const QPSAppearance& appearance, SSItemCell& cell,
+                           double value) {
+  cell.text = nullptr;
+  const Rendering rendering{sheet, cell};
   if (rendering.columnWidth() == 0) [[unlikely]]
-    return nullptr;
-  const FormRule& rule = kFormByCode[appearance.formatCode];
-  const bool shown = rule.takesAnyValue || std::isfinite(value);
-  const WordText text = shown ? rule.form(rendering, value) : kErrorMark;
+    return;
+  const WordText text = kFormByCode[appearance.formatCode](rendering, appearance, value);
   if (text.empty()) [[unlikely]]
-    return rendering.delivered;
-  char* copy = itemText(sheet, text.size());
-  if (copy != nullptr) [[likely]]
-    text.copyTo(copy);
-  return copy;
+    return;
+  cell.text = itemText(sheet, text.size());
+  if (cell.text != nullptr) [[likely]]
+    text.copyTo(cell.text);
 }
 
 }  // namespace qps

@@ -16,26 +16,26 @@ constexpr int kGeneralDecimals = 8;
 // The size that counts for a cell whose font is unknown, or says 0.
 constexpr std::uint32_t kDefaultFontSize = 10;
 
-std::uint32_t fontSize(const Rendering& r) {
-  const QPSFont* font = r.appearance.font;
+std::uint32_t fontSize(const QPSAppearance& appearance) {
+  const QPSFont* font = appearance.font;
   return font == nullptr || font->shown.size == 0 ? kDefaultFontSize : font->shown.size;
 }
 
 // How many characters the column holds: its width / 12 / the font's size, rounded to nearest,
 // halves up. In integers, which give the same as doubles do: the quotient is either half a
 // character exactly, which doubles hold, or at least 1/3060 away from it.
-std::uint32_t widthInCharacters(const Rendering& r) {
-  const std::uint32_t size = fontSize(r);
+std::uint32_t widthInCharacters(Rendering r, const QPSAppearance& appearance) {
+  const std::uint32_t size = fontSize(appearance);
   return (r.columnWidth() + 6 * size) / (12 * size);
 }
 
 // Whether the column holds `characters`, without a division.
-bool fits(const Rendering& r, std::size_t characters) {
-  const std::size_t size = fontSize(r);
+bool fits(Rendering r, const QPSAppearance& appearance, std::size_t characters) {
+  const std::size_t size = fontSize(appearance);
   return r.columnWidth() + 6 * size >= 12 * size * characters;
 }
 
-WordText showScientificFallback(Rendering& r, double value) {
+WordText showScientificFallback(Rendering r, double value) {
   ResultText text;
   appendScientificFallback(text, value);
   return r.deliver(text.view());
@@ -66,7 +66,7 @@ bool fitGeneral(TextBuffer& text, std::size_t width) {
 }
 
 // A text, unless it was cut: then the General form's last resort.
-WordText showLong(Rendering& r, double value, const ResultText& text) {
+WordText showLong(Rendering r, double value, const ResultText& text) {
   return text.truncated() ? showScientificFallback(r, value) : r.deliver(text.view());
 }
 
@@ -75,12 +75,14 @@ struct Marks {
   TextWord before, after;
 };
 
-WordText showGrouped(Rendering& r, double value, const Marks& marks) {
+WordText showGrouped(Rendering r, const QPSAppearance& appearance, double value,
+                     const Marks& marks) {
   const double magnitude = value < 0 ? -value : value;
-  const int decimals = r.appearance.decimals;
+  const int decimals = appearance.decimals;
   WordText text(marks.before);
   if (appendShortFixed(text, magnitude, decimals, Separators::kThousands, marks.after)) [[likely]]
     return text;
+  if (!std::isfinite(value)) return kErrorMark;
   ResultText result;
   result.append(text);
   appendGrouped(result, magnitude, decimals);
@@ -88,13 +90,16 @@ WordText showGrouped(Rendering& r, double value, const Marks& marks) {
   return showLong(r, value, result);
 }
 
-// Digits with a sign, and a mark behind them.
-[[gnu::always_inline]] inline WordText showDecimal(Rendering& r, double cellValue, double value,
-                                                   TextWord mark) {
-  const int decimals = r.appearance.decimals;
+// Digits with a sign, and a mark behind them. `value` is what they say of the cell's value.
+[[gnu::always_inline]] inline WordText showDecimal(Rendering r, const QPSAppearance& appearance,
+                                                   double cellValue, double value, TextWord mark) {
+  const int decimals = appearance.decimals;
   WordText text;
   if (appendShortFixed(text, value, decimals, Separators::kNone, mark)) [[likely]]
     return text;
+  if (!std::isfinite(value)) {
+    return std::isfinite(cellValue) ? showScientificFallback(r, cellValue) : kErrorMark;
+  }
   ResultText result;
   result.appendFixed(value, decimals);
   result.append(WordText(mark));
@@ -103,23 +108,24 @@ WordText showGrouped(Rendering& r, double value, const Marks& marks) {
 
 }  // namespace
 
-WordText showGeneral(Rendering& r, double value) {
+WordText showGeneral(Rendering r, const QPSAppearance& appearance, double value) {
   if (isInt32(value)) {
     const WordText text = integerText(static_cast<std::int32_t>(value));
-    return fits(r, text.size()) ? text : showScientificFallback(r, value);
+    return fits(r, appearance, text.size()) ? text : showScientificFallback(r, value);
   }
+  if (!std::isfinite(value)) return kErrorMark;
   ResultText text;
   qpsFormatTrimmed(text, value, kGeneralDecimals);
-  if (!fitGeneral(text, widthInCharacters(r))) return showScientificFallback(r, value);
+  if (!fitGeneral(text, widthInCharacters(r, appearance))) return showScientificFallback(r, value);
   return r.deliver(text.view());
 }
 
-WordText showBars(Rendering& r, double value) {
+WordText showBars(Rendering r, const QPSAppearance& appearance, double value) {
   r.cell.alignment = kBarAlignment;
   const double magnitude = std::fabs(value);
   if (std::isnan(magnitude)) return kErrorMark;
   if (magnitude == 0) return WordText(textWord("."));
-  if (magnitude > widthInCharacters(r) || magnitude > kMostBars) return showOverflow(r);
+  if (magnitude > widthInCharacters(r, appearance) || magnitude > kMostBars) return showOverflow(r);
   const char sign = value > 0 ? '+' : '-';
   ResultText bars;
   for (int i = 0; i < magnitude; ++i)
@@ -127,30 +133,28 @@ WordText showBars(Rendering& r, double value) {
   return r.deliver(bars.view());
 }
 
-WordText showFixed(Rendering& r, double value) {
-  return showDecimal(r, value, value, {});
+WordText showFixed(Rendering r, const QPSAppearance& appearance, double value) {
+  return showDecimal(r, appearance, value, value, {});
 }
 
-WordText showScientific(Rendering& r, double value) {
+WordText showScientific(Rendering r, const QPSAppearance& appearance, double value) {
   ResultText text;
-  text.appendScientific(value, r.appearance.decimals);
+  text.appendScientific(value, appearance.decimals);
   return showLong(r, value, text);
 }
 
-WordText showCurrency(Rendering& r, double value) {
+WordText showCurrency(Rendering r, const QPSAppearance& appearance, double value) {
   constexpr Marks kMarks[] = {{textWord("$"), textWord(" ")}, {textWord("($"), textWord(") ")}};
-  return showGrouped(r, value, kMarks[value < 0 ? 1 : 0]);
+  return showGrouped(r, appearance, value, kMarks[value < 0 ? 1 : 0]);
 }
 
-WordText showComma(Rendering& r, double value) {
+WordText showComma(Rendering r, const QPSAppearance& appearance, double value) {
   constexpr Marks kMarks[] = {{{}, textWord(" ")}, {textWord("("), textWord(") ")}};
-  return showGrouped(r, value, kMarks[value < 0 ? 1 : 0]);
+  return showGrouped(r, appearance, value, kMarks[value < 0 ? 1 : 0]);
 }
 
-WordText showPercent(Rendering& r, double value) {
-  const double percent = value * 100.0;
-  if (!std::isfinite(percent)) return showScientificFallback(r, value);
-  return showDecimal(r, value, percent, textWord("%"));
+WordText showPercent(Rendering r, const QPSAppearance& appearance, double value) {
+  return showDecimal(r, appearance, value, value * 100.0, textWord("%"));
 }
 
 }  // namespace qps

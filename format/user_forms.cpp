@@ -26,18 +26,18 @@ std::size_t weekdayOf(double value) {
   return static_cast<std::size_t>(weekdayNameIndex(weekdayIndex(value), !(value < 0)));
 }
 
-WordText showFourDigitYear(Rendering& /*r*/, double value) {
+WordText showFourDigitYear(Rendering /*r*/, const QPSAppearance& /*appearance*/, double value) {
   return integerText(qpsSerialToDate(value).year, 4);
 }
-WordText showWeekday(Rendering& r, double value) {
+WordText showWeekday(Rendering r, const QPSAppearance& /*appearance*/, double value) {
   return r.deliver(weekdayNames[weekdayOf(value)]);
 }
-WordText showWeekdayAbbreviation(Rendering& r, double value) {
+WordText showWeekdayAbbreviation(Rendering r, const QPSAppearance& /*appearance*/, double value) {
   return r.deliver(weekdayAbbreviations[weekdayOf(value)]);
 }
 
 // The years 1900 to 1999 are shown in two digits, all others whole.
-WordText showDateAndTime(Rendering& r, double value) {
+WordText showDateAndTime(Rendering r, const QPSAppearance& /*appearance*/, double value) {
   const CalendarDate date = qpsSerialToDate(value);
   const bool shortened = isInThe1900s(date.year);
   WordText monthAndDay;
@@ -53,7 +53,7 @@ WordText showDateAndTime(Rendering& r, double value) {
   return r.deliver(text.view());
 }
 
-WordText showSign(Rendering& r, double value) {
+WordText showSign(Rendering r, const QPSAppearance& /*appearance*/, double value) {
   return r.deliver(value > 0 ? "Positive" : value == 0 ? "Zero" : "Negative");
 }
 
@@ -93,7 +93,7 @@ void planSections(UserFormatPlan& plan) {
   ++plan.sections;  // one more, or many: they are not told apart
 }
 
-WordText showUserDate(Rendering& r, double value, const UserFormatPlan& plan) {
+WordText showUserDate(Rendering r, double value, const UserFormatPlan& plan) {
   const auto text = qpsFormatUserDate(plan.date, userDateFields(value), r.sheet.services);
   return r.deliver(text.value_or(std::string_view()));
 }
@@ -111,7 +111,7 @@ SectionChoice chooseSection(std::size_t sections, double value) {
   return sections == 2 ? SectionChoice{0, kFirstSection} : SectionChoice{1, kZeroSection};
 }
 
-WordText showUserNumber(Rendering& r, double value, const UserFormatPlan& plan) {
+WordText showUserNumber(Rendering r, double value, const UserFormatPlan& plan) {
   if (plan.sections > UserFormatPlan::kMostSections) return {};
   const SectionChoice choice = chooseSection(plan.sections, value);
   const auto text = qpsFormatUserNumber(plan.section[choice.index], choice.formatSection,
@@ -119,16 +119,17 @@ WordText showUserNumber(Rendering& r, double value, const UserFormatPlan& plan) 
   return r.deliver(text.value_or(std::string_view()));
 }
 
-WordText showPlan(Rendering& r, double value, const UserFormatPlan& plan) {
-  if (plan.templateForm != nullptr) return plan.templateForm(r, value);
-  if (r.appearance.isDate) return showLongDate(r, value);
+WordText showPlan(Rendering r, const QPSAppearance& appearance, double value,
+                  const UserFormatPlan& plan) {
+  if (plan.templateForm != nullptr) return plan.templateForm(r, appearance, value);
+  if (appearance.isDate) return showLongDate(r, appearance, value);
   switch (plan.language) {
     case UserFormatPlan::Language::kDate:
       return showUserDate(r, value, plan);
     case UserFormatPlan::Language::kNumber:
       return showUserNumber(r, value, plan);
     default:
-      return showGeneral(r, value);
+      return showGeneral(r, appearance, value);
   }
 }
 
@@ -148,16 +149,17 @@ UserFormatPlan planUserFormat(std::string_view text) {
 
 // The plan is made for the first cell and kept beside the text, unless the pool has no room. A cell
 // that no format was found for counts as one with an empty text.
-WordText showUserDefined(Rendering& r, double value) {
-  QPSUserFormat* format = r.appearance.userFormat;
-  if (format == nullptr || format->text == nullptr) return showPlan(r, value, planUserFormat({}));
+WordText showUserDefined(Rendering r, const QPSAppearance& appearance, double value) {
+  QPSUserFormat* format = appearance.userFormat;
+  if (format == nullptr || format->text == nullptr)
+    return showPlan(r, appearance, value, planUserFormat({}));
   if (format->plan == nullptr) {
     const UserFormatPlan plan = planUserFormat({format->text, format->textBytes});
     format->plan = poolNew<UserFormatPlan>(r.sheet.services);
-    if (format->plan == nullptr) return showPlan(r, value, plan);
+    if (format->plan == nullptr) return showPlan(r, appearance, value, plan);
     *format->plan = plan;
   }
-  return showPlan(r, value, *format->plan);
+  return showPlan(r, appearance, value, *format->plan);
 }
 
 }  // namespace qps

@@ -18,6 +18,9 @@
 //   show
 #include "items/cell_records.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <span>
 #include <string_view>
 
 #include "format/format_value.h"
@@ -60,7 +63,11 @@ bool isHidden(const QPSAppearance& appearance) {
 
 CellStep deliverNumber(QPSSheet& sheet, SSItemCell& cell, double value) {
   const QPSAppearance& appearance = placeCell(sheet, cell, kNumericCell);
-  cell.text = isHidden(appearance) ? nullptr : qpsFormatValue(sheet, appearance, cell, value);
+  if (isHidden(appearance)) {
+    cell.text = nullptr;
+  } else {
+    qpsFormatValue(sheet, appearance, cell, value);
+  }
   return CellStep::kDeliver;
 }
 
@@ -69,6 +76,22 @@ CellStep deliverNumber(QPSSheet& sheet, SSItemCell& cell, double value) {
   const QPSAppearance& appearance = placeCell(sheet, cell, kind);
   cell.text = isHidden(appearance) ? nullptr : qpsStrDup(sheet, text);
   return CellStep::kDeliver;
+}
+
+[[gnu::noinline]] char* copyAnyLabel(const QPSSheet& sheet) {
+  return qpsStrDup(sheet, sheet.records.body().textAt(kTextOffset));
+}
+
+// The label, which fills its record as a rule.
+[[gnu::always_inline]] inline char* copyLabel(const QPSSheet& sheet) {
+  const std::span<const std::uint8_t> body = sheet.records.body().bytes();
+  const auto* text = reinterpret_cast<const char*>(body.data() + kTextOffset);
+  const std::size_t bytes = body.size() - kTextOffset;
+  if (!isFilled(text, bytes)) return copyAnyLabel(sheet);
+  char* copy = itemBlock(sheet, bytes);
+  if (copy != nullptr) [[likely]]
+    copyFilled(copy, text, bytes);
+  return copy;
 }
 
 }  // namespace
@@ -91,7 +114,9 @@ CellStep qpsReadNumberCell(QPSSheet& sheet, SSItemCell& cell) {
 // A label, or the text result of a formula, which shows like one whether or not the formula came
 // before it.
 CellStep qpsReadTextCell(QPSSheet& sheet, SSItemCell& cell) {
-  return deliverText(sheet, cell, kTextCell, sheet.records.body().textAt(kTextOffset));
+  const QPSAppearance& appearance = placeCell(sheet, cell, kTextCell);
+  cell.text = isHidden(appearance) ? nullptr : copyLabel(sheet);
+  return CellStep::kDeliver;
 }
 
 CellStep qpsReadFormulaCell(QPSSheet& sheet, SSItemCell& cell) {

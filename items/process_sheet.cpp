@@ -129,30 +129,35 @@ std::uint32_t deliverNotebookText(QPSSheet& sheet, SSItemNotebookText& item, cha
   return false;
 }
 
-std::uint32_t deliverNextCell(QPSSheet& sheet, SSItemCell& cell) {
+// What a record of the worksheet came to.
+enum class RecordOutcome : std::uint8_t { kCell, kNoCell, kEnd };
+
+[[gnu::always_inline]] inline RecordOutcome takeRecord(QPSSheet& sheet, SSItemCell& cell) {
   RecordStream& records = sheet.records;
-  for (;;) {
-    if (!records.readHeader()) [[unlikely]]
-      return kSheetEnded;
-    const auto* rule = kCellTable.find(records.recordType);
-    if (rule == nullptr) [[unlikely]] {
-      if (!passOtherRecord(records)) return kSheetEnded;
-      continue;
-    }
-    if (!records.readBody()) [[unlikely]] {
-      if (rule->onFailure == OnFailure::kStop) return kSheetEnded;
-      continue;
-    }
-    if (rule->handler(sheet, cell) == CellStep::kDeliver) [[likely]] {
-      cell.spare3 = 0;
-      cell.kind = SSItemKindCell;
-      return kItemDelivered;
-    }
-  }
+  if (!records.readHeader()) [[unlikely]]
+    return RecordOutcome::kEnd;
+  const auto* rule = kCellTable.find(records.recordType);
+  if (rule == nullptr) [[unlikely]]
+    return passOtherRecord(records) ? RecordOutcome::kNoCell : RecordOutcome::kEnd;
+  if (!records.readBody()) [[unlikely]]
+    return rule->onFailure == OnFailure::kStop ? RecordOutcome::kEnd : RecordOutcome::kNoCell;
+  if (rule->handler(sheet, cell) == CellStep::kNoCell) [[unlikely]]
+    return RecordOutcome::kNoCell;
+  cell.spare3 = 0;
+  cell.kind = SSItemKindCell;
+  return RecordOutcome::kCell;
+}
+
+// The next cell, when the records before it came to `outcome`.
+[[gnu::noinline]] std::uint32_t deliverCellAfter(RecordOutcome outcome, QPSSheet& sheet,
+                                                 SSItemCell& cell) {
+  while (outcome == RecordOutcome::kNoCell)
+    outcome = takeRecord(sheet, cell);
+  return outcome == RecordOutcome::kCell ? kItemDelivered : kSheetEnded;
 }
 
 // What comes before the cells. None when nothing of that is left.
-[[gnu::noinline]] std::optional<std::uint32_t> deliverBeforeCells(QPSSheet& sheet, SSItem& item) {
+std::optional<std::uint32_t> deliverBeforeCells(QPSSheet& sheet, SSItem& item) {
   if (sheet.itemState == kItemStateEnd) return kSheetEnded;
   if (sheet.itemState == kItemStateStart) return deliverSheetInfo(sheet, item.sheetInfo);
   if (sheet.nextWidthColumn != 0) return deliverColumnWidths(sheet, item.columnWidths);
@@ -175,12 +180,20 @@ std::uint32_t deliverNextCell(QPSSheet& sheet, SSItemCell& cell) {
   return std::nullopt;
 }
 
+[[gnu::noinline]] std::uint32_t deliverFirstItems(QPSSheet& sheet, SSItem& item) {
+  if (const auto result = deliverBeforeCells(sheet, item)) return *result;
+  sheet.itemState = kItemStateCells;
+  return deliverCellAfter(RecordOutcome::kNoCell, sheet, item.cell);
+}
+
+// The road of most calls has no loop, and one test of what its record came to.
 std::uint32_t processSheet(QPSSheet& sheet, SSItem& item) {
-  if (sheet.itemState != kItemStateCells) [[unlikely]] {
-    if (const auto result = deliverBeforeCells(sheet, item)) return *result;
-    sheet.itemState = kItemStateCells;
-  }
-  return deliverNextCell(sheet, item.cell);
+  if (sheet.itemState != kItemStateCells) [[unlikely]]
+    return deliverFirstItems(sheet, item);
+  const RecordOutcome outcome = takeRecord(sheet, item.cell);
+  if (outcome == RecordOutcome::kCell) [[likely]]
+    return kItemDelivered;
+  return deliverCellAfter(outcome, sheet, item.cell);
 }
 
 }  // namespace

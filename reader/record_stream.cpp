@@ -26,8 +26,8 @@ void RecordStream::failHeader() {
 
 bool RecordStream::readLongBody() {
   const std::ptrdiff_t rest = recordLength - static_cast<std::ptrdiff_t>(kRecordBufferBytes);
-  const bool complete =
-      readToBuffer(kRecordBufferBytes) && stream->seek(stream, rest, SSSeekFromCurrent) != 0;
+  const bool complete = readToBuffer(kRecordBufferBytes) == kRecordBufferBytes &&
+                        stream->seek(stream, rest, SSSeekFromCurrent) != 0;
   keepBody(complete ? kRecordBufferBytes : 0);
   return complete;
 }

@@ -124,9 +124,12 @@ struct RecordStream {
   [[nodiscard]] bool readBody() {
     if (recordLength > kRecordBufferBytes) [[unlikely]]
       return readLongBody();
-    if (recordLength != 0 && !readToBuffer(recordLength)) [[unlikely]] {
-      keepBody(0);
-      return false;
+    if (recordLength != 0) {
+      const std::uint16_t taken = readToBuffer(recordLength);
+      if (taken != recordLength) [[unlikely]] {
+        keepBody(0);
+        return false;
+      }
     }
     keepBody(recordLength);
     return true;
@@ -154,8 +157,8 @@ struct RecordStream {
   bool readLongBody();
 
   // The low 16 bits of what the stream says it read are what counts.
-  bool readToBuffer(std::uint16_t bytes) {
-    return (stream->read(stream, recordBuffer, bytes) & 0xFFFF) == bytes;
+  std::uint16_t readToBuffer(std::uint16_t bytes) {
+    return static_cast<std::uint16_t>(stream->read(stream, recordBuffer, bytes));
   }
 
   void keepBody(std::uint16_t bytes) {

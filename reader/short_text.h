@@ -21,12 +21,23 @@ inline std::uint64_t loadWord(const char* from) {
   return word;
 }
 
+// Stores a word whose lowest byte is the first.
+template <typename Word>
+void storeWord(char* to, Word word) {
+  if constexpr (std::endian::native == std::endian::big) {
+    word = sizeof(Word) == 8 ? __builtin_bswap64(word) : __builtin_bswap32(word);
+  }
+  std::memcpy(to, &word, sizeof(word));
+}
+
+// The top bit of every zero byte of a word, and perhaps of some above the first of them.
+constexpr std::uint64_t zeroBytes(std::uint64_t word) {
+  return (word - 0x0101'0101'0101'0101) & ~word & 0x8080'8080'8080'8080;
+}
+
 // The place of the first zero byte among those eight, or 8.
 inline std::size_t firstZeroOfEight(const char* bytes) {
-  const std::uint64_t word = loadWord(bytes);
-  // The top bit of every zero byte, and perhaps of some above the first of them.
-  const std::uint64_t zeros = (word - 0x0101'0101'0101'0101) & ~word & 0x8080'8080'8080'8080;
-  return static_cast<std::size_t>(std::countr_zero(zeros)) / 8;
+  return static_cast<std::size_t>(std::countr_zero(zeroBytes(loadWord(bytes)))) / 8;
 }
 
 // The length of the text, at most `most`; a zero byte stands at text[most] or before.
@@ -41,6 +52,21 @@ inline std::size_t textLength(const char* text, std::size_t most) {
   }
   at = most - kStep;
   return at + firstZeroOfEight(text + at);
+}
+
+// Whether `bytes` hold from 8 to 15 characters and, as the last of the bytes, the zero that ends
+// them.
+inline bool isFilled(const char* text, std::size_t bytes) {
+  constexpr std::uint64_t kLastByte = std::uint64_t{0x80} << 56;
+  if (bytes < 9 || bytes > 16) return false;
+  return (zeroBytes(loadWord(text)) | (zeroBytes(loadWord(text + bytes - 8)) ^ kLastByte)) == 0;
+}
+
+// Copies from 8 to 16 bytes, in two words that overlap.
+inline void copyFilled(char* to, const char* from, std::size_t bytes) {
+  const std::uint64_t last = loadWord(from + bytes - 8);
+  storeWord(to, loadWord(from));
+  storeWord(to + bytes - 8, last);
 }
 
 inline void copyFour(char* to, const char* from) {
@@ -67,15 +93,6 @@ inline void copyText(char* to, const char* from, std::size_t size) {
     to[size / 2] = from[size / 2];
     to[size - 1] = from[size - 1];
   }
-}
-
-// Stores a word whose lowest byte is the first.
-template <typename Word>
-void storeWord(char* to, Word word) {
-  if constexpr (std::endian::native == std::endian::big) {
-    word = sizeof(Word) == 8 ? __builtin_bswap64(word) : __builtin_bswap32(word);
-  }
-  std::memcpy(to, &word, sizeof(word));
 }
 
 // Stores the first `size` (up to 15) of the bytes of `low` and then `high`. Four pieces, as in

@@ -72,10 +72,12 @@ inline const QPSAppearance& qpsApplyCellStyle(QPSSheet& sheet, SSItemCell& cell,
   cell.textColour = colours.text;
   cell.bordered = colours.bordered;
   cell.font.present = present;
-  if (present == 0) [[unlikely]]
-    cell.spare1 = 0;
   if (appearance.borders != nullptr) writeBorders(cell, *appearance.borders);
-  if (appearance.font != nullptr) writeFont(cell.font, appearance.font->shown);
+  if (appearance.font != nullptr) {
+    writeFont(cell.font, appearance.font->shown);
+  } else if (present == 0) {
+    cell.spare1 = 0;
+  }
   return appearance;
 }
 

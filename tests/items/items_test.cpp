@@ -187,6 +187,28 @@ TEST(Cells, EachRecordGivesItsPositionAndText) {
   }
 }
 
+// Of every size up to 40 bytes, with a zero byte at every place and perhaps one at the end. Bytes
+// beyond ASCII and those beside zero are where a search by words goes wrong.
+TEST(Cells, ATextEndsAtItsFirstZeroByte) {
+  constexpr std::string_view kBytes = "a\x01\x80\xFF\x81z\x7F";
+  std::vector<std::string> expected;
+  const auto fill = [&](NotebookBuilder& b) {
+    for (size_t size = 0; size <= 40; ++size) {
+      for (size_t zero = 0; zero <= size; ++zero) {
+        for (const bool zeroAtEnd : {false, true}) {
+          std::string text;
+          for (size_t i = 0; i < size; ++i)
+            text += i == zero || (zeroAtEnd && i == size - 1) ? '\0' : kBytes[i % kBytes.size()];
+          b.record(rec::kLabel, cellBody({0, 0}).u8('x').text(text));
+          expected.emplace_back(text.c_str());
+        }
+      }
+    }
+  };
+  const NotebookBuilder book = bookOf(nothing, fill);
+  EXPECT_EQ(textsOf(book), expected);
+}
+
 TEST(Cells, APoolThatIsExhaustedAfterTheOpeningLosesNone) {
   const NotebookBuilder book = everyRecordNotebook();
   RecordingHost host(book.bytes());

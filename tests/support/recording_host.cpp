@@ -216,6 +216,13 @@ void* RecordingHost::itemAlloc(void* context, void* block, size_t size, uint32_t
   return host.shouldFail(Step::kItemText) ? nullptr : host.allocate(host.itemTexts_, size, 0x5C);
 }
 
+void RecordingHost::freeItemText(char* text) {
+  const auto found = itemTexts_.find(text);
+  if (found != itemTexts_.end() && found->second != std::strlen(text) + 1)
+    violate("an item text that does not fill its block");
+  release(itemTexts_, text, "item text");
+}
+
 void* RecordingHost::allocate(Blocks& blocks, size_t size, int filling) {
   if (size == 0) violate("a block of no bytes");
   void* block = std::malloc(size);

@@ -94,7 +94,8 @@ class RecordingHost {
   static RecordingHost& of(SSHostServices* services);
   static RecordingHost& of(SSStream* stream);
 
-  void freeItemText(void* block) { release(itemTexts_, block, "item text"); }
+  // The text fills its block.
+  void freeItemText(char* text);
   void freePoolBlock(void* block) { release(poolBlocks_, block, "pool block"); }
 
   // Faults. A fault stays until the next one is set.
