@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // The built-in date and time forms. The value is a date serial (render/date_serial.h).
-#include <array>
 #include <cmath>
 
 #include "format/date_text.h"
@@ -46,13 +45,6 @@ constexpr DateForm kDateForms[] = {
     {behind(3), behind(0), 0, textWord("\0\0/\0\0/"sv), kAllYears, 1},    // 07/04/99
     {behind(3), behind(0), 0, textWord("\0\0/\0\0"sv), 0, 0},             // 07/04
 };
-
-constexpr std::array<TextWord, monthAbbreviations.size()> kMonthWords = [] {
-  std::array<TextWord, monthAbbreviations.size()> words{};
-  for (std::size_t i = 0; i < words.size(); ++i)
-    words[i] = textWord(monthAbbreviations[i]);
-  return words;
-}();
 
 // A year of 0 to 9999.
 TextWord yearWord(const DateForm& form, std::uint32_t year) {

@@ -94,6 +94,8 @@ void planSections(UserFormatPlan& plan) {
 }
 
 WordText showUserDate(Rendering r, double value, const UserFormatPlan& plan) {
+  const WordText inWords = shortUserDate(plan.date, value);
+  if (!inWords.empty()) return inWords;
   const auto text = qpsFormatUserDate(plan.date, userDateFields(value), r.sheet.services);
   return r.deliver(text.value_or(std::string_view()));
 }

@@ -129,6 +129,10 @@ void checkUserFormat(std::string_view text, double value) {
   fuzz::LeanHost host({});
   if (const auto shown = qpsFormatUserDate(text, userDateFields(value), host.services())) {
     require(text.starts_with('T') && shown->size() <= kMostChars, "a date of 511 characters");
+    const WordText word = shortUserDate(parseDateFormat(text), value);
+    char copy[WordText::kMostCharacters];
+    word.copyTo(copy);
+    require(word.empty() || *shown == std::string_view(copy, word.size()), "the short road's date");
   }
   if (!std::isfinite(value)) return;
   const NumberSection section = parseNumberSection(text);

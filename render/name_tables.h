@@ -5,7 +5,10 @@
 #define QPSREADER_RENDER_NAME_TABLES_H
 
 #include <array>
+#include <cstddef>
 #include <string_view>
+
+#include "render/word_text.h"
 
 namespace qps {
 
@@ -23,6 +26,17 @@ inline constexpr std::array<std::string_view, 7> weekdayAbbreviations = {"Sat", 
 
 inline constexpr std::array<std::string_view, 7> weekdayNames = {
     "Saturday", "Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday"};
+
+// The abbreviations once more, for texts in registers.
+template <std::size_t Count>
+constexpr std::array<TextWord, Count> wordsOf(const std::array<std::string_view, Count>& names) {
+  std::array<TextWord, Count> words{};
+  for (std::size_t i = 0; i < Count; ++i)
+    words[i] = textWord(names[i]);
+  return words;
+}
+inline constexpr auto kMonthWords = wordsOf(monthAbbreviations);
+inline constexpr auto kWeekdayWords = wordsOf(weekdayAbbreviations);
 
 }  // namespace qps
 

@@ -5,6 +5,7 @@
 #include <array>
 #include <bit>
 #include <cstddef>
+#include <span>
 
 #include "reader/qps_reader.h"
 #include "render/literal.h"
@@ -122,31 +123,93 @@ int32_t numberOf(Source source, const UserDateFields& fields) {
   }
 }
 
+// For what is longer than a word.
+constexpr TextWord kNoWord{0, WordText::kMostCharacters + 1};
+
+bool isWord(const TextWord& word) {
+  return word.size != kNoWord.size;
+}
+
+TextWord numberWord(int32_t number, int minDigits) {
+  const auto value = static_cast<uint32_t>(number);  // one below 0 is too large
+  if (value < 100 && minDigits == 2) return twoDigits(value);
+  if (value < 10'000 && minDigits == 4) return fourDigits(value);
+  return value < kHundredMillion ? upToEightDigits(value, minDigits) : kNoWord;
+}
+
+size_t weekdayOf(const UserDateFields& fields) {
+  return static_cast<size_t>(weekdayNameIndex(fields.weekday, fields.nonNegative));
+}
+
+bool isConverted(const DatePiece& piece) {
+  return piece.letters != Letters::kAsTheyAre;
+}
+
+// What a piece shows, if that is one of the short things that most pieces show.
+TextWord wordOf(const DatePiece& piece, const UserDateFields& fields) {
+  switch (piece.source) {
+    case Source::kLiteral:
+      return piece.chars <= 8 ? TextWord{piece.characters, piece.chars} : kNoWord;
+    case Source::kWeekdayAbbreviation:
+      return isConverted(piece) ? kNoWord : kWeekdayWords[weekdayOf(fields)];
+    case Source::kMonthAbbreviation:
+      return isConverted(piece) ? kNoWord : kMonthWords[static_cast<size_t>(fields.date.month)];
+    case Source::kWeekdayName:
+    case Source::kMonthName:
+      return kNoWord;
+    case Source::kHalfDay:
+      return dialHour(fields.time.hours).pm ? textWord("PM") : textWord("AM");
+    default:
+      return numberWord(numberOf(piece.source, fields), piece.minDigits);
+  }
+}
+
+// Whether wordOf gives a word, but for large numbers.
+bool mayBeWord(const DatePiece& piece) {
+  return isWord(wordOf(piece, {{1, 1, 1}, {1, 1, 1}, 1, true}));
+}
+
+bool showsTimeOrWeekday(const DatePiece& piece) {
+  switch (piece.source) {
+    case Source::kLiteral:
+    case Source::kMonthName:
+    case Source::kMonthAbbreviation:
+    case Source::kDay:
+    case Source::kMonth:
+    case Source::kYear:
+    case Source::kShortYear:
+      return false;
+    default:
+      return true;
+  }
+}
+
 class DatePrinter {
  public:
   DatePrinter(const UserDateFields& fields, SSHostServices* services, TextBuffer& out)
       : fields_(fields), services_(services), out_(out) {}
 
   void print(const DatePiece& piece, const DateScanner& scanner) {
+    if (const TextWord word = wordOf(piece, fields_); isWord(word)) {
+      out_.append(WordText(word));
+      return;
+    }
     const auto month = static_cast<size_t>(fields_.date.month);
     switch (piece.source) {
       case Source::kLiteral:
         out_.append(scanner.textOf(piece));
         break;
       case Source::kWeekdayName:
-        appendName(out_, weekdayNames[weekday()], piece.letters, services_);
+        appendName(out_, weekdayNames[weekdayOf(fields_)], piece.letters, services_);
         break;
       case Source::kWeekdayAbbreviation:
-        appendName(out_, weekdayAbbreviations[weekday()], piece.letters, services_);
+        appendName(out_, weekdayAbbreviations[weekdayOf(fields_)], piece.letters, services_);
         break;
       case Source::kMonthName:
         appendName(out_, monthNames[month], piece.letters, services_);
         break;
       case Source::kMonthAbbreviation:
         appendName(out_, monthAbbreviations[month], piece.letters, services_);
-        break;
-      case Source::kHalfDay:
-        out_.append(dialHour(fields_.time.hours).pm ? "PM" : "AM");
         break;
       default:
         out_.appendInteger(numberOf(piece.source, fields_), piece.minDigits);
@@ -155,18 +218,19 @@ class DatePrinter {
   }
 
  private:
-  size_t weekday() const {
-    return static_cast<size_t>(weekdayNameIndex(fields_.weekday, fields_.nonNegative));
-  }
-
   const UserDateFields& fields_;
   SSHostServices* services_;
   TextBuffer& out_;
 };
 
-DatePiece literalPiece(size_t begin, size_t chars) {
-  return {Source::kLiteral, Letters::kAsTheyAre, 0, static_cast<uint16_t>(begin),
-          static_cast<uint16_t>(chars)};
+DatePiece literalPiece(std::string_view text, size_t begin, size_t chars) {
+  const uint64_t characters = chars <= 8 ? textWord({text.data() + begin, chars}).characters : 0;
+  return {Source::kLiteral,
+          Letters::kAsTheyAre,
+          0,
+          static_cast<uint16_t>(begin),
+          static_cast<uint16_t>(chars),
+          characters};
 }
 
 }  // namespace
@@ -187,7 +251,7 @@ DatePiece DateScanner::takeQuoted() {
   const size_t end = std::min(text_.find(kQuote, begin), text_.size());
   at_ = end + 1;
   behindLiteral_ = true;
-  return literalPiece(begin, end - begin);
+  return literalPiece(text_, begin, end - begin);
 }
 
 DatePiece DateScanner::takeToken(uint32_t row) {
@@ -199,7 +263,7 @@ DatePiece DateScanner::takeToken(uint32_t row) {
   at_ += static_cast<size_t>(define.length);
   afterHour_ = rule.source == Source::kHour;
   behindLiteral_ = false;
-  return {source, rule.letters, minDigits(define.format), 0, 0};
+  return {source, rule.letters, minDigits(define.format), 0, 0, 0};
 }
 
 DatePiece DateScanner::takePlain() {
@@ -208,7 +272,7 @@ DatePiece DateScanner::takePlain() {
     ++at_;
   } while (at_ < text_.size() && text_[at_] != kQuote && matchToken(text_.substr(at_)) == kNoRow);
   behindLiteral_ = false;
-  return literalPiece(begin, at_ - begin);
+  return literalPiece(text_, begin, at_ - begin);
 }
 
 DateFormat parseDateFormat(std::string_view text) {
@@ -222,11 +286,29 @@ DateFormat parseDateFormat(std::string_view text) {
     if (!piece) break;
     format.pieces[format.keptPieces++] = *piece;
   }
+  const std::span pieces(format.pieces, format.keptPieces);
+  format.isInWords =
+      format.keptPieces < DateFormat::kKeptPieces && std::ranges::all_of(pieces, mayBeWord);
+  format.usesOnlyDate = std::ranges::none_of(pieces, showsTimeOrWeekday);
   return format;
 }
 
 UserDateFields userDateFields(double serial) {
   return {qpsSerialToDate(serial), qpsTimeOfDay(serial), weekdayIndex(serial), !(serial < 0)};
+}
+
+WordText shortUserDate(const DateFormat& format, double serial) {
+  if (!format.isInWords) return {};
+  const UserDateFields fields = format.usesOnlyDate
+                                    ? UserDateFields{qpsSerialToDate(serial), {}, 0, true}
+                                    : userDateFields(serial);
+  WordText text;
+  for (size_t i = 0; i < format.keptPieces; ++i) {
+    const TextWord word = wordOf(format.pieces[i], fields);
+    if (text.size() + word.size > WordText::kMostCharacters) return {};
+    text.append(word);
+  }
+  return text;
 }
 
 std::optional<std::string_view> qpsFormatUserDate(const DateFormat& format,

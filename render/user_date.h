@@ -14,6 +14,7 @@
 
 #include "reader/host_tables.h"
 #include "render/date_serial.h"
+#include "render/word_text.h"
 
 namespace qps {
 
@@ -52,6 +53,7 @@ struct DatePiece {
   uint8_t minDigits;  // of numbers
   uint16_t begin;     // of a literal, in the format's text
   uint16_t chars;
+  uint64_t characters;  // of a literal that is a TextWord
 };
 
 // Cuts a format's text (behind the "T") into its pieces, from the left.
@@ -84,7 +86,9 @@ class DateScanner {
 struct DateFormat {
   static constexpr size_t kKeptPieces = 16;
 
-  bool isDate = false;  // the text begins with "T"
+  bool isDate = false;        // the text begins with "T"
+  bool isInWords = false;     // every piece may be a TextWord, and all are kept
+  bool usesOnlyDate = false;  // no piece shows a time or a weekday
   uint8_t keptPieces = 0;
   DatePiece pieces[kKeptPieces] = {};
   DateScanner others;
@@ -92,6 +96,10 @@ struct DateFormat {
 
 // Of a text, the first 65535 characters count.
 DateFormat parseDateFormat(std::string_view text);
+
+// What most formats show, which is short: the same text as qpsFormatUserDate gives. An empty text
+// when it is not short.
+WordText shortUserDate(const DateFormat& format, double serial);
 
 // Renders a format; upper and lower case of names are the host's (slots 74 and 75 of `services`).
 //

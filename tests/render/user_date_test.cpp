@@ -37,6 +37,17 @@ std::string shown(std::string_view format, const UserDateFields& fields,
   return std::string(*text);
 }
 
+// The same for a serial, which the short road shows alike where it shows anything.
+std::string shown(std::string_view format, double serial) {
+  std::string text = shown(format, userDateFields(serial));
+  if (const WordText word = shortUserDate(parseDateFormat(format), serial); !word.empty()) {
+    char copy[WordText::kMostCharacters];
+    word.copyTo(copy);
+    EXPECT_EQ(std::string_view(copy, word.size()), text) << format;
+  }
+  return text;
+}
+
 constexpr UserDateFields kSunday = {{1999, 3, 7}, {15, 4, 9}, 1, true};
 
 TEST(UserDate, Formats) {
@@ -100,6 +111,13 @@ TEST(UserDate, Values) {
                          {-1, "TWeekday DD", "Friday 29"},
                          {-7, "TWeekday DD", "Saturday 23"},
                          {0, "TWeekday DD", "Saturday 30"},
+                         {45296, "TDD-Mon-YYYY", "05-Jan-2024"},
+                         {45296.75, "TD wday HAMPM", "5 fri 6PM"},
+                         {45296.75, "TWday' 'H' 'AMPM", "Fri 6 PM"},
+                         {45296, "T'12345678'DD", "1234567805"},
+                         {45296, "T'123456789'DD", "12345678905"},
+                         {45296, "TDD'abcdefghijk'DD", "05abcdefghijk05"},
+                         {45296, "TDD'abcdefgh'-YYYY-D", "05abcdefgh-2024-5"},
                          {-1, "TYY", "1899"},
                          {2, "TYY", "00"},
                          {-693959.0, "TYYYY", "0000"},
@@ -112,7 +130,7 @@ TEST(UserDate, Values) {
                          {0.999999, "THH:MM' 'AMPM", "12:00 AM"},
                          {0.999999, "THH:MM", "00:00"},
                          {0.999999, "TH", "0"}}) {
-    EXPECT_EQ(shown(row.format, userDateFields(row.serial)), row.text) << row.format;
+    EXPECT_EQ(shown(row.format, row.serial), row.text) << row.format;
   }
 }
 
@@ -169,11 +187,11 @@ TEST(UserDate, LongTextsAreCut) {
                                      "W",  "m", "wd", "x y z", "'MM'",    "YYY"};
   for (int i = 0; i < 500; ++i) {
     std::string format = "T";
-    for (size_t count = random() % 300; count != 0; --count) {
+    for (size_t count = random() % (i % 2 == 0 ? 300 : 8); count != 0; --count) {
       format += pieces[random() % std::size(pieces)];
     }
     const double serial = std::ldexp(static_cast<double>(random()) - 0x1p31, -16);
-    EXPECT_LE(shown(format, userDateFields(serial)).size(), 511u);
+    EXPECT_LE(shown(format, serial).size(), 511u);
   }
 }
 
