@@ -10,6 +10,12 @@
 
 namespace qps::bench {
 
+namespace {
+
+constexpr std::size_t kRecordHeaderBytes = 4;
+
+}  // namespace
+
 MemoryHost::MemoryHost(std::span<const std::byte> file) : file_(file) {
   installStream();
   installServices();
@@ -28,7 +34,13 @@ void MemoryHost::installStream() {
   stream_.read = [](SSStream* stream, void* buffer, std::size_t count) {
     MemoryHost& host = of(stream);
     const std::size_t taken = std::min(count, host.file_.size() - host.position_);
-    std::memcpy(buffer, host.file_.data() + host.position_, taken);
+    const std::byte* bytes = host.file_.data() + host.position_;
+    // Half of all reads are headers, for which a call would be most of the cost.
+    if (taken == kRecordHeaderBytes) {
+      std::memcpy(buffer, bytes, kRecordHeaderBytes);
+    } else {
+      std::memcpy(buffer, bytes, taken);
+    }
     host.position_ += taken;
     return taken;
   };
