@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/large_pages.hpp"
+
 namespace qps {
 namespace {
 
@@ -36,6 +38,7 @@ std::optional<Error> NotebookBytes::open(const std::filesystem::path& path) {
 std::optional<Error> NotebookBytes::readFile(const File& file) {
   const auto size = static_cast<std::size_t>(file.size());
   if (!resizeBlock(std::max<std::size_t>(size, 1))) return memoryLimitError();
+  preferLargePages(block_, size);
   memory_ = {block_, file.readAt(0, block_, size)};
   return readErrorOf(file);
 }
