@@ -26,7 +26,6 @@
 #include "format/format_value.h"
 #include "reader/item_text.h"
 #include "styles/apply_style.h"
-#include "styles/style_records.h"
 
 namespace qps {
 
@@ -58,7 +57,7 @@ bool isHidden(const QPSAppearance& appearance) {
   cell.column = body.u8At(0) + 1U;
   cell.row = body.u16At(2) + 1U;
   const auto style = static_cast<std::uint16_t>(body.u16At(4) >> kStyleNumberShift);
-  return qpsApplyCellStyle(sheet, cell, kind, styleNumberOf(style));
+  return qpsApplyCellStyle(sheet, cell, kind, style);
 }
 
 CellStep deliverNumber(QPSSheet& sheet, SSItemCell& cell, double value) {
@@ -82,15 +81,18 @@ CellStep deliverNumber(QPSSheet& sheet, SSItemCell& cell, double value) {
   return qpsStrDup(sheet, sheet.records.body().textAt(kTextOffset));
 }
 
+// The bytes of the label; as good as endless in a body that has none.
+inline std::string_view labelBytes(const QPSSheet& sheet) {
+  const std::span<const std::uint8_t> body = sheet.records.body().bytes();
+  return {reinterpret_cast<const char*>(body.data()) + kTextOffset, body.size() - kTextOffset};
+}
+
 // The label, which fills its record as a rule.
 [[gnu::always_inline]] inline char* copyLabel(const QPSSheet& sheet) {
-  const std::span<const std::uint8_t> body = sheet.records.body().bytes();
-  const auto* text = reinterpret_cast<const char*>(body.data() + kTextOffset);
-  const std::size_t bytes = body.size() - kTextOffset;
-  if (!isFilled(text, bytes)) return copyAnyLabel(sheet);
-  char* copy = itemBlock(sheet, bytes);
+  if (!isFilled(labelBytes(sheet))) return copyAnyLabel(sheet);
+  char* copy = itemBlock(sheet, labelBytes(sheet).size());
   if (copy != nullptr) [[likely]]
-    copyFilled(copy, text, bytes);
+    copyFilled(copy, labelBytes(sheet));
   return copy;
 }
 

@@ -112,7 +112,8 @@ struct QPSStyle {
   std::uint32_t borderColour[kBorderSlots];
 };
 
-// 256 styles of the index by number, of which the high byte chooses the page.
+// 256 styles of the index by number, of which the high byte chooses the page. The appearances stand
+// by the number in the cells, where 0 is style 1 too.
 struct QPSStylePage {
   QPSStyle* styles[256];
   QPSAppearance* appearances[256];  // own blocks; null until a cell uses the style

@@ -24,7 +24,11 @@ void RecordStream::failHeader() {
   decodeHeader();
 }
 
-bool RecordStream::readLongBody() {
+bool RecordStream::readUnusualBody() {
+  if (recordLength == 0) {
+    keepBody(0);
+    return true;
+  }
   const std::ptrdiff_t rest = recordLength - static_cast<std::ptrdiff_t>(kRecordBufferBytes);
   const bool complete = readToBuffer(kRecordBufferBytes) == kRecordBufferBytes &&
                         stream->seek(stream, rest, SSSeekFromCurrent) != 0;

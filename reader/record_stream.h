@@ -122,14 +122,12 @@ struct RecordStream {
   // False when the stream holds less than the header states, or the rest of a long body cannot be
   // passed over.
   [[nodiscard]] bool readBody() {
-    if (recordLength > kRecordBufferBytes) [[unlikely]]
-      return readLongBody();
-    if (recordLength != 0) {
-      const std::uint16_t taken = readToBuffer(recordLength);
-      if (taken != recordLength) [[unlikely]] {
-        keepBody(0);
-        return false;
-      }
+    if (recordLength - 1U >= kRecordBufferBytes) [[unlikely]]
+      return readUnusualBody();
+    const std::uint16_t taken = readToBuffer(recordLength);
+    if (taken != recordLength) [[unlikely]] {
+      keepBody(0);
+      return false;
     }
     keepBody(recordLength);
     return true;
@@ -154,7 +152,7 @@ struct RecordStream {
 
  private:
   void failHeader();
-  bool readLongBody();
+  bool readUnusualBody();  // empty, or longer than the buffer
 
   // The low 16 bits of what the stream says it read are what counts.
   std::uint16_t readToBuffer(std::uint16_t bytes) {

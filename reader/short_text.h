@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace qps {
 
@@ -30,14 +31,17 @@ void storeWord(char* to, Word word) {
   std::memcpy(to, &word, sizeof(word));
 }
 
-// The top bit of every zero byte of a word, and perhaps of some above the first of them.
+inline constexpr std::uint64_t kTopBits = 0x8080'8080'8080'8080;
+
+// Among its kTopBits, those of every zero byte of a word, and perhaps of some above the first of
+// them.
 constexpr std::uint64_t zeroBytes(std::uint64_t word) {
-  return (word - 0x0101'0101'0101'0101) & ~word & 0x8080'8080'8080'8080;
+  return (word - 0x0101'0101'0101'0101) & ~word;
 }
 
 // The place of the first zero byte among those eight, or 8.
 inline std::size_t firstZeroOfEight(const char* bytes) {
-  return static_cast<std::size_t>(std::countr_zero(zeroBytes(loadWord(bytes)))) / 8;
+  return static_cast<std::size_t>(std::countr_zero(zeroBytes(loadWord(bytes)) & kTopBits)) / 8;
 }
 
 // The length of the text, at most `most`; a zero byte stands at text[most] or before.
@@ -54,19 +58,22 @@ inline std::size_t textLength(const char* text, std::size_t most) {
   return at + firstZeroOfEight(text + at);
 }
 
-// Whether `bytes` hold from 8 to 15 characters and, as the last of the bytes, the zero that ends
-// them.
-inline bool isFilled(const char* text, std::size_t bytes) {
+// Whether the bytes are from 8 to 15 characters and the zero byte that ends them.
+inline bool isFilled(std::string_view bytes) {
   constexpr std::uint64_t kLastByte = std::uint64_t{0x80} << 56;
-  if (bytes < 9 || bytes > 16) return false;
-  return (zeroBytes(loadWord(text)) | (zeroBytes(loadWord(text + bytes - 8)) ^ kLastByte)) == 0;
+  if (bytes.size() < 9 || bytes.size() > 16) return false;
+  const std::uint64_t first = loadWord(bytes.data());
+  const std::uint64_t last = loadWord(bytes.data() + bytes.size() - sizeof(first));
+  return ((zeroBytes(first) | (zeroBytes(last) ^ kLastByte)) & kTopBits) == 0;
 }
 
-// Copies from 8 to 16 bytes, in two words that overlap.
-inline void copyFilled(char* to, const char* from, std::size_t bytes) {
-  const std::uint64_t last = loadWord(from + bytes - 8);
-  storeWord(to, loadWord(from));
-  storeWord(to + bytes - 8, last);
+// Copies such bytes, in two words that overlap.
+inline void copyFilled(char* to, std::string_view bytes) {
+  const std::uint64_t first = loadWord(bytes.data());
+  const std::size_t second = bytes.size() - sizeof(first);
+  const std::uint64_t last = loadWord(bytes.data() + second);
+  storeWord(to, first);
+  storeWord(to + second, last);
 }
 
 inline void copyFour(char* to, const char* from) {

@@ -55,12 +55,12 @@ void applyWithBase(const QPSSheet& sheet, QPSAppearance& appearance, const QPSSt
 
 }  // namespace
 
-const QPSAppearance& resolveAppearance(QPSSheet& sheet, std::uint16_t currentStyle) {
+const QPSAppearance& resolveAppearance(QPSSheet& sheet, std::uint16_t styleField) {
   if (sheet.styleList == nullptr) return sheet.unstyled;
-  const QPSStyle* style = findStyle(sheet, currentStyle);
+  const QPSStyle* style = findStyle(sheet, styleNumberOf(styleField));
   if (style == nullptr) return kUnstyled;
   auto* appearance = poolNew<QPSAppearance>(sheet.services);
-  sheet.stylePageByNumber[currentStyle >> 8]->appearances[currentStyle & 0xFF] = appearance;
+  sheet.stylePageByNumber[styleField >> 8]->appearances[styleField & 0xFF] = appearance;
   if (appearance == nullptr) appearance = &sheet.scratchAppearance;
   applyWithBase(sheet, *appearance, *style);
   return *appearance;

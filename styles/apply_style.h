@@ -26,19 +26,19 @@ inline constexpr QPSAppearance kUnstyled{
     .isDate = false,
 };
 
-// Works out what the style with this number means, for its first cell and for every cell without a
-// style.
-const QPSAppearance& resolveAppearance(QPSSheet& sheet, std::uint16_t currentStyle);
+// Works out what a cell's style field (styleNumberOf) means, for its first cell and for every cell
+// without a style.
+const QPSAppearance& resolveAppearance(QPSSheet& sheet, std::uint16_t styleField);
 
-// What the style with this number means. Stays as it is until the next cell.
-inline const QPSAppearance& appearanceOf(QPSSheet& sheet, std::uint16_t currentStyle) {
-  const QPSStylePage* page = sheet.stylePageByNumber[currentStyle >> 8];
+// What a cell's style field means. Stays as it is until the next cell.
+inline const QPSAppearance& appearanceOf(QPSSheet& sheet, std::uint16_t styleField) {
+  const QPSStylePage* page = sheet.stylePageByNumber[styleField >> 8];
   if (page != nullptr) [[likely]] {
-    const QPSAppearance* appearance = page->appearances[currentStyle & 0xFF];
+    const QPSAppearance* appearance = page->appearances[styleField & 0xFF];
     if (appearance != nullptr) [[likely]]
       return *appearance;
   }
-  return resolveAppearance(sheet, currentStyle);
+  return resolveAppearance(sheet, styleField);
 }
 
 inline void writeBorders(SSItemCell& cell, const QPSStyle& style) {
@@ -59,11 +59,11 @@ inline void writeFont(SSItemFont& item, const QPSFont::Shown& font) {
   std::memcpy(reinterpret_cast<char*>(&item) + kFirst, &font, sizeof(SSItemFont) - kFirst);
 }
 
-// Applies the style with this number to a cell: writes the item's style fields. Returns what the
-// style means for the cell's value.
+// Applies a style to the cell that refers to it by this field: writes the item's style fields.
+// Returns what the style means for the cell's value.
 inline const QPSAppearance& qpsApplyCellStyle(QPSSheet& sheet, SSItemCell& cell, CellKind kind,
-                                              std::uint16_t currentStyle) {
-  const QPSAppearance& appearance = appearanceOf(sheet, currentStyle);
+                                              std::uint16_t styleField) {
+  const QPSAppearance& appearance = appearanceOf(sheet, styleField);
   const QPSAppearance::Colours colours = appearance.colours;
   const std::uint32_t present = appearance.present;
   cell.spare2 = 0;
