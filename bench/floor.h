@@ -11,8 +11,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include <qpsreader/host_tables.h>
 #include "bench/notebooks.h"
-#include "reader/host_tables.h"
 
 namespace qps::bench {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// prove_fixed_point [COUNT]: compares the integer road of render/fixed_point.cpp with std::to_chars
-// on COUNT texts (10^9 by default), and stops at the first that differs. The values are chosen
-// where the roads could part: every binade, ties and the values beside them, and values that round
-// to the next whole number, each with 0 to 19 decimals. A value that the integers refuse must be
-// 2^64 or more.
+// prove_fixed_point [COUNT]: compares the integer road of reader/render/fixed_point.cpp with
+// std::to_chars on COUNT texts (10^9 by default), and stops at the first that differs. The values
+// are chosen where the roads could part: every binade, ties and the values beside them, and values
+// that round to the next whole number, each with 0 to 19 decimals. A value that the integers refuse
+// must be 2^64 or more.
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -14,7 +14,7 @@
 #include <iterator>
 #include <string_view>
 
-#include "render/fixed_point.h"
+#include "reader/render/fixed_point.h"
 
 namespace {
 

@@ -7,10 +7,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <qpsreader/qps_reader.h>
+#include <qpsreader/ss_item.h>
+#include <qpsreader/worksheet_list.h>
 #include "bench/memory_host.h"
-#include "items/ss_item.h"
-#include "reader/qps_reader.h"
-#include "sheetinfo/worksheet_list.h"
 
 namespace qps::bench {
 

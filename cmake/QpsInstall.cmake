@@ -8,7 +8,7 @@ install(TARGETS qpsreader qpsreader_static qpshost qpshost_with_reader qpshost_w
 # Beside the reader, where the embedded host looks for it.
 install(TARGETS zbolefio
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY ${PROJECT_BINARY_DIR}/include/qpsreader
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qpsreader
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(packageFolder ${CMAKE_INSTALL_LIBDIR}/cmake/qpsreader)

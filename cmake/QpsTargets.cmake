@@ -41,7 +41,7 @@ function(qps_set_product target)
     C_VISIBILITY_PRESET hidden
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
-  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
   # Compiled once for every use: on Windows too, where a DLL exports by its .def file.
   target_compile_definitions(${target} PRIVATE $<$<BOOL:${WIN32}>:QPS_STATIC>)
   qps_set_warnings(${target})
@@ -132,6 +132,6 @@ endfunction()
 
 function(qps_set_public_includes target)
   target_include_directories(${target} INTERFACE
-    $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include>
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 endfunction()

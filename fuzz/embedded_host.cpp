@@ -6,9 +6,9 @@
 // have them.
 #include <numeric>
 
+#include <qpsreader/host/notebook.hpp>
 #include "fuzz/input_bytes.h"
 #include "fuzz/lean_host.h"
-#include "host/notebook.hpp"
 
 namespace {
 

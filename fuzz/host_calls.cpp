@@ -4,9 +4,9 @@
 // says. The input: two faults of four bytes, a byte of flags, sixteen operations, the file.
 #include <array>
 
+#include <qpsreader/worksheet_list.h>
 #include "fuzz/input_bytes.h"
 #include "fuzz/session.h"
-#include "sheetinfo/worksheet_list.h"
 
 namespace {
 

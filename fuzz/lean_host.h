@@ -11,8 +11,8 @@
 #include <cstdint>
 #include <span>
 
-#include "reader/host_tables.h"
-#include "reader/ole_interface.h"
+#include <qpsreader/host_tables.h>
+#include <qpsreader/ole_interface.h>
 
 namespace qps::fuzz {
 

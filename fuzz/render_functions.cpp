@@ -12,14 +12,14 @@
 #include <limits>
 #include <string_view>
 
+#include <qpsreader/qps_reader.h>
 #include "fuzz/input_bytes.h"
 #include "fuzz/lean_host.h"
-#include "reader/qps_reader.h"
-#include "render/date_serial.h"
-#include "render/number_text.h"
-#include "render/text_buffer.h"
-#include "render/user_date.h"
-#include "render/user_number.h"
+#include "reader/render/date_serial.h"
+#include "reader/render/number_text.h"
+#include "reader/render/text_buffer.h"
+#include "reader/render/user_date.h"
+#include "reader/render/user_number.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "sheetinfo/worksheet_list.h"
+#include <qpsreader/worksheet_list.h>
 
 namespace qps::fuzz {
 

@@ -9,9 +9,9 @@
 #include <cstdint>
 #include <string_view>
 
+#include <qpsreader/qps_reader.h>
+#include <qpsreader/ss_item.h>
 #include "fuzz/lean_host.h"
-#include "items/ss_item.h"
-#include "reader/qps_reader.h"
 
 namespace qps::fuzz {
 

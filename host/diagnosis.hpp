@@ -12,10 +12,10 @@
 #include <optional>
 #include <span>
 
-#include "host/expected.hpp"
-#include "host/file_facts.hpp"
+#include <qpsreader/host_tables.h>
+#include <qpsreader/host/expected.hpp>
+#include <qpsreader/host/file_facts.hpp>
 #include "host/host_services.hpp"
-#include "reader/host_tables.h"
 
 namespace qps {
 

@@ -11,7 +11,7 @@
 #include <memory>
 #include <string>
 
-#include "host/expected.hpp"
+#include <qpsreader/host/expected.hpp>
 
 namespace qps {
 

@@ -10,8 +10,8 @@
 #include <cstdint>
 #include <memory>
 
+#include <qpsreader/host_tables.h>
 #include "host/file.hpp"
-#include "reader/host_tables.h"
 
 namespace qps {
 

@@ -7,8 +7,8 @@
 
 #include <string>
 
+#include <qpsreader/host_tables.h>
 #include "host/heap_pool.hpp"
-#include "reader/host_tables.h"
 
 namespace qps {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // From the fields of an SSItem to plain values.
-#include "host/item.hpp"
+#include <qpsreader/host/item.hpp>
 
 namespace qps {
 namespace {

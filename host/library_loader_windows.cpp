@@ -7,9 +7,9 @@
 #include <array>
 #include <string_view>
 
+#include <qpsreader/qps_reader.h>
 #include "host/library_loader.hpp"
 #include "host/library_platform.hpp"
-#include "reader/qps_reader.h"
 
 namespace qps {
 namespace {

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <span>
 
-#include "reader/host_tables.h"
+#include <qpsreader/host_tables.h>
 
 namespace qps {
 

@@ -3,19 +3,19 @@
 // Notebook over the reader's operations. One NotebookState holds what all parts of a notebook
 // share: bytes, pool, services and the list of worksheets. Ranges keep it alive; arenas keep the
 // pool alive. Each range has a stream and a reader handle of its own.
-#include "host/notebook.hpp"
+#include <qpsreader/host/notebook.hpp>
 
 #include <algorithm>
 #include <cstring>
 #include <new>
 #include <utility>
 
+#include <qpsreader/qps_reader.h>
+#include <qpsreader/worksheet_list.h>
 #include "host/diagnosis.hpp"
 #include "host/heap_pool.hpp"
 #include "host/host_services.hpp"
 #include "host/notebook_bytes.hpp"
-#include "reader/qps_reader.h"
-#include "sheetinfo/worksheet_list.h"
 
 namespace qps {
 namespace {

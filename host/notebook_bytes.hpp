@@ -13,7 +13,7 @@
 #include <span>
 #include <variant>
 
-#include "host/expected.hpp"
+#include <qpsreader/host/expected.hpp>
 #include "host/file.hpp"
 #include "host/file_stream.hpp"
 #include "host/heap_pool.hpp"

@@ -10,9 +10,9 @@
 #include <cstdint>
 #include <span>
 
+#include <qpsreader/host_tables.h>
+#include <qpsreader/ole_interface.h>
 #include "host/host_services.hpp"
-#include "reader/host_tables.h"
-#include "reader/ole_interface.h"
 
 namespace qps {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The arena: a list of pool blocks, each twice as large as the one before up to a bound.
-#include "host/text_arena.hpp"
+#include <qpsreader/host/text_arena.hpp>
 
 #include <algorithm>
 #include <limits>

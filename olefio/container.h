@@ -4,6 +4,7 @@
 #ifndef QPSREADER_OLEFIO_CONTAINER_H
 #define QPSREADER_OLEFIO_CONTAINER_H
 
+#include <qpsreader/host_tables.h>
 #include "olefio/directory.h"
 #include "olefio/entry_name.h"
 #include "olefio/extents.h"
@@ -11,7 +12,6 @@
 #include "olefio/host_file.h"
 #include "olefio/sector_space.h"
 #include "olefio/stream.h"
-#include "reader/host_tables.h"
 
 namespace qps::ole {
 

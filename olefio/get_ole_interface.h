@@ -4,7 +4,7 @@
 #ifndef QPSREADER_OLEFIO_GET_OLE_INTERFACE_H
 #define QPSREADER_OLEFIO_GET_OLE_INTERFACE_H
 
-#include "reader/ole_interface.h"
+#include <qpsreader/ole_interface.h>
 
 // Under Windows the linker exports the function by its name.
 #if defined(__GNUC__) && !defined(_WIN32)

@@ -11,7 +11,7 @@
 #include <span>
 #include <utility>
 
-#include "reader/host_tables.h"
+#include <qpsreader/host_tables.h>
 
 namespace qps::ole {
 

@@ -14,7 +14,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "reader/host_tables.h"
+#include <qpsreader/host_tables.h>
 
 namespace qps::ole {
 

@@ -9,10 +9,10 @@
 #include <cstdint>
 #include <span>
 
+#include <qpsreader/host_tables.h>
 #include "olefio/extents.h"
 #include "olefio/host_file.h"
 #include "olefio/pool.h"
-#include "reader/host_tables.h"
 
 namespace qps::ole {
 

@@ -14,4 +14,4 @@ for program in "${programs[@]}"; do
   quietly "coverage-$program" "build/coverage/bin/$program"
 done
 exec python3 scripts/coverage_report.py build/coverage \
-  reader render styles format scan items sheetinfo olefio
+  reader/{frame,render,styles,format,scan,items,sheetinfo} olefio

@@ -61,18 +61,18 @@ def main():
     folders = sys.argv[2:]
     counts = {folder: Counts() for folder in folders}
     for file, line in measured(build, root):
-        folder = file.split("/")[0]
+        folder = file.rpartition("/")[0]
         if folder in counts:
             counts[folder].add(file, line)
 
     total = [0, 0, 0, 0]
-    print(f"{'folder':<12}{'lines':>18}{'branches':>22}")
+    print(f"{'folder':<18}{'lines':>18}{'branches':>22}")
     for folder, found in counts.items():
         row = [*Counts.reached(found.lines), *Counts.reached(found.branches)]
         total = [a + b for a, b in zip(total, row)]
-        print(f"{folder:<12}{row[0]:>6} of {row[1]:<5}{row[2]:>12} of {row[3]}")
+        print(f"{folder:<18}{row[0]:>6} of {row[1]:<5}{row[2]:>12} of {row[3]}")
     lines, branches = percent(*total[:2]), percent(*total[2:])
-    print(f"{'all':<12}{total[0]:>6} of {total[1]:<5}{total[2]:>12} of {total[3]}")
+    print(f"{'all':<18}{total[0]:>6} of {total[1]:<5}{total[2]:>12} of {total[3]}")
     print(f"lines {lines:.2f} %, branches {branches:.2f} %")
 
     missed = collections.defaultdict(list)

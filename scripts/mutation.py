@@ -38,14 +38,16 @@ TIMEOUT_SECONDS = 60
 # The programs that notice, by room, the one first that costs the least for what it notices.
 PROGRAMS = {
     "olefio": ["olefio_tests", "fault_tests"],
-    "render": ["reader_tests", "render_tests"],
+    "reader/render": ["reader_tests", "render_tests"],
     "default": ["reader_tests", "fault_tests"],
 }
 # Headers with code that runs for each cell; most of the others hold declarations.
-HEADERS = ["format/date_text.h", "format/format_value.h", "format/rendering.h", "reader/item_text.h",
-           "reader/short_text.h", "render/date_serial.h", "render/digits.h", "render/short_fixed.h",
-           "render/text_buffer.h", "render/word_text.h", "styles/apply_style.h"]
-ROOMS = ["reader", "scan", "items", "styles", "format", "render", "sheetinfo", "olefio"]
+HEADERS = ["reader/" + header for header in (
+    "format/date_text.h", "format/format_value.h", "format/rendering.h", "frame/item_text.h",
+    "frame/short_text.h", "render/date_serial.h", "render/digits.h", "render/short_fixed.h",
+    "render/text_buffer.h", "render/word_text.h", "styles/apply_style.h")]
+ROOMS = ["reader/frame", "reader/scan", "reader/items", "reader/styles", "reader/format", "reader/render",
+         "reader/sheetinfo", "olefio"]
 
 SWAPS = [
     (" < ", " <= "), (" <= ", " < "), (" > ", " >= "), (" >= ", " > "),
@@ -146,7 +148,7 @@ class Bench:
             objects.append(f"mutant_{len(objects)}.o")
             if not self.compiles(source, objects[-1]):
                 return "stillborn", ""
-        room = mutant.file.split("/")[0]
+        room = os.path.dirname(mutant.file)
         for program in PROGRAMS.get(room, PROGRAMS["default"]):
             if self.notices(program, " ".join(objects)):
                 return "caught", program
@@ -235,7 +237,7 @@ def report(rows):
     live = outcomes["caught"] + outcomes["survived"]
     rooms = collections.defaultdict(collections.Counter)
     for row in rows:
-        rooms[row["file"].split("/")[0]][row["outcome"]] += 1
+        rooms[os.path.dirname(row["file"])][row["outcome"]] += 1
     for room, counts in sorted(rooms.items()):
         print(f"{room:<10} {counts['caught']:>4} of {counts['caught'] + counts['survived']}")
     known = equivalents()

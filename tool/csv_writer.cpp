@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/text_arena.hpp"
+#include <qpsreader/host/text_arena.hpp>
 #include "tool/commands.h"
 #include "tool/document.h"
 #include "tool/formula_guard.h"

@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/notebook.hpp"
+#include <qpsreader/host/notebook.hpp>
 #include "tool/cell_list.h"
 #include "tool/commands.h"
 #include "tool/encoding.h"

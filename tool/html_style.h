@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/item.hpp"
+#include <qpsreader/host/item.hpp>
 #include "tool/encoding.h"
 
 namespace qps {

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "host/notebook.hpp"
+#include <qpsreader/host/notebook.hpp>
 #include "tool/settings.h"
 
 namespace qps {

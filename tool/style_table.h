@@ -12,7 +12,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/item.hpp"
+#include <qpsreader/host/item.hpp>
 
 namespace qps {
 

@@ -15,7 +15,7 @@
 #ifndef QPSREADER_OLE_INTERFACE_H
 #define QPSREADER_OLE_INTERFACE_H
 
-#include "host_tables.h"
+#include <qpsreader/host_tables.h>
 
 #ifdef __cplusplus
 extern "C" {

@@ -25,7 +25,7 @@
 #ifndef QPSREADER_QPS_READER_H
 #define QPSREADER_QPS_READER_H
 
-#include "host_tables.h"
+#include <qpsreader/host_tables.h>
 
 #if defined(QPS_STATIC)
 #define QPS_API

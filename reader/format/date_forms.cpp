@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// The built-in date and time forms. The value is a date serial (render/date_serial.h).
+// The built-in date and time forms. The value is a date serial (reader/render/date_serial.h).
 #include <cmath>
 
-#include "format/date_text.h"
-#include "format/rendering.h"
-#include "render/date_serial.h"
-#include "render/name_tables.h"
+#include "reader/format/date_text.h"
+#include "reader/format/rendering.h"
+#include "reader/render/date_serial.h"
+#include "reader/render/name_tables.h"
 
 namespace qps {
 

@@ -6,9 +6,9 @@
 
 #include <cstdint>
 
-#include "render/date_serial.h"
-#include "render/digits.h"
-#include "render/word_text.h"
+#include "reader/render/date_serial.h"
+#include "reader/render/digits.h"
+#include "reader/render/word_text.h"
 
 namespace qps {
 

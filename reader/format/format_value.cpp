@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "format/format_value.h"
+#include "reader/format/format_value.h"
 
 #include <cmath>
 #include <cstddef>

@@ -8,10 +8,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "format/rendering.h"
-#include "items/ss_item.h"
-#include "reader/item_text.h"
-#include "reader/qps_sheet.h"
+#include <qpsreader/ss_item.h>
+#include "reader/format/rendering.h"
+#include "reader/frame/item_text.h"
+#include "reader/frame/qps_sheet.h"
 
 namespace qps {
 

@@ -2,8 +2,8 @@
 #include <cmath>
 #include <limits>
 
-#include "format/rendering.h"
-#include "render/number_text.h"
+#include "reader/format/rendering.h"
+#include "reader/render/number_text.h"
 
 namespace qps {
 

@@ -10,10 +10,10 @@
 #include <cstdint>
 #include <string_view>
 
-#include "items/ss_item.h"
-#include "reader/item_text.h"
-#include "reader/qps_sheet.h"
-#include "render/text_buffer.h"
+#include <qpsreader/ss_item.h>
+#include "reader/frame/item_text.h"
+#include "reader/frame/qps_sheet.h"
+#include "reader/render/text_buffer.h"
 
 namespace qps {
 

@@ -8,9 +8,9 @@
 #include <cstdint>
 #include <string_view>
 
-#include "format/rendering.h"
-#include "render/user_date.h"
-#include "render/user_number.h"
+#include "reader/format/rendering.h"
+#include "reader/render/user_date.h"
+#include "reader/render/user_number.h"
 
 namespace qps {
 

@@ -6,13 +6,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "format/date_text.h"
-#include "format/rendering.h"
-#include "format/user_format_plan.h"
-#include "reader/pool.h"
-#include "render/date_serial.h"
-#include "render/name_tables.h"
-#include "render/user_date.h"
+#include "reader/format/date_text.h"
+#include "reader/format/rendering.h"
+#include "reader/format/user_format_plan.h"
+#include "reader/frame/pool.h"
+#include "reader/render/date_serial.h"
+#include "reader/render/name_tables.h"
+#include "reader/render/user_date.h"
 
 namespace qps {
 

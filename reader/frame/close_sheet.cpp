@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // The end of an open worksheet, reached through QPSCloseSheet and through every failed opening.
-#include "reader/pool.h"
-#include "reader/qps_sheet.h"
+#include "reader/frame/pool.h"
+#include "reader/frame/qps_sheet.h"
 
 namespace qps {
 

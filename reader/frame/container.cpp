@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "reader/container.h"
+#include "reader/frame/container.h"
 
 #include <algorithm>
 #include <array>

@@ -7,8 +7,8 @@
 
 #include <cstdint>
 
-#include "reader/host_tables.h"
-#include "reader/ole_interface.h"
+#include <qpsreader/host_tables.h>
+#include <qpsreader/ole_interface.h>
 
 namespace qps {
 

@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <string_view>
 
-#include "reader/qps_sheet.h"
-#include "reader/short_text.h"
+#include "reader/frame/qps_sheet.h"
+#include "reader/frame/short_text.h"
 
 namespace qps {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include "reader/host_tables.h"
+#include <qpsreader/host_tables.h>
 
 namespace qps {
 

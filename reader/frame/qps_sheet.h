@@ -15,10 +15,10 @@
 #include <span>
 #include <string_view>
 
-#include "reader/container.h"
-#include "reader/host_tables.h"
-#include "reader/qps_reader.h"
-#include "reader/record_stream.h"
+#include <qpsreader/host_tables.h>
+#include <qpsreader/qps_reader.h>
+#include "reader/frame/container.h"
+#include "reader/frame/record_stream.h"
 
 namespace qps {
 
@@ -33,7 +33,7 @@ struct QPSFont {
   static constexpr std::size_t kNameBytes = 32;
 
   // What an item shows, in the item's layout, so that a cell takes it as one block
-  // (styles/apply_style.h).
+  // (reader/styles/apply_style.h).
   struct Shown {
     char name[kNameBytes];  // cut, zero-terminated and filled with zeros
     std::uint32_t size;     // points; the low byte of the record's value
@@ -58,7 +58,7 @@ struct QPSNamedStyle {
   char* name;                 // own block; null when it could not be allocated
 };
 
-struct UserFormatPlan;  // format/user_format_plan.h: what the text says, parsed
+struct UserFormatPlan;  // reader/format/user_format_plan.h: what the text says, parsed
 
 // Record 230.
 struct QPSUserFormat {
@@ -120,7 +120,7 @@ struct QPSStylePage {
 };
 
 // Records 214, 220 and 261: either a range of rows with one height, or a set of rows that a record
-// 220 hid in the older nodes behind it (scan/row_heights.h).
+// 220 hid in the older nodes behind it (reader/scan/row_heights.h).
 struct QPSRowHeight {
   QPSRowHeight* next;
   std::uint32_t firstRow;  // from 1

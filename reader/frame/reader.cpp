@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // The reader handle and the small operations that need no file.
-#include "reader/pool.h"
-#include "reader/qps_reader.h"
+#include <qpsreader/qps_reader.h>
+#include "reader/frame/pool.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "reader/record_stream.h"
+#include "reader/frame/record_stream.h"
 
 #include <array>
 #include <cstring>

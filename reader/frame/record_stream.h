@@ -22,9 +22,9 @@
 #include <span>
 #include <string_view>
 
-#include "reader/host_tables.h"
-#include "reader/record_types.h"
-#include "reader/short_text.h"
+#include <qpsreader/host_tables.h>
+#include "reader/frame/record_types.h"
+#include "reader/frame/short_text.h"
 
 namespace qps {
 

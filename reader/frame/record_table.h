@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "reader/record_types.h"
+#include "reader/frame/record_types.h"
 
 namespace qps {
 

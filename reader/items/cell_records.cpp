@@ -16,16 +16,16 @@
 //   0x7FF8            a text, which the record 51 after this one carries
 //   0x7FF0 or 0xFFF0  by the word at 10: 0 an error, 3 the 32-bit integer at 8, else nothing to
 //   show
-#include "items/cell_records.h"
+#include "reader/items/cell_records.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
 
-#include "format/format_value.h"
-#include "reader/item_text.h"
-#include "styles/apply_style.h"
+#include "reader/format/format_value.h"
+#include "reader/frame/item_text.h"
+#include "reader/styles/apply_style.h"
 
 namespace qps {
 

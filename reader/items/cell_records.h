@@ -5,8 +5,8 @@
 #ifndef QPSREADER_ITEMS_CELL_RECORDS_H
 #define QPSREADER_ITEMS_CELL_RECORDS_H
 
-#include "items/ss_item.h"
-#include "reader/qps_sheet.h"
+#include <qpsreader/ss_item.h>
+#include "reader/frame/qps_sheet.h"
 
 namespace qps {
 

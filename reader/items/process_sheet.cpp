@@ -9,12 +9,12 @@
 #include <optional>
 #include <string_view>
 
-#include "items/cell_records.h"
-#include "items/ss_item.h"
-#include "reader/pool.h"
-#include "reader/qps_sheet.h"
-#include "reader/record_table.h"
-#include "scan/row_heights.h"
+#include <qpsreader/ss_item.h>
+#include "reader/frame/pool.h"
+#include "reader/frame/qps_sheet.h"
+#include "reader/frame/record_table.h"
+#include "reader/items/cell_records.h"
+#include "reader/scan/row_heights.h"
 
 namespace qps {
 

@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "render/word_text.h"
+#include "reader/render/word_text.h"
 
 namespace qps {
 

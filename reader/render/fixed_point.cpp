@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "render/fixed_point.h"
+#include "reader/render/fixed_point.h"
 
 #include <bit>
 #include <charconv>
 #include <cstdint>
 
-#include "render/digits.h"
-#include "render/short_fixed.h"
-#include "render/wide_product.h"
+#include "reader/render/digits.h"
+#include "reader/render/short_fixed.h"
+#include "reader/render/wide_product.h"
 
 namespace qps {
 namespace {

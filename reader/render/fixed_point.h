@@ -7,7 +7,7 @@
 
 #include <cstddef>
 
-#include "render/short_fixed.h"
+#include "reader/render/short_fixed.h"
 
 namespace qps {
 

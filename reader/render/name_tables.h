@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "render/word_text.h"
+#include "reader/render/word_text.h"
 
 namespace qps {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "render/number_text.h"
+#include "reader/render/number_text.h"
 
 #include <cstddef>
 #include <cstring>
 
-#include "reader/qps_reader.h"
-#include "render/digits.h"
+#include <qpsreader/qps_reader.h>
+#include "reader/render/digits.h"
 
 namespace qps {
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
 // The forms of a number's text that are more than one print: grouped digits, trimmed decimals and
-// three-digit exponents. qps2to3E, which is exported, is declared in reader/qps_reader.h.
+// three-digit exponents. qps2to3E, which is exported, is declared in qpsreader/qps_reader.h.
 #ifndef QPSREADER_RENDER_NUMBER_TEXT_H
 #define QPSREADER_RENDER_NUMBER_TEXT_H
 
 #include <string_view>
 
-#include "render/text_buffer.h"
+#include "reader/render/text_buffer.h"
 
 namespace qps {
 

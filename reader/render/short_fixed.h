@@ -31,9 +31,9 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "render/digits.h"
-#include "render/wide_product.h"
-#include "render/word_text.h"
+#include "reader/render/digits.h"
+#include "reader/render/wide_product.h"
+#include "reader/render/word_text.h"
 
 namespace qps {
 

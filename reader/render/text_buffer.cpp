@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "render/text_buffer.h"
+#include "reader/render/text_buffer.h"
 
 #include <charconv>
 
-#include "render/fixed_point.h"
-#include "render/number_text.h"
+#include "reader/render/fixed_point.h"
+#include "reader/render/number_text.h"
 
 namespace qps {
 namespace {

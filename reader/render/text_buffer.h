@@ -14,9 +14,9 @@
 #include <span>
 #include <string_view>
 
-#include "reader/short_text.h"
-#include "render/digits.h"
-#include "render/short_fixed.h"
+#include "reader/frame/short_text.h"
+#include "reader/render/digits.h"
+#include "reader/render/short_fixed.h"
 
 namespace qps {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "render/user_date.h"
+#include "reader/render/user_date.h"
 
 #include <algorithm>
 #include <array>
@@ -7,10 +7,10 @@
 #include <cstddef>
 #include <span>
 
-#include "reader/qps_reader.h"
-#include "render/literal.h"
-#include "render/name_tables.h"
-#include "render/text_buffer.h"
+#include <qpsreader/qps_reader.h>
+#include "reader/render/literal.h"
+#include "reader/render/name_tables.h"
+#include "reader/render/text_buffer.h"
 
 constexpr QPSUserDefine qpsUSERDEFINE[QPSUserDefineRows] = {
     {"WEEKDAY", 7, "%s", 0}, {"Weekday", 7, "%s", 1}, {"weekday", 7, "%s", 2},

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
 // The user-defined date and time formats, such as TDD-Mon-YY: a "T", then tokens (the rows of
-// qpsUSERDEFINE in reader/qps_reader.h), literals in quotes, and characters that are copied because
-// no token begins there. MM and M are the minute when the token before them was an hour, and the
-// month otherwise. With AMPM anywhere in the text the hours are those of the dial.
+// qpsUSERDEFINE in qpsreader/qps_reader.h), literals in quotes, and characters that are copied
+// because no token begins there. MM and M are the minute when the token before them was an hour,
+// and the month otherwise. With AMPM anywhere in the text the hours are those of the dial.
 #ifndef QPSREADER_RENDER_USER_DATE_H
 #define QPSREADER_RENDER_USER_DATE_H
 
@@ -12,9 +12,9 @@
 #include <optional>
 #include <string_view>
 
-#include "reader/host_tables.h"
-#include "render/date_serial.h"
-#include "render/word_text.h"
+#include <qpsreader/host_tables.h>
+#include "reader/render/date_serial.h"
+#include "reader/render/word_text.h"
 
 namespace qps {
 

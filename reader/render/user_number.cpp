@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "render/user_number.h"
+#include "reader/render/user_number.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 
-#include "render/literal.h"
-#include "render/number_text.h"
-#include "render/text_buffer.h"
+#include "reader/render/literal.h"
+#include "reader/render/number_text.h"
+#include "reader/render/text_buffer.h"
 
 namespace qps {
 namespace {

@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "reader/short_text.h"
+#include "reader/frame/short_text.h"
 
 namespace qps {
 

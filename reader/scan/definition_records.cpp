@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "scan/definition_records.h"
+#include "reader/scan/definition_records.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "reader/pool.h"
+#include "reader/frame/pool.h"
 
 namespace qps {
 

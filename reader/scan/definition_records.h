@@ -5,8 +5,8 @@
 #ifndef QPSREADER_SCAN_DEFINITION_RECORDS_H
 #define QPSREADER_SCAN_DEFINITION_RECORDS_H
 
-#include "reader/qps_sheet.h"
-#include "reader/record_table.h"
+#include "reader/frame/qps_sheet.h"
+#include "reader/frame/record_table.h"
 
 namespace qps {
 

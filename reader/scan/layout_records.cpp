@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "scan/layout_records.h"
+#include "reader/scan/layout_records.h"
 
 #include <algorithm>
 
-#include "scan/row_heights.h"
+#include "reader/scan/row_heights.h"
 
 namespace qps {
 

@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <iterator>
 
-#include "reader/pool.h"
-#include "reader/qps_sheet.h"
-#include "reader/record_table.h"
-#include "scan/definition_records.h"
-#include "scan/layout_records.h"
-#include "styles/apply_style.h"
-#include "styles/style_records.h"
+#include "reader/frame/pool.h"
+#include "reader/frame/qps_sheet.h"
+#include "reader/frame/record_table.h"
+#include "reader/scan/definition_records.h"
+#include "reader/scan/layout_records.h"
+#include "reader/styles/apply_style.h"
+#include "reader/styles/style_records.h"
 
 namespace qps {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "scan/row_heights.h"
+#include "reader/scan/row_heights.h"
 
 #include <cstring>
 
-#include "reader/pool.h"
+#include "reader/frame/pool.h"
 
 namespace qps {
 

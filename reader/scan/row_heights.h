@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <span>
 
-#include "reader/qps_sheet.h"
+#include "reader/frame/qps_sheet.h"
 
 namespace qps {
 

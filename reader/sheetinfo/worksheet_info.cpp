@@ -7,7 +7,7 @@
 //   204  its name: a zero-terminated text
 //
 // and a worksheet is listed when its record 150 comes.
-#include "sheetinfo/worksheet_list.h"
+#include <qpsreader/worksheet_list.h>
 
 #include <algorithm>
 #include <array>
@@ -15,10 +15,10 @@
 #include <cstring>
 #include <string_view>
 
-#include "reader/container.h"
-#include "reader/pool.h"
-#include "reader/qps_reader.h"
-#include "reader/record_stream.h"
+#include <qpsreader/qps_reader.h>
+#include "reader/frame/container.h"
+#include "reader/frame/pool.h"
+#include "reader/frame/record_stream.h"
 
 namespace qps {
 

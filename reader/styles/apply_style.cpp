@@ -2,15 +2,15 @@
 //
 // What a style means does not change once the worksheet is open, so it is worked out once, when the
 // first cell uses the style, and copied to every cell.
-#include "styles/apply_style.h"
+#include "reader/styles/apply_style.h"
 
 #include <algorithm>
 #include <iterator>
 #include <string_view>
 
-#include "reader/pool.h"
-#include "styles/palette.h"
-#include "styles/style_records.h"
+#include "reader/frame/pool.h"
+#include "reader/styles/palette.h"
+#include "reader/styles/style_records.h"
 
 namespace qps {
 

@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <cstring>
 
-#include "items/ss_item.h"
-#include "reader/qps_sheet.h"
+#include <qpsreader/ss_item.h>
+#include "reader/frame/qps_sheet.h"
 
 namespace qps {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "styles/palette.h"
+#include "reader/styles/palette.h"
 
 namespace qps {
 

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "reader/qps_sheet.h"
+#include "reader/frame/qps_sheet.h"
 
 namespace qps {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "styles/style_records.h"
+#include "reader/styles/style_records.h"
 
-#include "reader/pool.h"
-#include "styles/palette.h"
+#include "reader/frame/pool.h"
+#include "reader/styles/palette.h"
 
 namespace qps {
 

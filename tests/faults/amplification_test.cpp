@@ -6,9 +6,9 @@
 
 #include <functional>
 
+#include <qpsreader/worksheet_list.h>
 #include "fuzz/session.h"
 #include "olefio/get_ole_interface.h"
-#include "sheetinfo/worksheet_list.h"
 #include "tests/support/compound_writer.h"
 #include "tests/support/notebook_builder.h"
 

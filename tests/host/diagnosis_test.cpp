@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/notebook.hpp"
+#include <qpsreader/host/notebook.hpp>
 #include "tests/support/compound_writer.h"
 #include "tests/support/notebook_builder.h"
 

@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
+#include <qpsreader/host/text_arena.hpp>
 #include "host/heap_pool.hpp"
 #include "host/large_pages.hpp"
-#include "host/text_arena.hpp"
 
 namespace qps::test {
 namespace {

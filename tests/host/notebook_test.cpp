@@ -11,7 +11,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "host/notebook.hpp"
+#include <qpsreader/host/notebook.hpp>
 #include "tests/host/temporary_folder.h"
 #include "tests/support/compound_writer.h"
 #include "tests/support/notebook_builder.h"

@@ -6,10 +6,10 @@
 #include <cstring>
 #include <string>
 
+#include <qpsreader/ole_interface.h>
 #include "host/heap_pool.hpp"
 #include "host/host_services.hpp"
 #include "host/library_loader.hpp"
-#include "reader/ole_interface.h"
 #include "tests/host/temporary_folder.h"
 
 namespace qps::test {

@@ -7,10 +7,10 @@
 #include <cstdio>
 #include <vector>
 
+#include <qpsreader/ole_interface.h>
 #include "host/file.hpp"
 #include "host/file_stream.hpp"
 #include "host/heap_pool.hpp"
-#include "reader/ole_interface.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "items/ss_item.h"
-#include "reader/qps_reader.h"
-#include "sheetinfo/worksheet_list.h"
+#include <qpsreader/qps_reader.h>
+#include <qpsreader/ss_item.h>
+#include <qpsreader/worksheet_list.h>
 
 #define CHECK(condition)                                             \
   do {                                                               \

@@ -2,8 +2,8 @@
 //
 // A host in memory: the services table, a stream over bytes and the allocator of item texts. It
 // counts what is outstanding, logs calls, can fail any of them, and notes every call that breaks
-// the contract of reader/host_tables.h as a violation. It fakes the compound-document library too.
-// Nothing here needs a test framework: fuzz targets and benchmarks use it as well.
+// the contract of qpsreader/host_tables.h as a violation. It fakes the compound-document library
+// too. Nothing here needs a test framework: fuzz targets and benchmarks use it as well.
 #ifndef QPSREADER_TESTS_RECORDING_HOST_H
 #define QPSREADER_TESTS_RECORDING_HOST_H
 
@@ -17,8 +17,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "reader/host_tables.h"
-#include "reader/ole_interface.h"
+#include <qpsreader/host_tables.h>
+#include <qpsreader/ole_interface.h>
 #include "tests/support/notebook_builder.h"
 
 namespace qps::test {

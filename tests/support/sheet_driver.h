@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "items/ss_item.h"
-#include "reader/qps_reader.h"
-#include "sheetinfo/worksheet_list.h"
+#include <qpsreader/qps_reader.h>
+#include <qpsreader/ss_item.h>
+#include <qpsreader/worksheet_list.h>
 #include "tests/support/recording_host.h"
 
 namespace qps::test {

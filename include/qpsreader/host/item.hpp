@@ -15,7 +15,7 @@
 #include <optional>
 #include <string_view>
 
-#include "items/ss_item.h"
+#include <qpsreader/ss_item.h>
 
 namespace qps {
 

@@ -27,10 +27,10 @@
 #include <span>
 #include <string_view>
 
-#include "host/expected.hpp"
-#include "host/file_facts.hpp"
-#include "host/item.hpp"
-#include "host/text_arena.hpp"
+#include <qpsreader/host/expected.hpp>
+#include <qpsreader/host/file_facts.hpp>
+#include <qpsreader/host/item.hpp>
+#include <qpsreader/host/text_arena.hpp>
 
 namespace qps {
 

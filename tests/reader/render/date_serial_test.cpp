@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "render/date_serial.h"
+#include "reader/render/date_serial.h"
 
 #include <gtest/gtest.h>
 

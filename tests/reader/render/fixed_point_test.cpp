@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "render/fixed_point.h"
+#include "reader/render/fixed_point.h"
 
 #include <gtest/gtest.h>
 
@@ -9,10 +9,10 @@
 #include <random>
 #include <string>
 
-#include "render/digits.h"
-#include "render/text_buffer.h"
-#include "render/wide_product.h"
-#include "tests/render/printed.h"
+#include "reader/render/digits.h"
+#include "reader/render/text_buffer.h"
+#include "reader/render/wide_product.h"
+#include "tests/reader/render/printed.h"
 
 namespace qps {
 namespace {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "render/number_text.h"
+#include "reader/render/number_text.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
 
-#include "reader/qps_reader.h"
+#include <qpsreader/qps_reader.h>
 
 namespace qps {
 namespace {

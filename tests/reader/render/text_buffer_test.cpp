@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "render/text_buffer.h"
+#include "reader/render/text_buffer.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/render/printed.h"
+#include "tests/reader/render/printed.h"
 
 namespace qps {
 namespace {

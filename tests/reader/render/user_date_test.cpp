@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "render/user_date.h"
+#include "reader/render/user_date.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <random>
 #include <string>
 
-#include "reader/qps_reader.h"
+#include <qpsreader/qps_reader.h>
 
 namespace qps {
 namespace {

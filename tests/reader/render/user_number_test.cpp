@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "render/user_number.h"
+#include "reader/render/user_number.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 #include <random>
 #include <string>
 
-#include "tests/render/printed.h"
+#include "tests/reader/render/printed.h"
 
 namespace qps {
 namespace {

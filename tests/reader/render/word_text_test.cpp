@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "render/word_text.h"
+#include "reader/render/word_text.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "render/short_fixed.h"
+#include "reader/render/short_fixed.h"
 
 namespace qps {
 namespace {
