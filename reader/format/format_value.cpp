@@ -41,9 +41,8 @@ constexpr FormRow kFormRows[] = {
     {64, showPercent},
     {80, showComma},
     {96, finite<showShortNumericDate>},
-    {112, finite<showNamedDate>},
+    {kNamedDateCode, finite<showNamedDate>},
 };
-constexpr std::size_t kFirstUserDefinedCode = 113;
 
 }  // namespace
 

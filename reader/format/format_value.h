@@ -15,6 +15,9 @@
 
 namespace qps {
 
+inline constexpr std::size_t kNamedDateCode = 112;
+inline constexpr std::size_t kFirstUserDefinedCode = 113;
+
 extern const std::array<Form, 256> kFormByCode;
 
 // Renders `value` by the format code, decimals and format text of the cell's appearance, for the

@@ -64,6 +64,7 @@ struct UserFormatPlan;  // reader/format/user_format_plan.h: what the text says,
 struct QPSUserFormat {
   QPSUserFormat* next;
   std::uint16_t code;  // the record's number + 112
+  std::uint8_t parts;  // reader/format/shown_parts.h; 0 until somebody asks for a cell's value
   char* text;          // own block; null when it could not be allocated
   std::size_t textBytes;
   UserFormatPlan* plan;  // own block; null until a cell shows the format

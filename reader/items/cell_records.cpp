@@ -1,21 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Every cell record begins alike:
-//
-//   offset  size  field
-//   0       1     column, from 0
-//   2       2     row, from 0
-//   4       2     style number in bits 3 to 15; 0 stands for style 1
-//   6             the value, by record: 13 a signed 16-bit integer, 14 a double, 16 the cached
-//   result
-//                 (below), 15 and 51 a byte of no interest and, from byte 7, the text
-//
-// The cached result of a formula is eight bytes, a double as a rule. The word at 12 tells the
-// others:
-//
-//   0x7FF8            a text, which the record 51 after this one carries
-//   0x7FF0 or 0xFFF0  by the word at 10: 0 an error, 3 the 32-bit integer at 8, else nothing to
-//   show
+// From a cell record to a cell item; the bytes are described in cell_layout.h.
 #include "reader/items/cell_records.h"
 
 #include <cstddef>
@@ -25,25 +10,16 @@
 
 #include "reader/format/format_value.h"
 #include "reader/frame/item_text.h"
+#include "reader/items/cell_layout.h"
 #include "reader/styles/apply_style.h"
 
 namespace qps {
 
 namespace {
 
-constexpr unsigned kStyleNumberShift = 3;
-
 // A cell with this format code shows nothing.
 constexpr std::uint8_t kHiddenFormatCode = 4;
 
-constexpr std::size_t kValueOffset = 6;
-constexpr std::size_t kTextOffset = 7;
-
-constexpr std::uint16_t kResultIsText = 0x7FF8;
-constexpr std::uint16_t kSpecialResult = 0x7FF0;
-constexpr std::uint16_t kSpecialResultNegative = 0xFFF0;
-constexpr std::uint16_t kSpecialError = 0;
-constexpr std::uint16_t kSpecialInteger = 3;
 constexpr std::string_view kErrorText = "ERR";
 
 bool isHidden(const QPSAppearance& appearance) {
@@ -56,8 +32,7 @@ bool isHidden(const QPSAppearance& appearance) {
   const BodyView body = sheet.records.body();
   cell.column = body.u8At(0) + 1U;
   cell.row = body.u16At(2) + 1U;
-  const auto style = static_cast<std::uint16_t>(body.u16At(4) >> kStyleNumberShift);
-  return qpsApplyCellStyle(sheet, cell, kind, style);
+  return qpsApplyCellStyle(sheet, cell, kind, styleFieldOf(body));
 }
 
 CellStep deliverNumber(QPSSheet& sheet, SSItemCell& cell, double value) {
@@ -123,16 +98,17 @@ CellStep qpsReadTextCell(QPSSheet& sheet, SSItemCell& cell) {
 
 CellStep qpsReadFormulaCell(QPSSheet& sheet, SSItemCell& cell) {
   const BodyView body = sheet.records.body();
-  const std::uint16_t marker = body.u16At(12);
+  const std::uint16_t marker = body.u16At(kResultMarkerOffset);
   if (marker == kResultIsText) return CellStep::kNoCell;
-  if (marker != kSpecialResult && marker != kSpecialResultNegative) {
+  if (!isSpecialResult(marker)) {
     return deliverNumber(sheet, cell, body.doubleAt(kValueOffset));
   }
-  switch (body.u16At(10)) {
+  switch (body.u16At(kSpecialKindOffset)) {
     case kSpecialError:
       return deliverText(sheet, cell, kNumericCell, kErrorText);
     case kSpecialInteger:
-      return deliverNumber(sheet, cell, static_cast<std::int32_t>(body.u32At(8)));
+      return deliverNumber(sheet, cell,
+                           static_cast<std::int32_t>(body.u32At(kSpecialIntegerOffset)));
     default:
       return CellStep::kNoCell;
   }

@@ -100,20 +100,20 @@ inline CalendarDate qpsSerialToDate(double serial) {
 //
 // With the fraction as part / 2^s, seconds = floor((part x 675 + 2^(s-8)) / 2^(s-7)).
 inline TimeOfDay qpsTimeOfDay(double serial) {
-  constexpr int kMantissaBits = 52;
-  constexpr int kExponentBias = 1023 + kMantissaBits;
+  constexpr int kStoredBits = 52;
+  constexpr int kScaleBias = 1023 + kStoredBits;
   const auto bits = std::bit_cast<uint64_t>(serial);
-  const int exponent = static_cast<int>(bits >> kMantissaBits) & 0x7FF;
-  const uint64_t fractionBits = bits & ((uint64_t{1} << kMantissaBits) - 1);
+  const int exponent = static_cast<int>(bits >> kStoredBits) & 0x7FF;
+  const uint64_t fractionBits = bits & ((uint64_t{1} << kStoredBits) - 1);
 
   // The magnitude is m / 2^s. From 2^52 on (s <= 0; an infinite value too) it is a whole number; at
   // s > 70, subnormal numbers among them, it is less than half a second.
-  int s = kExponentBias - exponent;
+  int s = kScaleBias - exponent;
   if (s <= 0 || s > 70) return {0, 0, 0};
-  uint64_t part = fractionBits | uint64_t{1} << kMantissaBits;
-  if (s <= kMantissaBits) {
-    part = (part & ((uint64_t{1} << s) - 1)) << (kMantissaBits - s);
-    s = kMantissaBits;
+  uint64_t part = fractionBits | uint64_t{1} << kStoredBits;
+  if (s <= kStoredBits) {
+    part = (part & ((uint64_t{1} << s) - 1)) << (kStoredBits - s);
+    s = kStoredBits;
   }
   // part < 2^53, so part x 675 < 2^63; with the half, at most 2^62, it stays below 2^64.
   auto total = static_cast<int32_t>((part * 675 + (uint64_t{1} << (s - 8))) >> (s - 7));

@@ -66,4 +66,12 @@ const QPSAppearance& resolveAppearance(QPSSheet& sheet, std::uint16_t styleField
   return *appearance;
 }
 
+const QPSAppearance& appliedAppearance(const QPSSheet& sheet, std::uint16_t styleField) {
+  if (sheet.styleList == nullptr) return sheet.unstyled;
+  if (findStyle(sheet, styleNumberOf(styleField)) == nullptr) return kUnstyled;
+  const QPSAppearance* kept =
+      sheet.stylePageByNumber[styleField >> 8]->appearances[styleField & 0xFF];
+  return kept != nullptr ? *kept : sheet.scratchAppearance;
+}
+
 }  // namespace qps

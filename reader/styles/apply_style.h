@@ -41,6 +41,9 @@ inline const QPSAppearance& appearanceOf(QPSSheet& sheet, std::uint16_t styleFie
   return resolveAppearance(sheet, styleField);
 }
 
+// What the last cell's style field meant when its style was applied. Changes nothing.
+const QPSAppearance& appliedAppearance(const QPSSheet& sheet, std::uint16_t styleField);
+
 inline void writeBorders(SSItemCell& cell, const QPSStyle& style) {
   for (std::size_t slot = 0; slot < kBorderSlots; ++slot) {
     cell.borders[slot].style = style.borderStyle[slot];

@@ -3,7 +3,7 @@
 # Proves a built library or program by what stands in the file. The tools come as NM, READELF and
 # OBJDUMP, so that other machines' files can be read too.
 #
-#   check.sh exports FILE LIST       exports exactly the names in LIST
+#   check.sh exports FILE LIST       exports exactly the names in LIST ("NAME" or "NAME VERSION")
 #   check.sh imports FILE PATTERNS   imports nothing but what a line of PATTERNS matches
 #   check.sh hardened FILE           is hardened, as a library or a program
 #   check.sh rpath FILE WANTED       has WANTED as its DT_RPATH, and no DT_RUNPATH
@@ -22,17 +22,27 @@ rows() {
   grep -v '^\(#.*\)\?$' "$1"
 }
 
+# A Windows library: its names have no versions.
+isDll() {
+  [[ $($OBJDUMP -f "$1") = *file\ format\ pei-* ]]
+}
+
+wantedOf() {
+  if isDll "$1"; then rows "$2" | sed 's/ .*//'; else rows "$2"; fi
+}
+
 exportsOf() {
-  if [[ $($OBJDUMP -f "$1") = *file\ format\ pei-* ]]; then
+  if isDll "$1"; then
     $OBJDUMP -p "$1" | sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[ *[0-9]*\] //p'
   else
-    $NM -D --defined-only "$1" | sed 's/^[0-9a-f ]* [A-Za-z] //; s/@.*//'
+    # "A" is a version itself.
+    $NM -D --defined-only "$1" | sed '/ A /d; s/^[0-9a-f ]* [A-Za-z] //; s/@@/ /'
   fi
 }
 
 case $1 in
   exports)
-    diff <(rows "$3" | sort) <(exportsOf "$2" | sort) || fail "wanted (<) and exported (>) differ"
+    diff <(wantedOf "$2" "$3" | sort) <(exportsOf "$2" | sort) || fail "wanted (<) and exported (>) differ"
     ;;
   imports)
     imports=$($NM -D --undefined-only "$2" | sed 's/^ *[A-Za-z] //; s/@.*//')
