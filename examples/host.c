@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: MIT
  *
  * A whole host in C11: it loads the reader at run time, brings its own tables, lists the worksheets
- * of a notebook and prints their cells (row, column, text).
+ * of a notebook and prints their cells (row, column, text, value).
  *
  *     host FOLDER FILE     FOLDER holds libqpsreader.so.1 and zbolefio.dll
  *
@@ -13,6 +13,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <qpsreader/cell_value.h>
 #include <qpsreader/host_tables.h>
 #include <qpsreader/qps_reader.h>
 #include <qpsreader/ss_item.h>
@@ -116,36 +117,58 @@ static char* toUpperText(SSHostServices* services, char* text) {
   return text;
 }
 
-static int takeReaderInterface(SSReaderInterface* reader) {
+/* The operations of the table, and the one beside it. */
+typedef struct Reader {
+  SSReaderInterface table;
+  uint32_t (*getCellValue)(QPSSheet* sheet, QPSCellValue* value);
+} Reader;
+
+static int takeReader(Reader* reader) {
   void (*fill)(SSReaderInterface*) = NULL;
+  reader->getCellValue = NULL;
 #ifdef QPS_STATIC
   fill = qpsGetSSReaderInterface;
+  reader->getCellValue = QPSGetCellValue;
 #else
   void* library = loadFromFolder("libqpsreader.so.1");
-  void* symbol = library == NULL ? NULL : dlsym(library, "qpsGetSSReaderInterface");
+  if (library == NULL) return 0;
+  void* symbol = dlsym(library, "qpsGetSSReaderInterface");
   memcpy(&fill, &symbol, sizeof fill); /* ISO C has no cast from an object to a function */
+  symbol = dlsym(library, "QPSGetCellValue");
+  memcpy(&reader->getCellValue, &symbol, sizeof reader->getCellValue);
 #endif
-  if (fill != NULL) fill(reader);
-  return fill != NULL;
+  if (fill == NULL || reader->getCellValue == NULL) return 0;
+  fill(&reader->table);
+  return 1;
+}
+
+/* Prints what the cell holds: a number to 15 digits, a date as its serial. */
+static void printValue(const QPSCellValue* value) {
+  if (value->kind == QPSCellNumber) printf("%.15g", value->number);
+  if (value->kind == QPSCellText) fwrite(value->text, 1, value->textBytes, stdout);
+  if (value->kind == QPSCellError) printf("ERR");
 }
 
 /* Prints the cells of one worksheet and frees the texts that are the host's. */
-static int printCells(const SSReaderInterface* reader, QPSReader* file, uint32_t startOffset) {
-  QPSSheet* sheet = reader->initSheet(file, NULL, startOffset, itemAlloc, NULL);
+static int printCells(const Reader* reader, QPSReader* file, uint32_t startOffset) {
+  QPSSheet* sheet = reader->table.initSheet(file, NULL, startOffset, itemAlloc, NULL);
   if (sheet == NULL) return 0;
   SSItem item = {0};
-  while (reader->processSheet(sheet, &item) == 0) {
+  while (reader->table.processSheet(sheet, &item) == 0) {
     char* text = NULL;
+    QPSCellValue value;
     if (item.kind == SSItemKindCell) {
       text = item.cell.text;
-      printf("%u\t%u\t%s\n", (unsigned)item.cell.row, (unsigned)item.cell.column,
+      printf("%u\t%u\t%s\t", (unsigned)item.cell.row, (unsigned)item.cell.column,
              text == NULL ? "" : text);
+      if (reader->getCellValue(sheet, &value) == 0) printValue(&value);
+      putchar('\n');
     } else if (item.kind == SSItemKindRecord38Text || item.kind == SSItemKindRecord37Text) {
       text = item.notebookText.text;
     }
     free(text);
   }
-  return reader->closeSheet(sheet) == 0;
+  return reader->table.closeSheet(sheet) == 0;
 }
 
 int main(int argc, char** argv) {
@@ -168,21 +191,21 @@ int main(int argc, char** argv) {
                                  .close = closeFile},
                        .path = argv[2]};
 
-  SSReaderInterface reader;
-  if (!takeReaderInterface(&reader)) {
+  Reader reader;
+  if (!takeReader(&reader)) {
     fprintf(stderr, "no reader in %s\n", libraryFolder);
     return 1;
   }
-  QPSReader* file = reader.allocateReader(NULL, NULL, &stream.table, &services, NULL, NULL);
+  QPSReader* file = reader.table.allocateReader(NULL, NULL, &stream.table, &services, NULL, NULL);
   SSWorkSheetList list = {0, NULL};
-  int ok = file != NULL && reader.getWorkSheetInfo(file, &list, 0) == 1;
+  int ok = file != NULL && reader.table.getWorkSheetInfo(file, &list, 0) == 1;
   for (uint32_t i = 0; i < list.count && ok; ++i) {
     const SSWorkSheetEntry* entry = &list.entries[i];
     if (entry->typeFlags == 0) continue; /* counted, but not described */
     printf("== %s\n", entry->name);
     ok = printCells(&reader, file, entry->startOffset);
   }
-  reader.closeReader(file);
+  reader.table.closeReader(file);
   if (!ok) fprintf(stderr, "%s: not a readable notebook\n", argv[2]);
   return ok ? 0 : 1;
 }

@@ -1,9 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
-// The worksheets of a notebook and their cells (row, column, text), with the class Notebook.
+// The worksheets of a notebook and their cells (row, column, text, value), with the class Notebook.
+#include <iomanip>
 #include <iostream>
 
 #include <qpsreader/host/notebook.hpp>
+
+// What a cell holds: a number to 15 digits, a date as its serial.
+static void print(const qps::CellValue& value) {
+  if (const auto number = value.number()) std::cout << std::setprecision(15) << *number;
+  if (const auto text = value.text()) std::cout << *text;
+  if (value.kind() == qps::CellValue::Kind::kError) std::cout << "ERR";
+}
 
 int main(int argc, char** argv) {
   const auto notebook = qps::Notebook::open(argc == 2 ? argv[1] : "budget.wb2");
@@ -14,7 +22,10 @@ int main(int argc, char** argv) {
   for (const qps::Sheet& sheet : notebook->sheets()) {
     std::cout << "== " << sheet.name << '\n';
     for (const qps::Item& item : notebook->items(sheet))
-      if (const auto cell = item.cell())
-        std::cout << cell->row() << '\t' << cell->column() << '\t' << cell->text() << '\n';
+      if (const auto cell = item.cell()) {
+        std::cout << cell->row() << '\t' << cell->column() << '\t' << cell->text() << '\t';
+        print(cell->value());
+        std::cout << '\n';
+      }
   }
 }

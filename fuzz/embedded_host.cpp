@@ -32,6 +32,11 @@ void look(const qps::Item& item) {
   if (const auto cell = item.cell()) {
     look(cell->text());
     if (const auto style = cell->style(); style.font) look(style.font->name);
+    const qps::CellValue value = cell->value();
+    look(value.text().value_or(""));
+    look(value.format().styleName);
+    if (const auto when = qps::dateTimeOf(value.number().value_or(0)))
+      require(when->date.ok() && when->timeOfDay <= std::chrono::hours(24), "a day, and its time");
   }
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include <qpsreader/cell_value.h>
 #include <qpsreader/worksheet_list.h>
 
 namespace qps::fuzz {
@@ -48,6 +49,23 @@ void requireInRange(const SSItem& item) {
   }
 }
 
+// There is a value after a cell only, and asking for it takes nothing of the host.
+void takeValue(const LeanHost& host, QPSSheet* sheet, bool isCell, Digest& digest) {
+  QPSCellValue value{};
+  const Work before = host.work();
+  require((QPSGetCellValue(sheet, &value) == 0) == isCell, "a value for each cell, and no other");
+  require(host.work().calls == before.calls, "a value asks for nothing");
+  require(value.kind <= QPSCellError && value.isFormula <= 1, "a known kind of value");
+  require((value.text != nullptr) == (isCell && value.kind == QPSCellText), "a text for texts");
+  require(value.formatCode <= 255 && value.decimals <= 15, "a format of one byte");
+  require(value.showsDateOrTime <= (QPSShowsDate | QPSShowsTime), "a date, a time or both");
+  digest.add(bytesOf(value.kind));
+  digest.add(bytesOf(value.number));
+  digest.add({value.text, value.textBytes});
+  digest.add(value.formatText != nullptr ? value.formatText : "");
+  digest.add(value.styleName != nullptr ? value.styleName : "");
+}
+
 }  // namespace
 
 void requireWork(const LeanHost& host, const Work& before, const WorkLimit& limit) {
@@ -68,6 +86,7 @@ bool ItemTaker::take(Digest& digest) {
     const Work before = host_->work();
     require(QPSProcessSheet(sheet_, &item) == 1, "the end stays the end");
     require(host_->work().calls == before.calls, "the end asks for nothing");
+    takeValue(*host_, sheet_, false, digest);
     return false;
   }
   require(item.kind >= SSItemKindSheetInfo && item.kind <= SSItemKindCell, "a known kind");
@@ -75,6 +94,7 @@ bool ItemTaker::take(Digest& digest) {
   require((item.kind == SSItemKindSheetInfo) == (lastKind_ == 0), "sheet information first, once");
   lastKind_ = item.kind;
   requireInRange(item);
+  takeValue(*host_, sheet_, item.kind == SSItemKindCell, digest);
 
   const size_t textOffset = textOffsetOf(item.kind);
   char* text = nullptr;

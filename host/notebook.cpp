@@ -140,6 +140,7 @@ ItemRangeState::ItemRangeState(std::shared_ptr<NotebookState> owner, const Sheet
       QPSAllocateReader(nullptr, nullptr, &stream.table(), &notebook->services, nullptr, nullptr));
   if (reader) sheet.reset(QPSInitSheet(reader.get(), this, sheetStart, allocateText, nullptr));
   opened = sheet != nullptr;
+  item.sheet_ = sheet.get();
   if (!opened) close();
 }
 
@@ -192,6 +193,7 @@ void ItemRangeState::noteLosses() {
 // What a sheet needs goes back at its end, not only with the range.
 void ItemRangeState::close() {
   noteLosses();
+  item.sheet_ = nullptr;
   sheet.reset();
   reader.reset();
 }

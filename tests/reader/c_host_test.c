@@ -7,6 +7,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <qpsreader/cell_value.h>
 #include <qpsreader/qps_reader.h>
 #include <qpsreader/ss_item.h>
 #include <qpsreader/worksheet_list.h>
@@ -105,7 +106,12 @@ static int readSheet(const SSReaderInterface* table, QPSReader* reader, uint32_t
     if (item.kind == SSItemKindCell) {
       ++cells;
       owned = item.cell.text;
-      if (item.cell.column == 2 && item.cell.row == 4) strcpy(text, owned);
+      if (item.cell.column == 2 && item.cell.row == 4) {
+        strcpy(text, owned);
+        QPSCellValue value;
+        CHECK(QPSGetCellValue(sheet, &value) == 0 && value.kind == QPSCellNumber);
+        CHECK(value.number > 45291 && value.showsDateOrTime != 0);
+      }
     } else if (item.kind == SSItemKindRecord37Text || item.kind == SSItemKindRecord38Text) {
       owned = item.notebookText.text;
     }

@@ -159,6 +159,41 @@ std::vector<Item> SheetRun::only(uint32_t kind) const {
   return result;
 }
 
+CellValue describe(const QPSCellValue& value) {
+  std::string contents = value.isFormula != 0 ? "formula " : "";
+  char digits[32];
+  std::snprintf(digits, sizeof(digits), "%.17g", value.number);
+  switch (value.kind) {
+    case QPSCellNumber:
+      contents += std::string("number ") + digits;
+      break;
+    case QPSCellText:
+      contents += "text '" + std::string(value.text, value.textBytes) + "'";
+      break;
+    default:
+      contents += value.kind == QPSCellError ? "error" : "blank";
+      if (value.text != nullptr || value.textBytes != 0) contents += " with a text";
+  }
+  std::string format = std::to_string(value.formatCode) + "." + std::to_string(value.decimals);
+  if (value.formatText != nullptr) format += std::string(" '") + value.formatText + "'";
+  if ((value.showsDateOrTime & QPSShowsDate) != 0) format += " date";
+  if ((value.showsDateOrTime & QPSShowsTime) != 0) format += " time";
+  if (value.styleName != nullptr) format += std::string(" style=") + value.styleName;
+  return {contents, format};
+}
+
+// Asks for the value after an item of this kind, or at a time without one (0).
+static void takeValue(RecordingHost& host, QPSSheet* sheet, uint32_t kind, SheetRun& run) {
+  QPSCellValue value{};
+  value.kind = kUntouched;
+  const size_t callsSoFar = host.hostCalls();
+  const bool isThere = QPSGetCellValue(sheet, &value) == 0;
+  if (isThere != (kind == SSItemKindCell) || (!isThere && value.kind != kUntouched))
+    host.violate("QPSGetCellValue after kind " + std::to_string(kind));
+  if (host.hostCalls() != callsSoFar) host.violate("QPSGetCellValue called the host");
+  if (isThere) run.values.push_back(describe(value));
+}
+
 SheetRun readSheet(RecordingHost& host, uint32_t offset, const SSReaderInterface& reader) {
   SheetRun run;
   QPSReader* handle =
@@ -167,17 +202,20 @@ SheetRun readSheet(RecordingHost& host, uint32_t offset, const SSReaderInterface
       reader.initSheet(handle, host.itemContext(), offset, RecordingHost::itemAlloc, nullptr);
   if (sheet != nullptr) {
     run.opened = true;
+    takeValue(host, sheet, 0, run);
     SSItem item;
     for (;;) {
       std::memset(item.bytes, kUntouched, sizeof(item.bytes));
       if (reader.processSheet(sheet, &item) != 0) break;
       checkStrayWrites(host, item);
+      takeValue(host, sheet, item.kind, run);
       run.items.push_back(take(host, item));
       if (!host.faultMet()) ++run.soundItems;
     }
     const size_t callsSoFar = host.hostCalls();
     if (reader.processSheet(sheet, &item) != 1 || host.hostCalls() != callsSoFar)
       host.violate("QPSProcessSheet went on after the end");
+    takeValue(host, sheet, 0, run);
     run.closeResult = reader.closeSheet(sheet);
   }
   reader.closeReader(handle);

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include <qpsreader/cell_value.h>
 #include <qpsreader/qps_reader.h>
 #include <qpsreader/ss_item.h>
 #include <qpsreader/worksheet_list.h>
@@ -37,11 +38,21 @@ struct Item {
 std::string describe(const Item& item);
 std::ostream& operator<<(std::ostream& out, const Item& item);
 
+// What QPSGetCellValue said of a cell, in words: "formula number 1.5", "text 'a'", "blank"; and
+// "113.0 'TDD' date time style=Date".
+struct CellValue {
+  std::string contents;
+  std::string format;
+  bool operator==(const CellValue&) const = default;
+};
+CellValue describe(const QPSCellValue& value);
+
 struct SheetRun {
   bool opened = false;
   std::vector<Item> items;
-  size_t soundItems = 0;     // those that came before a fault was met
-  int32_t closeResult = -2;  // of QPSCloseSheet
+  std::vector<CellValue> values;  // of the cells among them
+  size_t soundItems = 0;          // those that came before a fault was met
+  int32_t closeResult = -2;       // of QPSCloseSheet
 
   std::vector<uint32_t> kinds() const;
   std::vector<Item> only(uint32_t kind) const;
@@ -49,7 +60,8 @@ struct SheetRun {
 
 // Allocates a reader, opens the worksheet at `offset`, takes every item and closes all. Bytes of an
 // item that its kind does not list must be left alone, and a call after the end must say 1 again
-// without a call to the host: the host records a violation otherwise.
+// without a call to the host: the host records a violation otherwise. So it does when a value is
+// there at any other time than after a cell, or asking for it takes a call to the host.
 SheetRun readSheet(RecordingHost& host, uint32_t offset, const SSReaderInterface& reader);
 
 // The worksheets, or nothing when the listing fails.

@@ -16,6 +16,7 @@
 #include <string_view>
 
 #include <qpsreader/ss_item.h>
+#include <qpsreader/host/cell_value.hpp>
 
 namespace qps {
 
@@ -72,7 +73,10 @@ struct Run {
 // Kind 15: a view of a cell item. Each function decodes what it returns when it is called.
 class CellView {
  public:
-  explicit CellView(const SSItemCell& cell) : cell_(&cell) {}
+  // `sheet` delivered the cell as its last item; without one the value is not known and comes as
+  // blank.
+  explicit CellView(const SSItemCell& cell, QPSSheet* sheet = nullptr)
+      : cell_(&cell), sheet_(sheet) {}
 
   std::uint32_t row() const { return cell_->row; }        // 1 to 65536
   std::uint32_t column() const { return cell_->column; }  // 1 to 256
@@ -83,8 +87,12 @@ class CellView {
 
   CellStyle style() const;
 
+  // What the cell holds, whatever it shows.
+  CellValue value() const;
+
  private:
   const SSItemCell* cell_;
+  QPSSheet* sheet_;
 };
 
 class Item {
@@ -116,11 +124,12 @@ class Item {
   Item() = default;
 
   alignas(void*) SSItem raw_{};  // packed, and so by itself aligned to nothing
+  QPSSheet* sheet_ = nullptr;    // that delivers the item
 };
 
 inline std::optional<CellView> Item::cell() const {
   if (kind() != Kind::kCell) return std::nullopt;
-  return CellView(raw_.cell);
+  return CellView(raw_.cell, sheet_);
 }
 
 }  // namespace qps
