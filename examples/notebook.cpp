@@ -21,11 +21,16 @@ int main(int argc, char** argv) {
   }
   for (const qps::Sheet& sheet : notebook->sheets()) {
     std::cout << "== " << sheet.name << '\n';
-    for (const qps::Item& item : notebook->items(sheet))
+    auto items = notebook->items(sheet);
+    for (const qps::Item& item : items)
       if (const auto cell = item.cell()) {
         std::cout << cell->row() << '\t' << cell->column() << '\t' << cell->text() << '\t';
         print(cell->value());
         std::cout << '\n';
       }
+    if (const auto error = items.error()) {
+      std::cerr << sheet.name << ": " << error->message << '\n';
+      return 1;
+    }
   }
 }

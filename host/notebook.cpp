@@ -243,7 +243,8 @@ Expected<Notebook> Notebook::open(const std::filesystem::path& path, const OpenO
   return Notebook(std::move(state));
 }
 
-Expected<Notebook> Notebook::open(std::span<const std::byte> bytes, const OpenOptions& options) {
+Expected<Notebook> Notebook::openMemory(std::span<const std::byte> bytes,
+                                        const OpenOptions& options) {
   auto state = std::make_shared<NotebookState>(options);
   state->bytes.borrow(bytes);
   if (auto failure = state->list()) return *std::move(failure);
@@ -255,11 +256,11 @@ Notebook::Notebook(Notebook&&) noexcept = default;
 Notebook& Notebook::operator=(Notebook&&) noexcept = default;
 Notebook::~Notebook() = default;
 
-std::span<const Sheet> Notebook::sheets() const {
+std::span<const Sheet> Notebook::sheets() const& {
   return state_ ? std::span<const Sheet>(state_->sheets) : std::span<const Sheet>();
 }
 
-const Sheet* Notebook::findSheet(std::string_view name) const {
+const Sheet* Notebook::findSheet(std::string_view name) const& {
   for (const Sheet& sheet : sheets())
     if (sheet.name == name) return &sheet;
   return nullptr;
@@ -279,7 +280,7 @@ TextArena Notebook::textArena() const {
   return TextArena(state_ ? state_->pool : nullptr);
 }
 
-const NotebookFacts& Notebook::facts() const {
+const NotebookFacts& Notebook::facts() const& {
   static constexpr NotebookFacts kNone;
   return state_ ? state_->facts : kNone;
 }

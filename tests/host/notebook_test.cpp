@@ -30,6 +30,24 @@ static_assert(!std::is_copy_constructible_v<Notebook> && !std::is_copy_construct
 static_assert(std::is_nothrow_move_constructible_v<Notebook>);
 static_assert(std::is_nothrow_move_assignable_v<ItemRange>);
 
+// What would outlive its range or its notebook does not compile.
+static_assert(!std::is_copy_constructible_v<qps::Item> && !std::is_copy_constructible_v<CellView>);
+template <class N>
+concept GivesSheets = requires(N&& notebook) {
+  std::forward<N>(notebook).sheets();
+};
+template <class E>
+concept HasArrow = requires(E&& result) {
+  std::forward<E>(result)->sheets();
+};
+static_assert(GivesSheets<const Notebook&> && !GivesSheets<Notebook>);
+static_assert(HasArrow<Expected<Notebook>&> && !HasArrow<Expected<Notebook>>);
+template <class T>
+concept OpensAsBytes = requires(T&& bytes) {
+  Notebook::openBytes(std::forward<T>(bytes));
+};
+static_assert(OpensAsBytes<std::string&> && !OpensAsBytes<std::string>);
+
 Notebook openBytes(const Bytes& bytes, const OpenOptions& options = {}) {
   auto notebook = Notebook::open(std::span(bytes), options);
   if (!notebook) throw std::runtime_error(notebook.error().message);
@@ -185,6 +203,32 @@ TEST(Notebook, DeliversWhatTheReaderDelivers) {
     const auto path = folder.write("file", bytes);
     compare("file, read into memory", Notebook::open(path));
     compare("file, read in blocks", Notebook::open(path, {.memoryLimit = 3 * bytes.size()}));
+  }
+}
+
+TEST(Notebook, OpensBytesOfEveryTypeAndTakesStringsForPaths) {
+  const TemporaryFolder folder;
+  const Bytes bytes = twoSheets(1).bytes();
+  const auto* const from = reinterpret_cast<const char*>(bytes.data());
+  const std::vector<std::uint8_t> octets(from, from + bytes.size());
+  const std::vector<char> chars(from, from + bytes.size());
+  const std::string text(from, bytes.size());
+  EXPECT_TRUE(Notebook::open(bytes).has_value());
+  EXPECT_TRUE(Notebook::open(octets).has_value());
+  EXPECT_TRUE(Notebook::open(std::span(chars), {.memoryLimit = 100000}).has_value());
+  EXPECT_TRUE(Notebook::openBytes(text).has_value());
+  EXPECT_TRUE(Notebook::openBytes(std::string_view(text)).has_value());
+  EXPECT_EQ(Notebook::open(text).error().reason, Reason::kUnreadable) << "a path";
+  EXPECT_TRUE(Notebook::open(folder.write("book", bytes).string()).has_value());
+
+  const Notebook notebook = Notebook::openBytes(text).value();
+  EXPECT_EQ(notebook.facts().kind, FileKind::kPlainNotebook);
+  try {
+    (void)Notebook::openBytes("%PDF-").value();
+    ADD_FAILURE() << "no notebook";
+  } catch (const BadExpectedAccess& error) {
+    EXPECT_STREQ(reasonName(error.reason()), "not-a-notebook");
+    EXPECT_NE(std::string_view(error.what()).find("PDF"), std::string_view::npos);
   }
 }
 

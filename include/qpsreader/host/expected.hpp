@@ -6,6 +6,7 @@
 #define QPSREADER_HOST_EXPECTED_HPP
 
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <variant>
@@ -22,6 +23,10 @@ enum class Reason : std::uint8_t {
   kLibraryMissing,  // a compound document, and the compound-document library was not found
 };
 
+// The reason's name for logs and counters: "unreadable", "empty", "not-a-notebook", "protected",
+// "damaged", "memory-limit", "library-missing".
+const char* reasonName(Reason reason);
+
 // `message` is one line without the file's name and without a full stop, fit to follow "FILE: ".
 struct Error {
   Reason reason = Reason::kUnreadable;
@@ -33,6 +38,20 @@ inline Error memoryLimitError() {
   return {Reason::kMemoryLimit, "the memory limit was reached"};
 }
 
+// What Expected::value throws where there is none: its what() is the error's message.
+class BadExpectedAccess : public std::runtime_error {
+ public:
+  explicit BadExpectedAccess(const Error& error)
+      : std::runtime_error(error.message), reason_(error.reason) {}
+
+  Reason reason() const { return reason_; }
+
+ private:
+  Reason reason_;
+};
+
+[[noreturn]] void throwBadAccess(const Error& error);
+
 // A T, or the Error that stands in its place.
 template <class T>
 class [[nodiscard]] Expected {
@@ -40,19 +59,32 @@ class [[nodiscard]] Expected {
   Expected(T value) : state_(std::in_place_index<0>, std::move(value)) {}
   Expected(Error error) : state_(std::in_place_index<1>, std::move(error)) {}
 
-  explicit operator bool() const { return state_.index() == 0; }
+  explicit operator bool() const { return has_value(); }
+  bool has_value() const { return state_.index() == 0; }
 
-  // The value: only after the test above said true.
+  // The value: only after the test above said true. What it refers to (a notebook's worksheets)
+  // goes with it, so `->` is not for a temporary: keep the result first.
   T& operator*() & { return *std::get_if<0>(&state_); }
   const T& operator*() const& { return *std::get_if<0>(&state_); }
   T&& operator*() && { return std::move(*std::get_if<0>(&state_)); }
-  T* operator->() { return std::get_if<0>(&state_); }
-  const T* operator->() const { return std::get_if<0>(&state_); }
+  T* operator->() & { return std::get_if<0>(&state_); }
+  const T* operator->() const& { return std::get_if<0>(&state_); }
+  T* operator->() const&& = delete;
+
+  // The value, tested: throws BadExpectedAccess when there is none.
+  T& value() & { return checked(), **this; }
+  const T& value() const& { return checked(), **this; }
+  T&& value() && { return checked(), *std::move(*this); }
 
   // The error: only after the test above said false.
-  const Error& error() const { return *std::get_if<1>(&state_); }
+  const Error& error() const& { return *std::get_if<1>(&state_); }
+  Error error() && { return std::move(*std::get_if<1>(&state_)); }
 
  private:
+  void checked() const {
+    if (!has_value()) throwBadAccess(error());
+  }
+
   std::variant<T, Error> state_;
 };
 

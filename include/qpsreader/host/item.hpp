@@ -4,9 +4,11 @@
 // with names, and with nothing stale from the item before.
 //
 // An Item and everything that was obtained from it (views, texts, font names) hold until the range
-// moves to the next item or is destroyed. Texts that were put into a TextArena live as long as
-// that. Texts are the file's own bytes; which characters they mean the file does not say
-// (windows-1252 is the usual guess).
+// moves to the next item or is destroyed. So neither Item nor CellView can be copied: what shall
+// last is taken out of them, as `std::string(cell->text())` or, styles aside from their font's
+// name, as the values that they return. Texts that were put into a TextArena live as long as that.
+// Texts are the file's own bytes; which characters they mean the file does not say (windows-1252 is
+// the usual guess).
 #ifndef QPSREADER_HOST_ITEM_HPP
 #define QPSREADER_HOST_ITEM_HPP
 
@@ -14,6 +16,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include <qpsreader/ss_item.h>
 #include <qpsreader/host/cell_value.hpp>
@@ -77,6 +80,8 @@ class CellView {
   // blank.
   explicit CellView(const SSItemCell& cell, QPSSheet* sheet = nullptr)
       : cell_(&cell), sheet_(sheet) {}
+  CellView(const CellView&) = delete;
+  CellView& operator=(const CellView&) = delete;
 
   std::uint32_t row() const { return cell_->row; }        // 1 to 65536
   std::uint32_t column() const { return cell_->column; }  // 1 to 256
@@ -106,6 +111,9 @@ class Item {
     kCell = SSItemKindCell,
   };
 
+  Item(const Item&) = delete;
+  Item& operator=(const Item&) = delete;
+
   Kind kind() const { return static_cast<Kind>(raw_.kind); }
 
   // Each of these has a value for the kind in its name, and none for the other kinds. A notebook
@@ -129,7 +137,7 @@ class Item {
 
 inline std::optional<CellView> Item::cell() const {
   if (kind() != Kind::kCell) return std::nullopt;
-  return CellView(raw_.cell, sheet_);
+  return std::optional<CellView>(std::in_place, raw_.cell, sheet_);
 }
 
 }  // namespace qps

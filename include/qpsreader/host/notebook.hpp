@@ -4,17 +4,21 @@
 //
 //     const auto notebook = qps::Notebook::open("budget.wb2");
 //     if (!notebook) return fail(notebook.error().message);
-//     for (const qps::Sheet& sheet : notebook->sheets())
-//       for (const qps::Item& item : notebook->items(sheet))
+//     for (const qps::Sheet& sheet : notebook->sheets()) {
+//       auto items = notebook->items(sheet);
+//       for (const qps::Item& item : items)
 //         if (const auto cell = item.cell())
 //           print(sheet.name, cell->row(), cell->column(), cell->text());
+//       if (const auto error = items.error()) return fail(error->message);
+//     }
 //
 // Nothing here throws on account of the file's contents; what cannot be read becomes an Error.
-// (std::bad_alloc remains possible when the machine has no memory for an error message.)
+// (Expected::value throws when it is asked for a value that is not there, and std::bad_alloc
+// remains possible when the machine has no memory for an error message.)
 //
-// Threads: one at a time in the whole process, whatever the notebook. Ranges of one or of several
-// notebooks may be advanced in turn, but not at the same time: the reader renders the values of
-// user-defined formats in areas that all sheets share.
+// Threads: different notebooks may be used on different threads at the same time. One notebook and
+// the ranges and arenas that come from it, which share its memory pool, are for one thread at a
+// time.
 #ifndef QPSREADER_HOST_NOTEBOOK_HPP
 #define QPSREADER_HOST_NOTEBOOK_HPP
 
@@ -24,8 +28,10 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <ranges>
 #include <span>
 #include <string_view>
+#include <type_traits>
 
 #include <qpsreader/host/expected.hpp>
 #include <qpsreader/host/file_facts.hpp>
@@ -120,6 +126,12 @@ class ItemRange::Iterator {
   const Item* item_;
 };
 
+// Bytes in memory that outlive the call: a span, or a container that is no temporary, of elements
+// of one byte.
+template <class T>
+concept MemoryBytes = std::ranges::contiguous_range<T> && std::ranges::sized_range<T> &&
+                      std::ranges::borrowed_range<T> && sizeof(std::ranges::range_value_t<T>) == 1;
+
 // Move-only; a moved-from notebook is empty: no sheets, and ranges without items.
 class Notebook {
  public:
@@ -135,18 +147,30 @@ class Notebook {
   static Expected<Notebook> open(const std::filesystem::path& path,
                                  const OpenOptions& options = {});
 
-  // The same from memory. The bytes are not copied: they must outlive the notebook and its ranges.
-  static Expected<Notebook> open(std::span<const std::byte> bytes, const OpenOptions& options = {});
+  // The same from memory: a std::vector<std::uint8_t>, a std::span<const std::byte> and the like.
+  // The bytes are not copied: they must outlive the notebook and its ranges. Whatever a path can be
+  // made of (std::string, char arrays) is a path here; openBytes takes it as the bytes themselves.
+  template <MemoryBytes Bytes>
+  requires(!std::is_convertible_v<Bytes, std::filesystem::path>) static Expected<Notebook> open(
+      Bytes&& bytes, const OpenOptions& options = {}) {
+    return openBytes(bytes, options);
+  }
+  template <MemoryBytes Bytes>
+  static Expected<Notebook> openBytes(Bytes&& bytes, const OpenOptions& options = {}) {
+    return openMemory(std::as_bytes(std::span(bytes)), options);
+  }
 
   Notebook(Notebook&&) noexcept;
   Notebook& operator=(Notebook&&) noexcept;
   ~Notebook();
 
   // In the file's order. Worksheets that the file does not describe are left out.
-  std::span<const Sheet> sheets() const;
+  std::span<const Sheet> sheets() const&;
+  std::span<const Sheet> sheets() const&& = delete;  // they would go with the notebook
 
   // The first worksheet with exactly this name (in the file's character set), or null.
-  const Sheet* findSheet(std::string_view name) const;
+  const Sheet* findSheet(std::string_view name) const&;
+  const Sheet* findSheet(std::string_view name) const&& = delete;
 
   // Opens a worksheet of this notebook, for which the records before the first worksheet are read
   // again. A failure shows as a range without items, and in its error(). Several ranges may be
@@ -161,7 +185,8 @@ class Notebook {
   TextArena textArena() const;
 
   // What the records before the first worksheet say.
-  const NotebookFacts& facts() const;
+  const NotebookFacts& facts() const&;
+  const NotebookFacts& facts() const&& = delete;
 
   // Whether the notebook is cut short, or its records cannot be followed to the end record: the
   // reader itself delivers what comes before the damage and ends as if nothing had been. None for a
@@ -174,6 +199,8 @@ class Notebook {
 
  private:
   explicit Notebook(std::shared_ptr<NotebookState> state);
+  static Expected<Notebook> openMemory(std::span<const std::byte> bytes,
+                                       const OpenOptions& options);
 
   std::shared_ptr<NotebookState> state_;
 };
