@@ -12,7 +12,6 @@
 
 #include <qpsreader/host/text_arena.hpp>
 #include "host/heap_pool.hpp"
-#include "host/large_pages.hpp"
 
 namespace qps::test {
 namespace {
@@ -122,18 +121,6 @@ TEST(TextArena, CountsTowardsTheLimit) {
   EXPECT_TRUE(arena.failed());
   EXPECT_EQ(arena.allocate(kHuge), nullptr);
   EXPECT_EQ(arena.allocate(kHuge - 100), nullptr);
-}
-
-// The advice covers whole pages, so it must be of a kind that leaves the neighbours alone too.
-TEST(LargePages, ChangeNoByte) {
-  std::string block(std::size_t{9} << 20, '\0');
-  for (std::size_t i = 0; i < block.size(); ++i)
-    block[i] = static_cast<char>(i * 31 >> 8);
-  const std::string before = block;
-  preferLargePages(block.data() + 5'000, std::size_t{8} << 20);
-  preferLargePages(block.data(), 100);
-  preferLargePages(nullptr, 0);
-  EXPECT_TRUE(block == before);
 }
 
 }  // namespace
