@@ -4,10 +4,8 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS qpsreader qpsreader_static qpshost qpshost_with_reader qpshost_with_reader_static
-  EXPORT qpsreaderTargets)
-# Beside the reader, where the embedded host looks for it.
-install(TARGETS zbolefio
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  zbolefio zbolefio_static EXPORT qpsreaderTargets)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/qpsreader
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 

@@ -132,10 +132,16 @@ function(qps_add_reader_libraries objects)
   target_compile_definitions(qpsreader_static INTERFACE QPS_STATIC)
   qps_set_public_includes(qpsreader_static)
   add_library(qpsreader::reader_static ALIAS qpsreader_static)
+
+  # Also where the project around this one builds only what it links with.
+  add_dependencies(qpsreader zbolefio)
+  add_dependencies(qpsreader_static zbolefio)
 endfunction()
 
 # qps_add_host_library(SOURCES...): the embedded host, one archive. Which reader goes with it is the
-# choice of who links it: qpsreader::host takes the shared one, qpsreader::host_static the static.
+# choice of who links it: qpsreader::host takes the shared one, qpsreader::host_static the static and
+# the compound-document library with it, which the host only finds when something asks the linker for
+# it (library_loader_posix.cpp).
 function(qps_add_host_library)
   add_library(qpshost STATIC ${ARGN})
   set_target_properties(qpshost PROPERTIES EXPORT_NAME host_archive)
@@ -150,6 +156,8 @@ function(qps_add_host_library)
     set_target_properties(qpshost_with_reader${suffix} PROPERTIES EXPORT_NAME host${suffix})
     add_library(qpsreader::host${suffix} ALIAS qpshost_with_reader${suffix})
   endforeach()
+  target_link_libraries(qpshost_with_reader_static INTERFACE zbolefio_static)
+  target_link_options(qpshost_with_reader_static INTERFACE "LINKER:-u,GetOLEInterface")
 endfunction()
 
 function(qps_set_public_includes target)

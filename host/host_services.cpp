@@ -4,6 +4,7 @@
 #include "host/host_services.hpp"
 
 #include <exception>
+#include <utility>
 
 #include "host/library_loader.hpp"
 
@@ -27,7 +28,8 @@ char* convertText(SSHostServices*, char* text) {
 
 }  // namespace
 
-HostServices::HostServices(HeapPool& heapPool) : SSHostServices{}, heapPool_(heapPool) {
+HostServices::HostServices(HeapPool& heapPool, std::filesystem::path libraryFolder)
+    : SSHostServices{}, heapPool_(heapPool), libraryFolder_(std::move(libraryFolder)) {
   loadLibrary = [](SSHostServices* services, const char* name, void** handle) -> std::int32_t {
     *handle = static_cast<HostServices*>(services)->load(name);
     return *handle != nullptr ? 1 : 0;
@@ -50,15 +52,13 @@ HostServices::~HostServices() {
 // The callers of a slot know no exceptions: no memory for the search is a library not found.
 void* HostServices::load(const char* name) try {
   if (library_ != nullptr && libraryName_ == name) return library_;
-  void* const library = loadLibraryByName(name);
-  if (library == nullptr) libraryMissing_ = true;
+  void* const library = loadLibraryByName(name, libraryFolder_);
   if (library != nullptr && library_ == nullptr) {
     libraryName_ = name;
     library_ = library;
   }
   return library;
 } catch (const std::exception&) {
-  libraryMissing_ = true;
   return nullptr;
 }
 

@@ -5,6 +5,7 @@
 #ifndef QPSREADER_HOST_HOST_SERVICES_HPP
 #define QPSREADER_HOST_HOST_SERVICES_HPP
 
+#include <filesystem>
 #include <string>
 
 #include <qpsreader/host_tables.h>
@@ -16,27 +17,26 @@ namespace qps {
 // borrowed and must outlive it.
 class HostServices : public SSHostServices {
  public:
-  explicit HostServices(HeapPool& heapPool);
+  // `libraryFolder` is where the loader looks first (library_loader.hpp), an absolute path or
+  // empty.
+  explicit HostServices(HeapPool& heapPool, std::filesystem::path libraryFolder = {});
   HostServices(const HostServices&) = delete;
   HostServices& operator=(const HostServices&) = delete;
   ~HostServices();
 
   const HeapPool& heapPool() const { return heapPool_; }
 
-  // Whether a library was asked for and could not be loaded.
-  bool libraryMissing() const { return libraryMissing_; }
-
  private:
   void* load(const char* name);
   void unload(void* library);
 
   HeapPool& heapPool_;
+  std::filesystem::path libraryFolder_;
 
   // The first library stays loaded as long as the table, so that a notebook of many worksheets does
   // not load it anew for each.
   void* library_ = nullptr;
   std::string libraryName_;
-  bool libraryMissing_ = false;
 };
 
 }  // namespace qps

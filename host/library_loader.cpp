@@ -3,12 +3,15 @@
 
 #include <string_view>
 
-#include "host/library_platform.hpp"
-
 namespace qps {
 namespace {
 
 namespace fs = std::filesystem;
+
+// The library that is linked in has its entry point for a handle; null when there is none.
+void* linkedLibrary() {
+  return reinterpret_cast<void*>(platform::linkedOleInterface());
+}
 
 // Separators and the drive mark of every platform are refused on every platform.
 bool isBareName(std::string_view name) {
@@ -16,26 +19,27 @@ bool isBareName(std::string_view name) {
          name.find_first_of("/\\:") == std::string_view::npos;
 }
 
-}  // namespace
-
-std::vector<fs::path> librarySearchFolders() {
-  std::vector<fs::path> folders;
-  const auto add = [&folders](const fs::path& folder) {
-    if (folder.is_absolute()) folders.push_back(folder);
-  };
-  add(platform::readerFile().parent_path());
-  const fs::path programFolder = platform::programFile().parent_path();
-  if (programFolder.filename() == "bin") add(programFolder.parent_path() / "lib");
-  add(QPS_INSTALLED_LIBRARY_FOLDER);
-  return folders;
+void* loadFrom(const fs::path& folder, const char* name) {
+  return folder.is_absolute() ? platform::openLibrary(folder / name) : nullptr;
 }
 
-void* loadLibraryByName(const char* name) {
+}  // namespace
+
+void* loadLibraryByName(const char* name, const fs::path& folder) {
   if (!isBareName(name)) return nullptr;
-  for (const fs::path& folder : librarySearchFolders()) {
-    if (void* const library = platform::openLibrary(folder / name)) return library;
-  }
-  return nullptr;
+  if (void* const library = loadFrom(folder, name)) return library;
+  if (name == std::string_view(OLE_LIBRARY_NAME) && linkedLibrary() != nullptr)
+    return linkedLibrary();
+  return loadFrom(platform::readerFile().parent_path(), name);
+}
+
+void* librarySymbol(void* library, const char* symbol) {
+  if (library != linkedLibrary()) return platform::findSymbol(library, symbol);
+  return symbol == std::string_view(OLE_ENTRY_POINT) ? library : nullptr;
+}
+
+void unloadLibrary(void* library) {
+  if (library != linkedLibrary()) platform::closeLibrary(library);
 }
 
 }  // namespace qps

@@ -9,14 +9,16 @@
 
 #include <qpsreader/qps_reader.h>
 #include "host/library_loader.hpp"
-#include "host/library_platform.hpp"
+
+// Weak: null unless the link of the program brings the library along.
+extern "C" [[gnu::weak]] void GetOLEInterface(OLEInterface* table);
 
 namespace qps {
 namespace {
 
 namespace fs = std::filesystem;
 
-// The file of a loaded module; null is the program. Empty when the path is longer than the system's
+// The file of a loaded module. Empty when the path is longer than the system's
 // limit for paths.
 fs::path moduleFile(HMODULE module) {
   std::array<wchar_t, 32768> path{};
@@ -26,10 +28,6 @@ fs::path moduleFile(HMODULE module) {
 }
 
 }  // namespace
-
-fs::path platform::programFile() {
-  return moduleFile(nullptr);
-}
 
 fs::path platform::readerFile() {
   HMODULE module = nullptr;
@@ -47,11 +45,15 @@ void* platform::openLibrary(const fs::path& file) {
       preferred.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32));
 }
 
-void* librarySymbol(void* library, const char* symbol) {
+GetOLEInterfaceFunction platform::linkedOleInterface() {
+  return &GetOLEInterface;
+}
+
+void* platform::findSymbol(void* library, const char* symbol) {
   return reinterpret_cast<void*>(GetProcAddress(reinterpret_cast<HMODULE>(library), symbol));
 }
 
-void unloadLibrary(void* library) {
+void platform::closeLibrary(void* library) {
   FreeLibrary(reinterpret_cast<HMODULE>(library));
 }
 

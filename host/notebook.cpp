@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <system_error>
 #include <utility>
 
 #include <qpsreader/qps_reader.h>
@@ -36,12 +37,18 @@ std::uint64_t mostInMemory(const OpenOptions& options) {
   return options.memoryLimit == 0 ? kMost : std::min<std::uint64_t>(kMost, options.memoryLimit / 4);
 }
 
+// Empty for an empty path, and for one that cannot be told.
+std::filesystem::path absoluteFolder(const std::filesystem::path& folder) {
+  std::error_code failed;
+  return std::filesystem::absolute(folder, failed);
+}
+
 }  // namespace
 
 struct NotebookState {
   explicit NotebookState(const OpenOptions& options)
       : pool(std::make_shared<HeapPool>(options.memoryLimit)),
-        services(*pool),
+        services(*pool, absoluteFolder(options.libraryFolder)),
         bytes(*pool, mostInMemory(options)) {}
   NotebookState(const NotebookState&) = delete;
   NotebookState& operator=(const NotebookState&) = delete;

@@ -45,6 +45,10 @@ struct OpenOptions {
   // worksheets, the texts of items (those in arenas too), and the file's bytes where they were read
   // into memory. 0 is no limit.
   std::size_t memoryLimit = 0;
+
+  // A folder to take the compound-document library from before any other place (Notebook::open);
+  // relative to the current directory at that call.
+  std::filesystem::path libraryFolder = {};
 };
 
 // One worksheet. `name` holds as long as the notebook (or one of its ranges) lives.
@@ -140,10 +144,10 @@ class Notebook {
   // is needed, so it must stay as it is meanwhile (one that is cut short meanwhile shows as
   // damaged). Anything that is no regular file (a pipe, a device) is read as a whole, up to 4 GiB.
   //
-  // A notebook in a compound document takes the library zbolefio.dll. It is looked for beside the
-  // reader (where that is linked into the program: beside the program), in ../lib of a program that
-  // lies in a folder named bin, and where these libraries were configured to be installed; nowhere
-  // else. Without it the error is kLibraryMissing.
+  // A notebook in a compound document takes the library zbolefio.dll. The static host
+  // (qpsreader::host_static, `pkg-config --static qpshost`) has it linked in; otherwise it is
+  // looked for beside the shared reader, or beside the program that has the reader in it, and
+  // nowhere else but first in OpenOptions::libraryFolder. Without it the error is kLibraryMissing.
   static Expected<Notebook> open(const std::filesystem::path& path,
                                  const OpenOptions& options = {});
 
