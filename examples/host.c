@@ -6,9 +6,13 @@
  *     host FOLDER FILE     FOLDER holds libqpsreader.so.1 and zbolefio.dll
  *
  * Compiled with QPS_STATIC it takes the reader that it was linked with instead.
+ *
+ * It ends with status 1 and a message when the file cannot be read, is no notebook or is cut short;
+ * damage inside a compound document it does not see (docs/hosting.md, "Is the sheet complete?").
  */
 #define _POSIX_C_SOURCE 200809L
 #include <dlfcn.h>
+#include <errno.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -23,17 +27,27 @@
 typedef struct FileStream {
   SSStream table;
   const char* path;
-  FILE* file;
+  FILE* file;       /* null when it is not open */
+  const char* flaw; /* why it could not be read to its end, or null */
 } FileStream;
+
+/* Until the reader asks for the compound-document library. A plain notebook is read to its end
+ * record and not beyond; the last sector of a compound document may be a short one. */
+static int isPlain = 1;
 
 static int32_t openFile(SSStream* stream) {
   FileStream* self = (FileStream*)stream;
   self->file = fopen(self->path, "rb");
+  if (self->file == NULL) self->flaw = strerror(errno);
   return self->file != NULL;
 }
 
 static size_t readFile(SSStream* stream, void* buffer, size_t count) {
-  return fread(buffer, 1, count, ((FileStream*)stream)->file);
+  FileStream* self = (FileStream*)stream;
+  size_t got = fread(buffer, 1, count, self->file);
+  if (got < count && self->flaw == NULL)
+    self->flaw = ferror(self->file) ? strerror(errno) : isPlain ? "cut short" : NULL;
+  return got;
 }
 
 static int32_t seekFile(SSStream* stream, ptrdiff_t offset, int32_t origin) {
@@ -45,8 +59,11 @@ static ptrdiff_t tellFile(SSStream* stream) {
   return ftell(((FileStream*)stream)->file);
 }
 
+/* Called after a refused open too. */
 static void closeFile(SSStream* stream) {
-  fclose(((FileStream*)stream)->file);
+  FileStream* self = (FileStream*)stream;
+  if (self->file != NULL) fclose(self->file);
+  self->file = NULL;
 }
 
 /* The pool: the C library's heap. A real host would count here, and refuse beyond a limit. */
@@ -88,6 +105,7 @@ static void* loadFromFolder(const char* name) {
 
 static int32_t loadLibrary(SSHostServices* services, const char* name, void** handle) {
   (void)services;
+  isPlain = 0;
   *handle = loadFromFolder(name);
   return *handle != NULL;
 }
@@ -206,6 +224,7 @@ int main(int argc, char** argv) {
     ok = printCells(&reader, file, entry->startOffset);
   }
   reader.table.closeReader(file);
-  if (!ok) fprintf(stderr, "%s: not a readable notebook\n", argv[2]);
-  return ok ? 0 : 1;
+  if (ok && stream.flaw == NULL) return 0;
+  fprintf(stderr, "%s: %s\n", argv[2], stream.flaw ? stream.flaw : "not a readable notebook");
+  return 1;
 }
