@@ -55,7 +55,8 @@ void readSheet(const qps::Notebook& notebook, const qps::Sheet& sheet) {
   size_t items = 0;
   for (; items < kMostItems && one != kept.end() && other != passing.end(); ++items) {
     // A row that cannot be kept is lost, and only that row; the range then tells why.
-    require(one->kind() == other->kind() || ranOutOfMemory(kept), "two ranges deliver the same");
+    require(one->kind() == other->kind() || ranOutOfMemory(kept) || ranOutOfMemory(passing),
+            "two ranges deliver the same");
     look(*one);
     look(*other);
     ++one;

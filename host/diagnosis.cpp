@@ -113,9 +113,10 @@ FileKind containerKind(RecordSource& source) {
 }
 
 // Why there are no records, for every status but kOpen.
-Error sourceError(RecordSource& source, const HostServices& services) {
-  if (services.heapPool().limitHit()) return memoryLimitError();
+Error sourceError(RecordSource& source) {
   switch (source.status()) {
+    case RecordSource::Status::kMemoryLimit:
+      return memoryLimitError();
     case RecordSource::Status::kLibraryMissing:
       return {Reason::kLibraryMissing,
               "a compound document, and the library for it (" OLE_LIBRARY_NAME ") was not found"};
@@ -236,7 +237,7 @@ FileKind fileKindOf(std::span<const unsigned char> begin) {
 Error diagnoseListing(SSStream& file, HostServices& services) {
   if (services.heapPool().limitHit()) return memoryLimitError();
   RecordSource source(file, services);
-  if (source.status() != RecordSource::Status::kOpen) return sourceError(source, services);
+  if (source.status() != RecordSource::Status::kOpen) return sourceError(source);
 
   if (*source.streamName() == '\0') {
     std::array<unsigned char, 512> begin{};
@@ -245,16 +246,16 @@ Error diagnoseListing(SSStream& file, HostServices& services) {
     const FileKind kind = fileKindOf({begin.data(), got});
     if (kind != FileKind::kPlainNotebook) return notANotebook(kind);
   }
-  if (!rewind(source)) return sourceError(source, services);
+  if (!rewind(source)) return sourceError(source);
   if (readDefinitions(source).isProtected) return protectedError();
-  if (!rewind(source)) return sourceError(source, services);
+  if (!rewind(source)) return sourceError(source);
   if (auto damage = damageIn(source)) return *std::move(damage);
   return damaged("damaged: the notebook has no worksheets");
 }
 
 Expected<NotebookFacts> readFacts(SSStream& file, HostServices& services) {
   RecordSource source(file, services);
-  if (source.status() != RecordSource::Status::kOpen) return sourceError(source, services);
+  if (source.status() != RecordSource::Status::kOpen) return sourceError(source);
   const Definitions definitions = readDefinitions(source);
   if (definitions.isProtected) return protectedError();
   return definitions.facts;
@@ -262,14 +263,14 @@ Expected<NotebookFacts> readFacts(SSStream& file, HostServices& services) {
 
 std::optional<Error> findDamage(SSStream& file, HostServices& services) {
   RecordSource source(file, services);
-  if (source.status() != RecordSource::Status::kOpen) return sourceError(source, services);
+  if (source.status() != RecordSource::Status::kOpen) return sourceError(source);
   return damageIn(source);
 }
 
 std::optional<Error> findSheetDamage(SSStream& file, HostServices& services,
                                      std::uint32_t startOffset) {
   RecordSource source(file, services);
-  if (source.status() != RecordSource::Status::kOpen) return sourceError(source, services);
+  if (source.status() != RecordSource::Status::kOpen) return sourceError(source);
   SSStream& records = source.records();
   if (records.seek(&records, static_cast<std::ptrdiff_t>(startOffset), SSSeekFromStart) == 0)
     return noSheetEnd(startOffset);

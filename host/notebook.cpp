@@ -115,7 +115,6 @@ struct ItemRangeState {
   bool advance();
   std::optional<Error> error();
 
-  void noteLosses();
   void clearItem();
   static void* allocateText(void* context, void* block, std::size_t size, std::uint32_t flags);
   void adoptNotebookText();
@@ -126,7 +125,6 @@ struct ItemRangeState {
   TextArena ownTexts;
   TextArena* texts;
   std::uint32_t sheetStart;
-  std::uint64_t refusalsBefore;
   bool lostSomething = false;  // to the memory limit
   bool opened = false;
   bool started = false;
@@ -141,13 +139,16 @@ ItemRangeState::ItemRangeState(std::shared_ptr<NotebookState> owner, const Sheet
       stream(notebook->bytes),
       ownTexts(notebook->pool),
       texts(given != nullptr ? given : &ownTexts),
-      sheetStart(which.startOffset),
-      refusalsBefore(notebook->pool->refusals()) {
+      sheetStart(which.startOffset) {
+  const std::uint64_t refusalsBefore = notebook->pool->refusals();
   reader.reset(
       QPSAllocateReader(nullptr, nullptr, &stream.table(), &notebook->services, nullptr, nullptr));
   if (reader) sheet.reset(QPSInitSheet(reader.get(), this, sheetStart, allocateText, nullptr));
   opened = sheet != nullptr;
   item.sheet_ = sheet.get();
+  // What the reader leaves out of a sheet for want of memory, such as rows with their heights, it
+  // leaves out here. Later refusals cost time only, but for the texts of items, which show theirs.
+  lostSomething = notebook->pool->refusals() != refusalsBefore;
   if (!opened) close();
 }
 
@@ -183,7 +184,10 @@ bool ItemRangeState::advance() {
 // texts are, so that one rule says how long any text lives.
 void ItemRangeState::adoptNotebookText() {
   char* const block = item.raw_.notebookText.text;
-  if (block == nullptr) return;
+  if (block == nullptr) {
+    lostSomething = true;
+    return;
+  }
   const std::size_t bytes = std::strlen(block) + 1;
   void* const text = allocateText(this, nullptr, bytes, 0);
   if (text != nullptr) std::memcpy(text, block, bytes);
@@ -191,15 +195,8 @@ void ItemRangeState::adoptNotebookText() {
   notebook->pool->free(block);
 }
 
-// The reader does not say what it leaves out for want of memory, such as rows with their heights;
-// the pool knows that it refused a block, though not to whom.
-void ItemRangeState::noteLosses() {
-  if (notebook->pool->refusals() != refusalsBefore) lostSomething = true;
-}
-
 // What a sheet needs goes back at its end, not only with the range.
 void ItemRangeState::close() {
-  noteLosses();
   item.sheet_ = nullptr;
   sheet.reset();
   reader.reset();
@@ -207,7 +204,6 @@ void ItemRangeState::close() {
 
 std::optional<Error> ItemRangeState::error() {
   if (auto failure = notebook->bytes.readError()) return failure;
-  if (sheet) noteLosses();
   if (lostSomething) return memoryLimitError();
   if (sheet) return std::nullopt;
   // One walk over the whole notebook clears all of its sheets; one over the sheet only when not.

@@ -43,15 +43,19 @@ RecordSource::Status RecordSource::openContainer() {
       services_.getSymbol(&services_, library_, OLE_ENTRY_POINT));
   if (getInterface == nullptr) return Status::kLibraryMissing;
   getInterface(&ole_);
+  const std::uint64_t refusalsBefore = services_.heapPool().refusals();
+  const auto otherwise = [&](Status status) {
+    return services_.heapPool().refusals() != refusalsBefore ? Status::kMemoryLimit : status;
+  };
   container_ = ole_.openContainer(&file_, &services_.pool);
-  if (container_ == nullptr) return Status::kBrokenContainer;
+  if (container_ == nullptr) return otherwise(Status::kBrokenContainer);
   for (const char* name : kNotebookStreams) {
     if (ole_.openStream(container_, name) == 0) continue;
     streamName_ = name;
     records_ = ole_.streamObject(container_);
-    return records_ != nullptr ? Status::kOpen : Status::kBrokenContainer;
+    return records_ != nullptr ? Status::kOpen : otherwise(Status::kBrokenContainer);
   }
-  return Status::kOtherContainer;
+  return otherwise(Status::kOtherContainer);
 }
 
 bool RecordSource::hasStream(const char* name) {

@@ -23,6 +23,7 @@ class RecordSource {
   enum class Status : std::uint8_t {
     kOpen,
     kUnreadable,       // the file's stream could not be opened
+    kMemoryLimit,      // a compound document, and the pool had no room to open it
     kLibraryMissing,   // a compound document, and no library for it
     kBrokenContainer,  // begins like a compound document but cannot be opened as one
     kOtherContainer,   // a compound document without a notebook's stream
