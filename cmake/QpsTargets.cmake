@@ -117,7 +117,7 @@ function(qps_set_program target)
   endif()
 endfunction()
 
-# The rooms add their sources to the object library; the two libraries are made of it.
+# The shared and the static reader, made of one object library.
 function(qps_add_reader_libraries objects)
   add_library(qpsreader SHARED $<TARGET_OBJECTS:${objects}>)
   set_target_properties(qpsreader PROPERTIES

@@ -85,7 +85,7 @@ class RecordWalk {
 
   const RecordHeader& record() const { return record_; }
 
-  // Where the next header stands: behind the body of record().
+  // Where the next header stands: after the body of record().
   std::uint64_t nextOffset() const { return nextOffset_; }
 
   // The first value of the body, 16 bits; 0 when the body does not hold one.
@@ -98,7 +98,7 @@ class RecordWalk {
   RecordHeader record_;
   std::uint64_t nextOffset_;
   std::array<unsigned char, std::size_t{16} << 10> block_;
-  std::size_t cursor_ = 0;  // in block_: behind the header of record()
+  std::size_t cursor_ = 0;  // in block_: after the header of record()
   std::size_t end_ = 0;     // of the bytes in block_
 };
 

@@ -142,7 +142,7 @@ TEST(Diagnosis, TellsWhichWorksheetIsDamaged) {
       {"a third begins in the second",
        second().sheetStart(2).table(1, 1).label({}, "z").sheetEnd().end().bytes(),
        {true, false, true}},
-      {"cut behind the second's end", second().sheetEnd().bytes(), {true, true}},
+      {"cut after the second's end", second().sheetEnd().bytes(), {true, true}},
       {"a body runs past the end", second().rawHeader(rec::kLabel, 60000).bytes(), {true, false}},
   };
   for (const auto& row : rows) {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include <qpsreader/host/notebook.hpp>
+#include "host/library_loader.hpp"
 #include "tests/host/temporary_folder.h"
 #include "tests/support/compound_writer.h"
 #include "tests/support/notebook_builder.h"
@@ -158,7 +159,7 @@ TEST(CellView, DecodesTheAlignmentByte) {
   }
 }
 
-// The same items as through the exported operations, by every road to the bytes.
+// The same items as through the exported operations, from every place that the bytes can be in.
 TEST(Notebook, DeliversWhatTheReaderDelivers) {
   const TemporaryFolder folder;
   const NotebookBuilder builder = everyRecordNotebook();
@@ -170,8 +171,8 @@ TEST(Notebook, DeliversWhatTheReaderDelivers) {
     expected.push_back(readSheet(host, entry.startOffset).items);
   ASSERT_FALSE(expected.empty());
 
-  const auto compare = [&expected](const char* road, Expected<Notebook> notebook) {
-    SCOPED_TRACE(road);
+  const auto compare = [&expected](const char* from, Expected<Notebook> notebook) {
+    SCOPED_TRACE(from);
     ASSERT_TRUE(notebook) << notebook.error().message;
     ASSERT_EQ(notebook->sheets().size(), expected.size());
     for (const Sheet& sheet : notebook->sheets()) {
@@ -230,6 +231,18 @@ TEST(Notebook, OpensBytesOfEveryTypeAndTakesStringsForPaths) {
     EXPECT_STREQ(reasonName(error.reason()), "not-a-notebook");
     EXPECT_NE(std::string_view(error.what()).find("PDF"), std::string_view::npos);
   }
+}
+
+// The reader's library under the name of the other one: it loads, and is not what was asked for.
+TEST(Notebook, TakesTheCompoundDocumentLibraryFromTheFolderThatIsNamed) {
+  const TemporaryFolder folder;
+  const Bytes bytes = writeCompound({}, {{"NOVELL_MAIN", twoSheets(1).bytes()}});
+  const OpenOptions options{.libraryFolder = std::filesystem::relative(folder.path())};
+  EXPECT_TRUE(Notebook::open(bytes, options).has_value()) << "none there: the usual one";
+  std::filesystem::copy_file(platform::readerFile(), folder.path() / OLE_LIBRARY_NAME);
+  const auto notebook = Notebook::open(bytes, options);
+  ASSERT_FALSE(notebook.has_value());
+  EXPECT_EQ(notebook.error().reason, Reason::kLibraryMissing);
 }
 
 TEST(Notebook, RangesOutliveItAndAdvanceInTurn) {
@@ -321,9 +334,8 @@ TEST(Notebook, MeetsTheMemoryLimitWithAnErrorWhenSomethingIsLostAndOnlyThen) {
   const struct {
     Bytes bytes;
     bool allShows;
-  } rows[] = {{everyRecordNotebook().bytes(), false},
-              {manyRangesOfRows(), true},
-              {manyStyles(), true}};
+  } rows[] = {
+      {everyRecordNotebook().bytes(), false}, {manyRangesOfRows(), true}, {manyStyles(), true}};
   for (const auto& [bytes, allShows] : rows) {
     const Notebook unlimited = openBytes(bytes);
     std::vector<std::vector<std::string>> expected;

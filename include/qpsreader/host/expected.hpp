@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Errors as values: why a notebook could not be read, and a result that is either a value or that
-// reason. (C++20 has no std::expected; the names here are its names where they are single words.)
+// reason. (C++20 has no std::expected; the operations have its names.)
 #ifndef QPSREADER_HOST_EXPECTED_HPP
 #define QPSREADER_HOST_EXPECTED_HPP
 
@@ -60,6 +60,7 @@ class [[nodiscard]] Expected {
   Expected(Error error) : state_(std::in_place_index<1>, std::move(error)) {}
 
   explicit operator bool() const { return has_value(); }
+  // NOLINTNEXTLINE(readability-identifier-naming): as std::expected has it
   bool has_value() const { return state_.index() == 0; }
 
   // The value: only after the test above said true. What it refers to (a notebook's worksheets)

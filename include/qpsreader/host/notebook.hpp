@@ -84,9 +84,9 @@ class ItemRange {
 
   // Why the worksheet could not be opened, ended too early or is not whole. kDamaged: its end
   // record was not reached. kMemoryLimit: something of this worksheet did not fit the limit and was
-  // left out, such as the text of a cell or the height of a row. None when all is well, as far as the
-  // items have been delivered. The first call for a notebook after the last item walks its record headers once (see
-  // Notebook::damage).
+  // left out, such as the text of a cell or the height of a row. None when all is well, as far as
+  // the items have been delivered. The first call for a notebook after the last item walks its
+  // record headers once (see Notebook::damage).
   std::optional<Error> error() const;
 
  private:

@@ -23,7 +23,7 @@ class TextArena {
   TextArena& operator=(TextArena&& other) noexcept;
   ~TextArena();
 
-  // A text may be read by words that begin in it: so many bytes behind it can be read, whatever
+  // A text may be read by words that begin in it: so many bytes after it can be read, whatever
   // they hold.
   static constexpr std::size_t kReadableBehind = 8;
 
