@@ -10,16 +10,17 @@
 #include <qpsreader/qps_reader.h>
 #include "host/library_loader.hpp"
 
-// Weak: null unless the link of the program brings the library along.
+// Weak: null unless the link of the program brings the library along. The compiler leaves the mark
+// out where only the address is taken.
 extern "C" [[gnu::weak]] void GetOLEInterface(OLEInterface* table);
+__asm__(".weak GetOLEInterface");
 
 namespace qps {
 namespace {
 
 namespace fs = std::filesystem;
 
-// The file of a loaded module. Empty when the path is longer than the system's
-// limit for paths.
+// The file of a loaded module. Empty when the path is longer than the system's limit for paths.
 fs::path moduleFile(HMODULE module) {
   std::array<wchar_t, 32768> path{};
   const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
