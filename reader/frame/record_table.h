@@ -5,9 +5,11 @@
 #ifndef QPSREADER_READER_RECORD_TABLE_H
 #define QPSREADER_READER_RECORD_TABLE_H
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "reader/frame/record_types.h"
 
@@ -30,29 +32,35 @@ template <typename Handler>
 struct RecordRule {
   RecordType type;
   Handler handler;
-  OnFailure onFailure;
+  OnFailure onFailure = OnFailure::kStop;
 };
 
-template <typename Handler>
+// Rules by type: a constant array of RecordRules.
+template <const auto& kRules>
 class RecordTable {
  public:
-  // The rules outlive the table.
-  template <std::size_t Count>
-  explicit constexpr RecordTable(const RecordRule<Handler> (&rules)[Count]) {
-    for (const RecordRule<Handler>& rule : rules)
+  using Rule = std::remove_cvref_t<decltype(kRules[0])>;
+
+  constexpr RecordTable() {
+    for (const Rule& rule : kRules)
       rules_[static_cast<std::size_t>(rule.type)] = &rule;
   }
 
-  constexpr const RecordRule<Handler>* find(std::uint16_t type) const {
-    return type <= kHighestHandledRecord ? rules_[type] : nullptr;
+  // The rule of this type, or null.
+  constexpr const Rule* find(std::uint16_t type) const {
+    return type < rules_.size() ? rules_[type] : nullptr;
   }
 
  private:
-  std::array<const RecordRule<Handler>*, kHighestHandledRecord + 1> rules_{};
-};
+  static constexpr std::uint16_t highestType() {
+    std::uint16_t highest = 0;
+    for (const Rule& rule : kRules)
+      highest = std::max(highest, static_cast<std::uint16_t>(rule.type));
+    return highest;
+  }
 
-template <typename Handler, std::size_t Count>
-RecordTable(const RecordRule<Handler> (&)[Count]) -> RecordTable<Handler>;
+  std::array<const Rule*, highestType() + std::size_t{1}> rules_{};
+};
 
 }  // namespace qps
 

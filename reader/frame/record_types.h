@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The numbers of the notebook format's records, next to their names; nothing else holds them.
+// The types of record that the reader knows, by number.
 #ifndef QPSREADER_READER_RECORD_TYPES_H
 #define QPSREADER_READER_RECORD_TYPES_H
 
@@ -45,9 +45,6 @@ enum class RecordType : std::uint16_t {
   kSettingsOff = 266,
   kDefinitionsEnd = 310,
 };
-
-// No handled record has a higher number.
-inline constexpr std::uint16_t kHighestHandledRecord = 310;
 
 }  // namespace qps
 

@@ -35,7 +35,7 @@ constexpr RecordRule<CellHandler> kCellRules[] = {
     {RecordType::kStringCell, qpsReadTextCell, OnFailure::kStop},
 };
 
-constexpr RecordTable kCellTable(kCellRules);
+constexpr RecordTable<kCellRules> kCellTable;
 
 constexpr std::string_view kDefaultFontName = "Arial";
 constexpr std::uint32_t kDefaultFontSize = 10;

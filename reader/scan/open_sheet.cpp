@@ -21,47 +21,39 @@ using ScanHandler = Step (*)(QPSSheet&);
 using ScanRule = RecordRule<ScanHandler>;
 
 constexpr ScanRule kDefinitionRules[] = {
-    {RecordType::kFileHeader, readFileHeader, OnFailure::kStop},
-    {RecordType::kDimensions, readDimensions, OnFailure::kStop},
-    {RecordType::kText37, readText37, OnFailure::kStop},
-    {RecordType::kText38, readText38, OnFailure::kStop},
-    {RecordType::kRefusal, readRefusal, OnFailure::kStop},
-    {RecordType::kSheetStart, endOfPass, OnFailure::kStop},
-    {RecordType::kStyle, qpsReadStyle, OnFailure::kStop},
-    {RecordType::kFont, readFont, OnFailure::kStop},
-    {RecordType::kNamedStyle, readNamedStyle, OnFailure::kStop},
-    {RecordType::kUserFormat, readUserFormat, OnFailure::kStop},
-    {RecordType::kValueTable, readUnusedBody, OnFailure::kStop},
-    {RecordType::kFlag257, readFlag257, OnFailure::kStop},
-    {RecordType::kFlag258, readFlag258, OnFailure::kStop},
-    {RecordType::kSettingsOn, readSettingsOn, OnFailure::kStop},
-    {RecordType::kSettingsOff, passSettingsOff, OnFailure::kStop},
-    {RecordType::kDefinitionsEnd, endOfPass, OnFailure::kStop},
+    {RecordType::kFileHeader, readFileHeader},   {RecordType::kDimensions, readDimensions},
+    {RecordType::kText37, readText37},           {RecordType::kText38, readText38},
+    {RecordType::kRefusal, readRefusal},         {RecordType::kSheetStart, endOfPass},
+    {RecordType::kStyle, qpsReadStyle},          {RecordType::kFont, readFont},
+    {RecordType::kNamedStyle, readNamedStyle},   {RecordType::kUserFormat, readUserFormat},
+    {RecordType::kValueTable, readUnusedBody},   {RecordType::kFlag257, readFlag257},
+    {RecordType::kFlag258, readFlag258},         {RecordType::kSettingsOn, readSettingsOn},
+    {RecordType::kSettingsOff, passSettingsOff}, {RecordType::kDefinitionsEnd, endOfPass},
 };
 
 // A row height that cannot be kept loses only that row; everything else that fails, the worksheet.
 constexpr ScanRule kLayoutRules[] = {
-    {RecordType::kBlankCell, endOfPass, OnFailure::kStop},
-    {RecordType::kIntegerCell, endOfPass, OnFailure::kStop},
-    {RecordType::kNumberCell, endOfPass, OnFailure::kStop},
-    {RecordType::kLabelCell, endOfPass, OnFailure::kStop},
-    {RecordType::kFormulaCell, endOfPass, OnFailure::kStop},
-    {RecordType::kStringCell, endOfPass, OnFailure::kStop},
-    {RecordType::kDimensionTable, readDimensionTable, OnFailure::kStop},
-    {RecordType::kSheetEnd, endOfPass, OnFailure::kStop},
-    {RecordType::kDefaultRowHeight, readDefaultRowHeight, OnFailure::kStop},
-    {RecordType::kDefaultColumnWidth, readDefaultColumnWidth, OnFailure::kStop},
+    {RecordType::kBlankCell, endOfPass},
+    {RecordType::kIntegerCell, endOfPass},
+    {RecordType::kNumberCell, endOfPass},
+    {RecordType::kLabelCell, endOfPass},
+    {RecordType::kFormulaCell, endOfPass},
+    {RecordType::kStringCell, endOfPass},
+    {RecordType::kDimensionTable, readDimensionTable},
+    {RecordType::kSheetEnd, endOfPass},
+    {RecordType::kDefaultRowHeight, readDefaultRowHeight},
+    {RecordType::kDefaultColumnWidth, readDefaultColumnWidth},
     {RecordType::kRowHeight, readRowHeight, OnFailure::kIgnore},
-    {RecordType::kColumnWidth, readColumnWidth, OnFailure::kStop},
+    {RecordType::kColumnWidth, readColumnWidth},
     {RecordType::kHiddenRows, readHiddenRows, OnFailure::kIgnore},
-    {RecordType::kHiddenColumns, readHiddenColumns, OnFailure::kStop},
-    {RecordType::kLayout224, readUnusedBody, OnFailure::kStop},
-    {RecordType::kColumnStyle, qpsReadColumnStyle, OnFailure::kStop},
+    {RecordType::kHiddenColumns, readHiddenColumns},
+    {RecordType::kLayout224, readUnusedBody},
+    {RecordType::kColumnStyle, qpsReadColumnStyle},
     {RecordType::kRowHeightRange, readRowHeightRange, OnFailure::kIgnore},
 };
 
-constexpr RecordTable kDefinitionTable(kDefinitionRules);
-constexpr RecordTable kLayoutTable(kLayoutRules);
+constexpr RecordTable<kDefinitionRules> kDefinitionTable;
+constexpr RecordTable<kLayoutRules> kLayoutTable;
 
 // The bytes that are looked at to tell a compound document; fewer is no notebook.
 constexpr std::size_t kLookAheadBytes = 8;
