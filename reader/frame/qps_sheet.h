@@ -120,14 +120,14 @@ struct QPSStylePage {
   QPSAppearance* appearances[256];  // own blocks; null until a cell uses the style
 };
 
-// Records 214, 220 and 261: either a range of rows with one height, or a set of rows that a record
-// 220 hid in the older nodes behind it (reader/scan/row_heights.h).
+// Records 214, 220 and 261: either a range of rows with one height, or a set of rows that hide in
+// the older nodes after it (reader/scan/row_heights.h).
 struct QPSRowHeight {
   QPSRowHeight* next;
   std::uint32_t firstRow;  // from 1
   std::uint32_t lastRow;
   std::uint16_t height;       // 0 is hidden
-  std::uint16_t hiddenBytes;  // 0 for a range; else the bytes of the bitmap behind this node
+  std::uint16_t hiddenBytes;  // 0 for a range; else the bytes of the bitmap that follows this node
 };
 
 // One bit a row, row 1 first: bit k of byte i is row 8 x i + k + 1, as in record 220.
@@ -191,8 +191,10 @@ struct QPSSheet {
   qps::QPSNamedStyle* namedStyleById[256];  // a style's reference has one byte
   qps::QPSUserFormat* formatByCode[256];    // so has a format code
   qps::QPSStylePage* stylePageByNumber[256];
-  qps::RowBitmap rowListed;  // rows that rowHeightList holds
-  qps::RowBitmap rowHidden;  // rows to hide in the nodes not yet delivered
+  qps::RowBitmap rowListed;  // rows that rowHeightList held when the sheet was opened
+  qps::RowBitmap rowHidden;  // rows that hide in the newest node that holds them
+  std::uint16_t
+      rowHiddenBytes;  // while the sheet is being opened: rowHidden is 0 from this byte on
 };
 
 namespace qps {

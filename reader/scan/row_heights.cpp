@@ -41,21 +41,30 @@ void setRowBits(RowBitmap& bitmap, std::size_t first, std::size_t last) {
     bitmap[first / 8] |= rowBit(first);
 }
 
-// Adds a node that hides those rows of `bitmap` that the list already holds.
-[[nodiscard]] bool hideListedRows(QPSSheet& sheet, std::span<const std::uint8_t> bitmap) {
-  std::uint8_t anyListed = 0;
-  for (std::size_t i = 0; i < bitmap.size(); ++i) {
-    anyListed = static_cast<std::uint8_t>(anyListed | (bitmap[i] & sheet.rowListed[i]));
-  }
-  if (anyListed == 0) return true;
-
-  auto* node = poolNew<QPSRowHeight>(sheet.services, bitmap.size());
+[[nodiscard]] bool pushRange(QPSSheet& sheet, std::size_t firstRow, std::size_t lastRow,
+                             std::uint16_t height) {
+  auto* node = poolNew<QPSRowHeight>(sheet.services);
   if (node == nullptr) return false;
-  node->hiddenBytes = static_cast<std::uint16_t>(bitmap.size());
-  for (std::size_t i = 0; i < bitmap.size(); ++i) {
-    hiddenBitmap(*node)[i] = bitmap[i] & sheet.rowListed[i];
-  }
+  node->firstRow = static_cast<std::uint32_t>(firstRow);
+  node->lastRow = static_cast<std::uint32_t>(lastRow);
+  node->height = height;
   pushNode(sheet, *node);
+  setRowBits(sheet.rowListed, firstRow - 1, lastRow - 1);
+  return true;
+}
+
+// Before rows from `firstRow` on are added: puts the rows to hide on the list when some of them may
+// be among those, so that they hide in the nodes that the list holds now.
+[[nodiscard]] bool pushHiddenRows(QPSSheet& sheet, std::uint32_t firstRow) {
+  const std::size_t bytes = sheet.rowHiddenBytes;
+  if ((firstRow - 1) / 8 >= bytes) return true;
+  auto* node = poolNew<QPSRowHeight>(sheet.services, bytes);
+  if (node == nullptr) return false;
+  node->hiddenBytes = sheet.rowHiddenBytes;
+  std::memcpy(hiddenBitmap(*node), sheet.rowHidden, bytes);
+  pushNode(sheet, *node);
+  std::memset(sheet.rowHidden, 0, bytes);
+  sheet.rowHiddenBytes = 0;
   return true;
 }
 
@@ -64,18 +73,16 @@ void setRowBits(RowBitmap& bitmap, std::size_t first, std::size_t last) {
 bool pushRowRange(QPSSheet& sheet, std::uint32_t firstRow, std::uint32_t lastRow,
                   std::uint16_t height) {
   if (lastRow < firstRow) return true;
-  auto* node = poolNew<QPSRowHeight>(sheet.services);
-  if (node == nullptr) return false;
-  node->firstRow = firstRow;
-  node->lastRow = lastRow;
-  node->height = height;
-  pushNode(sheet, *node);
-  setRowBits(sheet.rowListed, firstRow - 1, lastRow - 1);
-  return true;
+  return pushHiddenRows(sheet, firstRow) && pushRange(sheet, firstRow, lastRow, height);
 }
 
 void hideRows(QPSSheet& sheet, std::span<const std::uint8_t> bitmap) {
-  if (!hideListedRows(sheet, bitmap)) return;
+  for (std::size_t i = 0; i < bitmap.size(); ++i) {
+    const auto listed = static_cast<std::uint8_t>(bitmap[i] & sheet.rowListed[i]);
+    sheet.rowHidden[i] |= listed;
+    if (listed != 0 && i >= sheet.rowHiddenBytes)
+      sheet.rowHiddenBytes = static_cast<std::uint16_t>(i + 1);
+  }
 
   // The rows that the list does not hold yet, run by run.
   const std::size_t rows = 8 * bitmap.size();
@@ -87,10 +94,7 @@ void hideRows(QPSSheet& sheet, std::span<const std::uint8_t> bitmap) {
     std::size_t last = index;
     while (last + 1 < rows && isNew(last + 1))
       ++last;
-    if (!pushRowRange(sheet, static_cast<std::uint32_t>(index + 1),
-                      static_cast<std::uint32_t>(last + 1), 0)) {
-      return;
-    }
+    if (!pushRange(sheet, index + 1, last + 1, 0)) return;
     index = last;
   }
 }

@@ -3,10 +3,9 @@
 // rowHeightList: the rows whose height is not the default, or that are hidden.
 //
 // The list says what one node a row would say, newest first, in memory and time proportional to the
-// records' bytes: a range of rows is one node, and hiding rows that older nodes hold is one node
-// with a bitmap. Taking the rows off the list carries those bitmaps along (rowHidden): a row in
-// them hides in the next node that holds it, which is the newest one older than the record that hid
-// it.
+// records' bytes: a range of rows is one node. A row that hides in the newest node that holds it is
+// a bit of rowHidden. When newer nodes come, those bits go on the list before them, as a node with
+// a bitmap; taking the rows off the list brings them back.
 #ifndef QPSREADER_SCAN_ROW_HEIGHTS_H
 #define QPSREADER_SCAN_ROW_HEIGHTS_H
 
@@ -22,8 +21,9 @@ namespace qps {
 [[nodiscard]] bool pushRowRange(QPSSheet& sheet, std::uint32_t firstRow, std::uint32_t lastRow,
                                 std::uint16_t height);
 
-// Hides the rows whose bits are set (row 1 first): in the newest node that holds the row, else in a
-// node of its own at the front. Stops where the pool has no room.
+// Hides the rows whose bits are set (row 1 first): in the newest node that holds the row, which
+// takes no block, else in a node of its own at the front. From where the pool has no room on, rows
+// that the list does not hold stay out of it.
 void hideRows(QPSSheet& sheet, std::span<const std::uint8_t> bitmap);
 
 struct RowHeight {

@@ -110,13 +110,17 @@ std::ostream& operator<<(std::ostream& out, const Row& row) {
   return out << row.number << ":" << row.height;
 }
 
-std::vector<Row> rowsOf(const NotebookBuilder& book) {
+std::vector<Row> rowsOf(const SheetRun& run) {
   std::vector<Row> rows;
-  for (const Item& item : readBook(book).only(SSItemKindRowHeight)) {
+  for (const Item& item : run.only(SSItemKindRowHeight)) {
     EXPECT_EQ(+item.raw.rowHeight.first, +item.raw.rowHeight.last);
     rows.push_back({item.raw.rowHeight.first, item.raw.rowHeight.value});
   }
   return rows;
+}
+
+std::vector<Row> rowsOf(const NotebookBuilder& book) {
+  return rowsOf(readBook(book));
 }
 
 TEST(Layout, RowsComeNewestFirst) {
@@ -159,6 +163,9 @@ TEST(Layout, RowsComeNewestFirst) {
       {"a height after hiding",
        [](auto& b) { b.hiddenRows(Body().u8(2)).rowHeight(1, 300); },
        {{2, 300}, {2, 0}}},
+      {"a height after hiding in its place",
+       [](auto& b) { b.rowHeight(8, 300).hiddenRows(Body().u8(0).u8(1)).rowHeight(8, 400); },
+       {{9, 400}, {9, 0}}},
       {"the last bits that are kept",
        [](auto& b) { b.hiddenRows(Body().fill(5119).u8(0x80).fill(9, 0xFF)); },
        {{40960, 0}}}};
@@ -229,10 +236,46 @@ TEST(Layout, AFailedAllocationInARangeKeepsTheRowsBefore) {
     const SheetRun run = readClean(host, book.sheetOffset());
     if (!host.faultMet()) break;
     auto at = whole.begin();
-    for (const Item& item : run.only(SSItemKindRowHeight)) {
-      at = std::find(at, whole.end(), Row{item.raw.rowHeight.first, item.raw.rowHeight.value});
+    for (const Row& row : rowsOf(run)) {
+      at = std::find(at, whole.end(), row);
       ASSERT_NE(at, whole.end());
     }
+  }
+}
+
+TEST(Layout, RowsHideFromAnExhaustedPool) {
+  const struct {
+    const char* name;
+    size_t blocks;  // that the pool has for rows
+    Add fill;
+    std::vector<Row> expected;
+  } rows[] = {{"rows of their own",
+               2,
+               [](auto& b) { b.rowHeight(1, 300).rowHeight(4, 300).hiddenRows(Body().u8(0x12)); },
+               {{5, 0}, {2, 0}}},
+              {"rows of a range",
+               1,
+               [](auto& b) { b.rowHeights(1, 3, 300).hiddenRows(Body().u8(0x0C)); },
+               {{4, 0}, {3, 0}, {2, 300}}},
+              {"no block for a row that is not listed",
+               1,
+               [](auto& b) { b.rowHeight(1, 300).hiddenRows(Body().u8(0x0F)); },
+               {{2, 0}}},
+              {"a block for the first of two",
+               2,
+               [](auto& b) { b.rowHeight(1, 300).hiddenRows(Body().u8(0x0F)); },
+               {{1, 0}, {2, 0}}},
+              {"no block for what follows",
+               1,
+               [](auto& b) { b.rowHeight(1, 300).hiddenRows(Body().u8(2)).rowHeight(1, 400); },
+               {{2, 0}}}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const NotebookBuilder book = bookOf(nothing, row.fill);
+    RecordingHost host(book.bytes());
+    // The handle and the sheet come first.
+    host.fail({.step = Step::kPoolBlock, .nth = row.blocks + 3, .forGood = true});
+    EXPECT_EQ(rowsOf(readClean(host, book.sheetOffset())), row.expected);
   }
 }
 
