@@ -78,7 +78,7 @@ class Caller {
 
   void list(uint32_t selector) {
     closeSheet();
-    SSWorkSheetList list{0, nullptr};
+    SSWorkSheetList list{0xA5A5A5A5, nullptr};  // the count is an output
     const Work before = host_.work();
     const int32_t result = QPSGetWorkSheetInfo(reader_, &list, selector);
     requireWork(host_, before, kCompoundWork);

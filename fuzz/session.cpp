@@ -141,18 +141,20 @@ uint64_t visitNotebook(LeanHost& host, uint32_t mostItems, const WorkLimit& limi
   QPSReader* reader =
       QPSAllocateReader(nullptr, nullptr, host.stream(), host.services(), nullptr, nullptr);
   if (reader == nullptr) return digest.value();
-  SSWorkSheetList list{0, nullptr};
+  SSWorkSheetList list{0xA5A5A5A5, nullptr};  // the count is an output
   const Work before = host.work();
   const bool listed = QPSGetWorkSheetInfo(reader, &list, 0) == 1;
   requireWork(host, before, limit);
   require(!host.isOpen(), "listing closes the stream");
-  require(listed == (list.entries != nullptr) && listed == (list.count > 0), "a table or none");
-  for (uint32_t i = 0; i < list.count; ++i) {
+  require(listed == (list.entries != nullptr), "a table or none");
+  const uint32_t count = listed ? list.count : 0;
+  require(listed == (count > 0), "a table has entries");
+  for (uint32_t i = 0; i < count; ++i) {
     const SSWorkSheetEntry& entry = list.entries[i];
     require(std::memchr(entry.name, '\0', sizeof(entry.name)) != nullptr, "a name ends");
     if (i < kMostSheets) digest.add(bytesOf(entry));
   }
-  for (uint32_t i = 0; i < std::min(list.count, kMostSheets); ++i) {
+  for (uint32_t i = 0; i < std::min(count, kMostSheets); ++i) {
     readSheet(host, reader, list.entries[i].startOffset, mostItems, limit, digest);
   }
   if (!listed) readSheet(host, reader, 0, mostItems, limit, digest);

@@ -81,13 +81,14 @@ QPS_API int32_t QPSGetWorkSheetInfo(QPSReader* reader, struct SSWorkSheetList* r
                                     uint32_t selector);
 
 /* Scans the file once and describes each worksheet: its display name and start offset. Opens and
- * closes the reader's stream. `result->entries` must be null on entry.
+ * closes the reader's stream. `result` is an output; its `entries` must be null on entry.
  *
  * Returns 1 when at least one worksheet was found; the table then stands in `result` and in the
- * reader, which owns it until QPSCloseReader (worksheet_list.h). A damaged or cut file gives the
- * worksheets up to the damage. Returns 0 when the stream is null or cannot be opened, when the file
- * is no notebook or has no worksheet, when a compound document cannot be opened, or when the pool
- * has no room for the table; `result->entries` is then null. */
+ * reader, which owns it until QPSCloseReader or the next listing that finds one (worksheet_list.h).
+ * A damaged or cut file gives the worksheets up to the damage. Returns 0 when the stream is null or
+ * cannot be opened, when the file is no notebook or has no worksheet, when a compound document
+ * cannot be opened, or when the pool has no room for the table; `result->entries` is then null, and
+ * the reader keeps the table of an earlier listing. */
 QPS_API int32_t qpsWorkSheetInfo(QPSReader* reader, struct SSWorkSheetList* result);
 
 /* Opens the worksheet whose first record lies `sheetStart` bytes into the stream (the `startOffset`

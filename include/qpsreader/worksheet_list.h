@@ -28,10 +28,11 @@ typedef struct SSWorkSheetEntry {
   uint32_t spareWord;   /* 80: 0xFFFFFFFF */
 } SSWorkSheetEntry;
 
-/* The result record. The host sets `count` to 0 and `entries` to null before the call. After a
- * result of 1, `entries` points to `count` entries in the host's pool; the QPSReader owns that
- * table and gives it back in QPSCloseReader or when the next listing with the same reader replaces
- * it. The host must not free it. */
+/* The result record, an output: the host sets `entries` to null before the call, and `count` may
+ * hold anything. After a result of 1, `entries` points to `count` entries in the host's pool; the
+ * QPSReader owns that table and gives it back in QPSCloseReader or when a later listing with the
+ * same reader replaces it. The host must not free it. After a result of 0, `entries` is null and
+ * `count` means nothing. */
 typedef struct SSWorkSheetList {
   uint32_t count;
   SSWorkSheetEntry* entries;

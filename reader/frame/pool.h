@@ -12,20 +12,34 @@
 
 namespace qps {
 
-// A zeroed T with `extraBytes` behind it, or null. Only for types that need no destructor.
+// `size` bytes of any contents, or null.
+[[nodiscard]] inline void* poolAlloc(SSHostServices* services, std::size_t size) {
+  return services->pool.alloc(&services->pool, size);
+}
+
+// `count` times `size` zero bytes, or null.
+[[nodiscard]] inline void* poolCalloc(SSHostServices* services, std::size_t count,
+                                      std::size_t size) {
+  return services->pool.calloc(&services->pool, count, size);
+}
+
+// `block` with `size` bytes; or null, and `block` is as it was.
+[[nodiscard]] inline void* poolRealloc(SSHostServices* services, void* block, std::size_t size) {
+  return services->pool.realloc(&services->pool, block, size);
+}
+
+// A zeroed T with `extraBytes` after it, or null. Only for types that need no destructor.
 template <typename T>
 [[nodiscard]] T* poolNew(SSHostServices* services, std::size_t extraBytes = 0) {
   static_assert(std::is_trivially_destructible_v<T> && std::is_trivially_copyable_v<T>);
-  SSMemoryPool& pool = services->pool;
-  void* block = pool.alloc(&pool, sizeof(T) + extraBytes);
+  void* block = poolAlloc(services, sizeof(T) + extraBytes);
   if (block == nullptr) return nullptr;
   return static_cast<T*>(std::memset(block, 0, sizeof(T) + extraBytes));
 }
 
 // A zero-terminated copy of `text`, or null.
 [[nodiscard]] inline char* poolCopyText(SSHostServices* services, std::string_view text) {
-  SSMemoryPool& pool = services->pool;
-  auto* copy = static_cast<char*>(pool.alloc(&pool, text.size() + 1));
+  auto* copy = static_cast<char*>(poolAlloc(services, text.size() + 1));
   if (copy == nullptr) return nullptr;
   if (!text.empty()) std::memcpy(copy, text.data(), text.size());
   copy[text.size()] = '\0';

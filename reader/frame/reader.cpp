@@ -13,8 +13,7 @@ constexpr uint32_t kListWorksheets = 0;
 
 QPSReader* QPSAllocateReader(void* owner, void* /*ignored*/, SSStream* stream,
                              SSHostServices* services, void* hostValue1, void* hostValue2) {
-  SSMemoryPool& pool = services->pool;
-  auto* reader = static_cast<QPSReader*>(pool.calloc(&pool, 1, sizeof(QPSReader)));
+  auto* reader = static_cast<QPSReader*>(qps::poolCalloc(services, 1, sizeof(QPSReader)));
   if (reader == nullptr) return nullptr;
   reader->owner = owner;
   reader->stream = stream;

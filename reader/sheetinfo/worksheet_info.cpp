@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include <qpsreader/qps_reader.h>
 #include "reader/frame/container.h"
@@ -112,56 +113,71 @@ class OpenFile {
   RecordStream records_{};
 };
 
-// The growing table of entries, in the result record. Its capacity doubles, so that a file of many
-// worksheets is listed in linear time.
+// The growing table of entries. Entry by entry its block is exactly as long as the table while the
+// table has no more entries than a notebook can number; from there on it grows by doubling, so that
+// a file of millions of worksheets is listed in linear time.
 class EntryTable {
  public:
-  EntryTable(SSWorkSheetList& result, SSHostServices* services)
-      : result_(result), services_(services) {}
+  explicit EntryTable(SSHostServices* services) : services_(services) {}
+  EntryTable(const EntryTable&) = delete;
+  EntryTable& operator=(const EntryTable&) = delete;
+  ~EntryTable() { poolFree(services_, entries_); }
 
   // A worksheet that is counted without an entry leaves one of zero bytes when another follows it.
   void count() { ++counted_; }
 
-  // Counts a worksheet and describes it. False when the pool has no room; the table is then gone.
+  // Counts a worksheet and describes it. False when the pool has no room.
   [[nodiscard]] bool add(const DisplayName& name, std::uint32_t startOffset) {
     count();
     if (!reserve()) {
-      poolFree(services_, result_.entries);
-      result_.entries = nullptr;
-      result_.count = 0;
+      isExhausted_ = true;
       return false;
     }
-    std::memset(result_.entries + result_.count, 0,
-                (counted_ - result_.count) * sizeof(SSWorkSheetEntry));
-    SSWorkSheetEntry& entry = result_.entries[counted_ - 1];
+    const auto counted = static_cast<std::uint32_t>(counted_);
+    std::memset(entries_ + described_, 0, (counted - described_) * sizeof(SSWorkSheetEntry));
+    SSWorkSheetEntry& entry = entries_[counted - 1];
     const std::string_view text = name.view();
     std::copy(text.begin(), text.end(), entry.name);
     entry.typeFlags = kTypeFlags;
     entry.startOffset = startOffset;
     entry.spareWord = kSpareWord;
-    result_.count = counted_;
+    described_ = counted;
     return true;
   }
+
+  bool empty() const { return described_ == 0; }
+  bool isExhausted() const { return isExhausted_; }  // the pool had no room for an entry
+
+  // The table, which is the caller's from here on.
+  SSWorkSheetList release() { return {described_, std::exchange(entries_, nullptr)}; }
 
  private:
+  static constexpr std::uint64_t kNumberedSheets = 256;
+  static constexpr std::uint64_t kMostEntries =
+      std::min<std::uint64_t>(UINT32_MAX, SIZE_MAX / sizeof(SSWorkSheetEntry));
+
   [[nodiscard]] bool reserve() {
     if (counted_ <= capacity_) return true;
-    const std::size_t capacity = std::max<std::size_t>(counted_, std::size_t{2} * capacity_);
-    if (capacity > SIZE_MAX / sizeof(SSWorkSheetEntry)) return false;
-    SSMemoryPool& pool = services_->pool;
-    void* table = result_.entries == nullptr
-                      ? pool.calloc(&pool, capacity, sizeof(SSWorkSheetEntry))
-                      : pool.realloc(&pool, result_.entries, capacity * sizeof(SSWorkSheetEntry));
+    if (counted_ > kMostEntries) return false;
+    const std::uint64_t doubled = std::min(2 * capacity_, kMostEntries);
+    const std::uint64_t capacity =
+        counted_ <= kNumberedSheets ? counted_ : std::max(counted_, doubled);
+    const auto entries = static_cast<std::size_t>(capacity);
+    void* table = entries_ == nullptr
+                      ? poolCalloc(services_, entries, sizeof(SSWorkSheetEntry))
+                      : poolRealloc(services_, entries_, entries * sizeof(SSWorkSheetEntry));
     if (table == nullptr) return false;
-    result_.entries = static_cast<SSWorkSheetEntry*>(table);
-    capacity_ = static_cast<std::uint32_t>(capacity);
+    entries_ = static_cast<SSWorkSheetEntry*>(table);
+    capacity_ = capacity;
     return true;
   }
 
-  SSWorkSheetList& result_;
   SSHostServices* services_;
-  std::uint32_t counted_ = 0;
-  std::uint32_t capacity_ = 0;
+  SSWorkSheetEntry* entries_ = nullptr;
+  std::uint64_t counted_ = 0;    // worksheets, without an entry or with one
+  std::uint32_t described_ = 0;  // entries, those of zero bytes among them
+  std::uint64_t capacity_ = 0;
+  bool isExhausted_ = false;
 };
 
 // Passes over the current record and reads the next header. False at the end of the file, or where
@@ -231,11 +247,13 @@ int32_t qpsWorkSheetInfo(QPSReader* reader, SSWorkSheetList* result) {
   if (reader->stream == nullptr) return 0;
   OpenFile file(reader->stream, reader->services);
   if (!file.readFirstHeader()) return 0;
-  EntryTable table(*result, reader->services);
+  EntryTable table(reader->services);
   scanFile(file.records(), table);
-  if (result->entries == nullptr) return 0;
+  if (table.isExhausted()) *result = {0, nullptr};
+  if (table.isExhausted() || table.empty()) return 0;
 
   poolFree(reader->services, reader->sheetTable);
+  *result = table.release();
   reader->sheetCount = result->count;
   reader->sheetTable = result->entries;
   return 1;

@@ -26,9 +26,9 @@ Cost costOf(const Bytes& file) {
   fuzz::LeanHost host({reinterpret_cast<const uint8_t*>(file.data()), file.size()});
   QPSReader* reader =
       QPSAllocateReader(nullptr, nullptr, host.stream(), host.services(), nullptr, nullptr);
-  SSWorkSheetList list{0, nullptr};
+  SSWorkSheetList list{0xA5A5A5A5, nullptr};
   QPSGetWorkSheetInfo(reader, &list, 0);
-  const uint32_t start = list.count == 0 ? 0 : list.entries[0].startOffset;
+  const uint32_t start = list.entries == nullptr ? 0 : list.entries[0].startOffset;
   QPSSheet* sheet = QPSInitSheet(reader, &host, start, fuzz::LeanHost::itemAlloc, nullptr);
   EXPECT_NE(sheet, nullptr);
   if (sheet != nullptr) {

@@ -145,7 +145,7 @@ int main(int argc, char** argv) {
   uint32_t charSet = 1;
   CHECK(table.getCharSet(reader, &charSet) == 0 && charSet == 0);
 
-  SSWorkSheetList list = {0, NULL};
+  SSWorkSheetList list = {0xA5A5A5A5u, NULL};
   CHECK(table.getWorkSheetInfo(reader, &list, 0) == 1 && list.count == 2);
   CHECK(strcmp(list.entries[0].name, "Budget") == 0 && strcmp(list.entries[1].name, "Car") == 0);
   char text[64];

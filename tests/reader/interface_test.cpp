@@ -59,7 +59,7 @@ TEST(Interface, NullArgumentsAreAnswered) {
   uint32_t charSet = 7;
   EXPECT_EQ(QPSGetCharSet(nullptr, &charSet), 0);
   EXPECT_EQ(charSet, 0u);
-  SSWorkSheetList list{0, nullptr};
+  SSWorkSheetList list{0xA5A5A5A5, nullptr};
   EXPECT_EQ(QPSGetWorkSheetInfo(nullptr, &list, 0), 0);
   EXPECT_EQ(QPSGetWorkSheetInfo(nullptr, &list, 1), 1);
   EXPECT_EQ(QPSInitSheet(nullptr, nullptr, 0, RecordingHost::itemAlloc, nullptr), nullptr);
@@ -71,7 +71,7 @@ TEST(Interface, ANonzeroSelectorListsNothing) {
   QPSReader* reader =
       QPSAllocateReader(nullptr, nullptr, host.stream(), host.services(), nullptr, nullptr);
   const size_t calls = host.hostCalls();
-  SSWorkSheetList list{0, nullptr};
+  SSWorkSheetList list{0xA5A5A5A5, nullptr};
   EXPECT_EQ(QPSGetWorkSheetInfo(reader, &list, 5), 1);
   EXPECT_EQ(list.entries, nullptr);
   EXPECT_EQ(host.hostCalls(), calls);

@@ -227,13 +227,14 @@ std::optional<std::vector<SSWorkSheetEntry>> listSheets(RecordingHost& host,
   std::optional<std::vector<SSWorkSheetEntry>> entries;
   QPSReader* handle =
       reader.allocateReader(&host, nullptr, host.stream(), host.services(), nullptr, nullptr);
-  SSWorkSheetList list{0, nullptr};
+  constexpr uint32_t kPoison = 0xA5A5A5A5;  // the count is an output
+  SSWorkSheetList list{kPoison, nullptr};
   if (reader.getWorkSheetInfo(handle, &list, 0) == 1) {
     if (list.entries != handle->sheetTable || list.count != handle->sheetCount)
       host.violate("the reader's handle does not hold the listing");
     entries.emplace(list.entries, list.entries + list.count);
-  } else if (list.entries != nullptr) {
-    host.violate("a failed listing left a table");
+  } else if (list.entries != nullptr || (list.count != kPoison && list.count != 0)) {
+    host.violate("a failed listing left a table or a count");
   }
   reader.closeReader(handle);
   return entries;

@@ -131,18 +131,57 @@ TEST(Listing, TheReaderOwnsTheTableAndReplacesIt) {
   RecordingHost host(everyRecordNotebook().bytes());
   QPSReader* reader =
       QPSAllocateReader(nullptr, nullptr, host.stream(), host.services(), nullptr, nullptr);
-  SSWorkSheetList first{0, nullptr}, second{0, nullptr};
-  EXPECT_EQ(qpsWorkSheetInfo(reader, &first), 1);
-  EXPECT_EQ(qpsWorkSheetInfo(reader, &second), 1);
-  EXPECT_EQ(host.poolBlocks(), 2u) << "the handle and the table of the second listing";
-  EXPECT_EQ(reader->sheetTable, second.entries);
+  SSWorkSheetList list{7, nullptr};
+  EXPECT_EQ(qpsWorkSheetInfo(reader, &list), 1);
+  EXPECT_EQ(qpsWorkSheetInfo(reader, &list), 1) << "what the record holds is not read";
+  list = {7, nullptr};
+  EXPECT_EQ(qpsWorkSheetInfo(reader, &list), 1);
+  EXPECT_EQ(host.poolBlocks(), 2u) << "the handle and the table of the last listing";
+  EXPECT_EQ(reader->sheetTable, list.entries);
+  EXPECT_EQ(list.count, 2u);
+
+  host.fail({.step = Step::kPoolBlock});
+  EXPECT_EQ(qpsWorkSheetInfo(reader, &list), 0);
+  EXPECT_EQ(list.entries, nullptr);
+  EXPECT_EQ(list.count, 0u);
+  EXPECT_EQ(reader->sheetCount, 2u) << "the reader keeps what it had";
+  host.file().bytes().clear();
+  list = {7, nullptr};
+  EXPECT_EQ(qpsWorkSheetInfo(reader, &list), 0);
+  EXPECT_EQ(list.count, 7u) << "nothing was found";
   QPSCloseReader(reader);
   EXPECT_EQ(host.state(), "clean");
 
   QPSReader noStream{};
   noStream.services = host.services();
-  SSWorkSheetList none{0, nullptr};
-  EXPECT_EQ(qpsWorkSheetInfo(&noStream, &none), 0);
+  EXPECT_EQ(qpsWorkSheetInfo(&noStream, &list), 0);
+}
+
+TEST(Listing, TheTableIsAsLongAsItsEntriesUpTo256AndThenDoubles) {
+  const struct {
+    unsigned sheets;
+    size_t resizes;
+    size_t peakEntries;  // of the last two tables, both there while one is resized
+  } rows[] = {{1, 0, 1},
+              {2, 1, 1 + 2},
+              {3, 2, 2 + 3},
+              {256, 255, 511},
+              {257, 256, 256 + 512},
+              {512, 256, 256 + 512},
+              {513, 257, 512 + 1024}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.sheets);
+    NotebookBuilder book;
+    book.header();
+    for (unsigned number = 0; number < row.sheets; ++number)
+      book.sheetStart(number).table(1, 1).sheetEnd();
+    RecordingHost host(book.bytes());
+    host.logging = true;
+    ASSERT_EQ(listSheets(host)->size(), row.sheets);
+    EXPECT_EQ(host.peakPoolBytes(), sizeof(QPSReader) + row.peakEntries * sizeof(SSWorkSheetEntry));
+    EXPECT_EQ(std::count(host.log.begin(), host.log.end(), "realloc"), row.resizes);
+    EXPECT_EQ(std::count(host.log.begin(), host.log.end(), "calloc"), 2) << "the handle too";
+  }
 }
 
 // A worksheet that another begins in: the search steps back over its header, with the third seek.
