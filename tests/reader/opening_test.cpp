@@ -2,6 +2,8 @@
 //
 // Opening a worksheet: the order of calls on the stream, every way an opening fails, and what a
 // failed read or seek, or a body longer than the reader keeps, does to the records around it.
+#include <algorithm>
+
 #include "tests/reader/read_book.h"
 
 namespace qps::test {
@@ -128,6 +130,41 @@ TEST(Opening, EveryFailedSeekEndsWhatAskedForIt) {
     EXPECT_TRUE(host.faultMet());
   }
   EXPECT_EQ(readBook(book).items.size(), 3u);
+}
+
+TEST(Closing, GivesTheListsBackInOrderNewestNodeFirst) {
+  NotebookBuilder book;
+  book.header().font(8, 0, "A").font(9, 0, "B").namedStyle(1, 1, "A").namedStyle(2, 1, "B");
+  book.style().style().userFormat(1, "N0").userFormat(2, "N1").settings(true);
+  book.notebookText(rec::kText37, "a").notebookText(rec::kText38, "b").sheetStart();
+  book.rowHeight(1, 300).rowHeight(2, 300).sheetEnd();
+  const char* const names[] = {"sheet",    "font 1",  "font 2",  "named 1", "name 1",   "named 2",
+                               "name 2",   "style 1", "page",    "style 2", "format 1", "text 1",
+                               "format 2", "text 2",  "text 37", "text 38", "row 1",    "row 2"};
+  static SSMemoryPool pool;
+  static std::vector<void*> taken, given;
+  RecordingHost host(book.bytes());
+  pool = host.services()->pool;
+  host.services()->pool.alloc = [](SSMemoryPool* self, size_t size) {
+    return taken.emplace_back(pool.alloc(self, size));
+  };
+  host.services()->pool.free = [](SSMemoryPool* self, void* block) {
+    given.push_back(block);
+    pool.free(self, block);
+  };
+  QPSReader* reader =
+      QPSAllocateReader(nullptr, nullptr, host.stream(), host.services(), nullptr, nullptr);
+  QPSSheet* sheet = QPSInitSheet(reader, host.itemContext(), book.sheetOffset(),
+                                 RecordingHost::itemAlloc, nullptr);
+  ASSERT_EQ(taken.size(), std::size(names));
+  EXPECT_EQ(QPSCloseSheet(sheet), 0);
+  std::vector<std::string> order;
+  for (void* block : given)
+    order.emplace_back(names[std::find(taken.begin(), taken.end(), block) - taken.begin()]);
+  EXPECT_THAT(order, ElementsAre("font 2", "font 1", "name 2", "named 2", "name 1", "named 1",
+                                 "style 2", "style 1", "page", "row 2", "row 1", "text 2",
+                                 "format 2", "text 1", "format 1", "text 38", "text 37", "sheet"));
+  QPSCloseReader(reader);
 }
 
 TEST(RecordStream, KeepsTheFirst5120BytesOfABody) {
