@@ -36,11 +36,15 @@ void readFormat(QPSStyle& style, std::uint8_t format) {
   style.formatCode = static_cast<std::uint8_t>(format - style.decimals);
 }
 
+void qpsSetBorderColour(QPSStyle& style, std::uint8_t paletteIndex, std::size_t slot) {
+  style.borderColour[slot] = paletteColour(paletteIndex);
+}
+
 void readBorders(QPSStyle& style, const BodyView& body) {
   for (std::size_t slot = 0; slot < kBorderSlots; ++slot) {
     style.borderStyle[slot] = kLineCodes[body.u8At(5) >> (2 * slot) & 3];
     const std::uint8_t pair = body.u8At(8 + slot / 2);
-    style.borderColour[slot] = paletteColour(slot % 2 == 0 ? lowNibble(pair) : highNibble(pair));
+    qpsSetBorderColour(style, slot % 2 == 0 ? lowNibble(pair) : highNibble(pair), slot);
   }
 }
 
@@ -56,6 +60,16 @@ bool pushStyle(QPSSheet& sheet, QPSStyle& style) {
   style.next = sheet.styleList;
   sheet.styleList = &style;
   return true;
+}
+
+void qpsSetColumnColour(QPSSheet& sheet, std::uint16_t column, const QPSStyle& style) {
+  if (column >= kColumns) return;
+  sheet.columnColours[column] = qpsBlendColours(style.colour1, style.colour2, style.blend);
+}
+
+void qpsApplyColumnStyle(QPSSheet& sheet, std::uint16_t column, std::uint16_t styleNumber) {
+  const QPSStyle* style = findStyle(sheet, styleNumber);
+  if (style != nullptr) qpsSetColumnColour(sheet, column, *style);
 }
 
 }  // namespace
@@ -89,11 +103,7 @@ Step qpsReadStyle(QPSSheet& sheet) {
 Step qpsReadColumnStyle(QPSSheet& sheet) {
   if (!sheet.records.readBody()) return Step::kFail;
   const BodyView body = sheet.records.body();
-  const std::uint16_t column = body.u16At(0);
-  const QPSStyle* style = findStyle(sheet, styleNumberOf(body.u16At(2)));
-  if (style != nullptr && column < kColumns) {
-    sheet.columnColours[column] = qpsBlendColours(style->colour1, style->colour2, style->blend);
-  }
+  qpsApplyColumnStyle(sheet, body.u16At(0), styleNumberOf(body.u16At(2)));
   return Step::kGoOn;
 }
 
