@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include <qpsreader/version.h>
 #include "tool/status.h"
 
 namespace qps {
@@ -224,7 +225,7 @@ Invocation parseCommandLine(int argc, const char* const* argv) {
   app.allow_windows_style_options(false);  // "/name" is a file everywhere
   app.formatter(std::make_shared<HelpFormatter>());
   app.footer("'qps COMMAND --help' lists the options of a command.");
-  app.set_version_flag("--version", "qps " QPS_VERSION, "Print the version and exit");
+  app.set_version_flag("--version", "qps " QPSREADER_VERSION_STRING, "Print the version and exit");
   app.set_help_flag("-h,--help", "Print this help and exit");
   app.require_subcommand(0, 1);  // none is our own message
 

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include <qpsreader/version.h>
 #include "tool/commands.h"
 #include "tool/document.h"
 #include "tool/html_style.h"
@@ -271,7 +272,7 @@ void Page::writeHead(const std::string& title) {
       "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src "
       "'unsafe-inline'; base-uri 'none'; form-action 'none'\">\n");
   out_.write("<meta name=\"viewport\" content=\"width=device-width\">\n");
-  out_.write("<meta name=\"generator\" content=\"qps " QPS_VERSION "\">\n");
+  out_.write("<meta name=\"generator\" content=\"qps " QPSREADER_VERSION_STRING "\">\n");
   std::string names;
   for (const SheetData& sheet : sheets_)
     names += (names.empty() ? "" : ", ") + sheet.name;

@@ -64,11 +64,11 @@ QPS_API uint32_t QPSGetCellValue(QPSSheet* sheet, QPSCellValue* value);
 #ifdef __cplusplus
 } /* extern "C" */
 
-static_assert(offsetof(QPSCellValue, number) == 8 && offsetof(QPSCellValue, text) == 16);
-static_assert(offsetof(QPSCellValue, textBytes) == 16 + sizeof(void*));
-static_assert(offsetof(QPSCellValue, formatCode) == 16 + 2 * sizeof(void*));
-static_assert(offsetof(QPSCellValue, formatText) == 24 + 2 * sizeof(void*));
-static_assert(offsetof(QPSCellValue, showsDateOrTime) == 24 + 4 * sizeof(void*));
+static_assert(offsetof(QPSCellValue, number) == 8 && offsetof(QPSCellValue, text) == 16, "layout");
+static_assert(offsetof(QPSCellValue, textBytes) == 16 + sizeof(void*), "layout");
+static_assert(offsetof(QPSCellValue, formatCode) == 16 + 2 * sizeof(void*), "layout");
+static_assert(offsetof(QPSCellValue, formatText) == 24 + 2 * sizeof(void*), "layout");
+static_assert(offsetof(QPSCellValue, showsDateOrTime) == 24 + 4 * sizeof(void*), "layout");
 #endif
 
 #endif /* QPSREADER_CELL_VALUE_H */

@@ -129,20 +129,20 @@ typedef void* (*SSItemAlloc)(void* context, void* block, size_t size, uint32_t f
 #ifdef __cplusplus
 } /* extern "C" */
 
-static_assert(offsetof(SSMemoryPool, calloc) == 4 * sizeof(void*));
-static_assert(offsetof(SSHostServices, loadLibrary) == 3 * sizeof(void*));
-static_assert(offsetof(SSHostServices, getSymbol) == 4 * sizeof(void*));
-static_assert(offsetof(SSHostServices, freeLibrary) == 5 * sizeof(void*));
-static_assert(offsetof(SSHostServices, pool) == 33 * sizeof(void*));
-static_assert(offsetof(SSHostServices, toLowerText) == 74 * sizeof(void*));
-static_assert(offsetof(SSHostServices, toUpperText) == 75 * sizeof(void*));
-static_assert(sizeof(SSHostServices) == 76 * sizeof(void*));
-static_assert(offsetof(SSStream, open) == 8 * sizeof(void*));
-static_assert(offsetof(SSStream, read) == 9 * sizeof(void*));
-static_assert(offsetof(SSStream, seek) == 11 * sizeof(void*));
-static_assert(offsetof(SSStream, tell) == 12 * sizeof(void*));
-static_assert(offsetof(SSStream, close) == 13 * sizeof(void*));
-static_assert(sizeof(SSStream) == 14 * sizeof(void*));
+static_assert(offsetof(SSMemoryPool, calloc) == 4 * sizeof(void*), "layout");
+static_assert(offsetof(SSHostServices, loadLibrary) == 3 * sizeof(void*), "layout");
+static_assert(offsetof(SSHostServices, getSymbol) == 4 * sizeof(void*), "layout");
+static_assert(offsetof(SSHostServices, freeLibrary) == 5 * sizeof(void*), "layout");
+static_assert(offsetof(SSHostServices, pool) == 33 * sizeof(void*), "layout");
+static_assert(offsetof(SSHostServices, toLowerText) == 74 * sizeof(void*), "layout");
+static_assert(offsetof(SSHostServices, toUpperText) == 75 * sizeof(void*), "layout");
+static_assert(sizeof(SSHostServices) == 76 * sizeof(void*), "layout");
+static_assert(offsetof(SSStream, open) == 8 * sizeof(void*), "layout");
+static_assert(offsetof(SSStream, read) == 9 * sizeof(void*), "layout");
+static_assert(offsetof(SSStream, seek) == 11 * sizeof(void*), "layout");
+static_assert(offsetof(SSStream, tell) == 12 * sizeof(void*), "layout");
+static_assert(offsetof(SSStream, close) == 13 * sizeof(void*), "layout");
+static_assert(sizeof(SSStream) == 14 * sizeof(void*), "layout");
 #endif
 
 #endif /* QPSREADER_HOST_TABLES_H */

@@ -65,13 +65,13 @@ typedef void (*GetOLEInterfaceFunction)(OLEInterface* table);
 #ifdef __cplusplus
 } /* extern "C" */
 
-static_assert(offsetof(OLEInterface, openContainer) == 0);
-static_assert(offsetof(OLEInterface, openStream) == 2 * sizeof(void*));
-static_assert(offsetof(OLEInterface, closeContainer) == 8 * sizeof(void*));
-static_assert(offsetof(OLEInterface, closeStream) == 10 * sizeof(void*));
-static_assert(offsetof(OLEInterface, streamObject) == 11 * sizeof(void*));
-static_assert(offsetof(OLEInterface, releaseStreamObject) == 12 * sizeof(void*));
-static_assert(sizeof(OLEInterface) == 15 * sizeof(void*));
+static_assert(offsetof(OLEInterface, openContainer) == 0, "layout");
+static_assert(offsetof(OLEInterface, openStream) == 2 * sizeof(void*), "layout");
+static_assert(offsetof(OLEInterface, closeContainer) == 8 * sizeof(void*), "layout");
+static_assert(offsetof(OLEInterface, closeStream) == 10 * sizeof(void*), "layout");
+static_assert(offsetof(OLEInterface, streamObject) == 11 * sizeof(void*), "layout");
+static_assert(offsetof(OLEInterface, releaseStreamObject) == 12 * sizeof(void*), "layout");
+static_assert(sizeof(OLEInterface) == 15 * sizeof(void*), "layout");
 #endif
 
 #endif /* QPSREADER_OLE_INTERFACE_H */

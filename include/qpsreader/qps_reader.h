@@ -156,14 +156,14 @@ QPS_API extern const QPSUserDefine qpsUSERDEFINE[QPSUserDefineRows];
 #ifdef __cplusplus
 } /* extern "C" */
 
-static_assert(offsetof(QPSReader, sheetCount) == 3 * sizeof(void*));
-static_assert(offsetof(QPSReader, sheetTable) == 4 * sizeof(void*));
-static_assert(offsetof(QPSReader, hostValue2) == 5 * sizeof(void*));
-static_assert(sizeof(QPSReader) == 7 * sizeof(void*));
-static_assert(offsetof(SSReaderInterface, getWorkSheetInfo) == 4 * sizeof(void*));
-static_assert(offsetof(SSReaderInterface, initSheet) == 6 * sizeof(void*));
-static_assert(sizeof(SSReaderInterface) == 9 * sizeof(void*));
-static_assert(sizeof(QPSUserDefine) == 4 * sizeof(void*));
+static_assert(offsetof(QPSReader, sheetCount) == 3 * sizeof(void*), "layout");
+static_assert(offsetof(QPSReader, sheetTable) == 4 * sizeof(void*), "layout");
+static_assert(offsetof(QPSReader, hostValue2) == 5 * sizeof(void*), "layout");
+static_assert(sizeof(QPSReader) == 7 * sizeof(void*), "layout");
+static_assert(offsetof(SSReaderInterface, getWorkSheetInfo) == 4 * sizeof(void*), "layout");
+static_assert(offsetof(SSReaderInterface, initSheet) == 6 * sizeof(void*), "layout");
+static_assert(sizeof(SSReaderInterface) == 9 * sizeof(void*), "layout");
+static_assert(sizeof(QPSUserDefine) == 4 * sizeof(void*), "layout");
 #endif
 
 #endif /* QPSREADER_QPS_READER_H */

@@ -41,12 +41,12 @@ typedef struct SSWorkSheetList {
 #ifdef __cplusplus
 } /* extern "C" */
 
-static_assert(offsetof(SSWorkSheetEntry, flagByte) == 68);
-static_assert(offsetof(SSWorkSheetEntry, typeFlags) == 72);
-static_assert(offsetof(SSWorkSheetEntry, startOffset) == 76);
-static_assert(offsetof(SSWorkSheetEntry, spareWord) == 80);
-static_assert(sizeof(SSWorkSheetEntry) == 84);
-static_assert(sizeof(SSWorkSheetList) == 2 * sizeof(void*));
+static_assert(offsetof(SSWorkSheetEntry, flagByte) == 68, "layout");
+static_assert(offsetof(SSWorkSheetEntry, typeFlags) == 72, "layout");
+static_assert(offsetof(SSWorkSheetEntry, startOffset) == 76, "layout");
+static_assert(offsetof(SSWorkSheetEntry, spareWord) == 80, "layout");
+static_assert(sizeof(SSWorkSheetEntry) == 84, "layout");
+static_assert(sizeof(SSWorkSheetList) == 2 * sizeof(void*), "layout");
 #endif
 
 #endif /* QPSREADER_WORKSHEET_LIST_H */

@@ -10,7 +10,7 @@ warnings=(-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wcast-align -Wundef -W
 compile() {
   local header=$1 compiler=$2 language=$3
   shift 3
-  if ! echo "#include <qpsreader/$header>" |
+  if ! printf "#include <qpsreader/%s>\nint notEmpty;\n" "$header" |
     $compiler -std="$language" "$@" "${warnings[@]}" -I.. -fsyntax-only -; then
     echo "FAILED: $header as $language"
     status=1
@@ -19,10 +19,12 @@ compile() {
 
 status=0
 for header in *.h; do
-  compile "$header" "$CC" c11 -xc -Wstrict-prototypes -Wc++-compat
-  compile "$header" "$CC" c17 -xc -Wstrict-prototypes -Wc++-compat
-  compile "$header" "$CXX" c++17 -xc++
-  compile "$header" "$CXX" c++20 -xc++
+  for language in c99 c11 c17; do
+    compile "$header" "$CC" $language -xc -Wstrict-prototypes -Wc++-compat
+  done
+  for language in c++11 c++17 c++20; do
+    compile "$header" "$CXX" $language -xc++
+  done
 done
 for header in host/*.hpp; do
   compile "$header" "$CXX" c++20 -xc++
