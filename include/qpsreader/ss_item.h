@@ -19,12 +19,11 @@
 extern "C" {
 #endif
 
-/* SSItem.kind */
+/* SSItem.kind: the kind SSItemKindX is delivered in a record SSItemX. */
 enum {
-  SSItemKindSheetInfo = 10, /* the worksheet's size and defaults: always first, once */
-  SSItemKindColumnWidths =
-      11,                   /* a run of adjacent columns with one width that is not the default */
-  SSItemKindRowHeight = 12, /* a row whose height is not the default */
+  SSItemKindSheetInfo = 10,    /* the worksheet's size and defaults: always first, once */
+  SSItemKindColumnWidths = 11, /* a run of adjacent columns with one width, not the default */
+  SSItemKindRowHeight = 12,    /* a row whose height is not the default */
   SSItemKindRecord38Text = 13, /* a text of the notebook's settings (record 38) */
   SSItemKindRecord37Text = 14, /* a text of the notebook's settings (record 37) */
   SSItemKindCell = 15          /* a cell, in the file's order */
@@ -78,6 +77,8 @@ typedef struct SSItemRun {
   uint32_t value; /* 12: the width or the height; 0 is hidden */
   uint8_t unused16[116];
 } SSItemRun;
+typedef SSItemRun SSItemColumnWidths;
+typedef SSItemRun SSItemRowHeight;
 
 /* Kinds 13 and 14. */
 typedef struct SSItemNotebookText {
@@ -86,6 +87,8 @@ typedef struct SSItemNotebookText {
                  Null when it could not be allocated */
   uint8_t unused[SSItemBytes - 4 - sizeof(char*)];
 } SSItemNotebookText;
+typedef SSItemNotebookText SSItemRecord38Text;
+typedef SSItemNotebookText SSItemRecord37Text;
 
 typedef struct SSItemBorder {
   uint8_t style; /* 0 none, 5 thin, 8 double, 6 thick */
@@ -94,8 +97,7 @@ typedef struct SSItemBorder {
 } SSItemBorder;
 
 /* SSItemCell.alignment: one horizontal and one vertical code and one text flag. The bar form of
- * numbers writes 0x0C, and 0x1C when the value does not fit; so do the dates that cannot be shown.
- */
+ * numbers writes 0x0C, and 0x1C when the value does not fit; so do dates that cannot be shown. */
 enum {
   SSAlignVerticalMask = 0x03,
   SSAlignVerticalCentre = 0x01,
@@ -110,7 +112,8 @@ enum {
   SSAlignTextFlagClear = 0x80
 };
 
-/* Kind 15. */
+/* Kind 15. The border slots count only while `bordered` is 1: with 0 the host ignores them, because
+ * they then hold the lines of a base style that the cell does not show, or are not written. */
 typedef struct SSItemCell {
   uint32_t kind;
   uint32_t column; /* 4: from 1 to 256 */
@@ -124,9 +127,8 @@ typedef struct SSItemCell {
   uint8_t unused21[3];
   SSColour fillColour;                     /* 24 */
   SSColour textColour;                     /* 28 */
-  uint32_t bordered;                       /* 32: 1 when a border slot has a line */
-  SSItemBorder borders[SSItemBorderSlots]; /* 36: left, top, right, bottom; not written when the
-                                              cell and its base style have no border */
+  uint32_t bordered;                       /* 32: 1 when the cell's own style has a line */
+  SSItemBorder borders[SSItemBorderSlots]; /* 36: left, top, right, bottom; see below */
   SSItemFont font;                         /* 68: without a font only `present` is written */
   uint8_t unused114[2];
   uint32_t spare1; /* 116: 0, written only when no style was applied */
@@ -139,8 +141,8 @@ typedef struct SSItemCell {
 typedef union SSItem {
   uint32_t kind;
   SSItemSheetInfo sheetInfo;
-  SSItemRun columnWidths;
-  SSItemRun rowHeight;
+  SSItemColumnWidths columnWidths;
+  SSItemRowHeight rowHeight;
   SSItemNotebookText notebookText;
   SSItemCell cell;
   uint8_t bytes[SSItemBytes];
@@ -151,19 +153,24 @@ typedef union SSItem {
 #ifdef __cplusplus
 } /* extern "C" */
 
-static_assert(sizeof(SSItemFont) == 46 && offsetof(SSItemFont, size) == 36);
-static_assert(offsetof(SSItemSheetInfo, fixedInfo) == 32 && offsetof(SSItemSheetInfo, font) == 52);
-static_assert(offsetof(SSItemSheetInfo, columnColour) == 100);
-static_assert(offsetof(SSItemRun, value) == 12 && offsetof(SSItemNotebookText, text) == 4);
-static_assert(offsetof(SSItemCell, text) == 12 && offsetof(SSItemCell, alignment) == 20);
-static_assert(offsetof(SSItemCell, fillColour) == 24 && offsetof(SSItemCell, textColour) == 28);
-static_assert(offsetof(SSItemCell, bordered) == 32 && offsetof(SSItemCell, borders) == 36);
-static_assert(sizeof(SSItemBorder) == 8 && offsetof(SSItemBorder, colour) == 4);
-static_assert(offsetof(SSItemCell, font) == 68 && offsetof(SSItemCell, spare1) == 116);
-static_assert(offsetof(SSItemCell, spare2) == 120 && offsetof(SSItemCell, spare3) == 128);
-static_assert(sizeof(SSItemSheetInfo) == SSItemBytes && sizeof(SSItemRun) == SSItemBytes);
-static_assert(sizeof(SSItemNotebookText) == SSItemBytes && sizeof(SSItemCell) == SSItemBytes);
-static_assert(sizeof(SSItem) == SSItemBytes && alignof(SSItem) == 1);
+static_assert(sizeof(SSItemFont) == 46 && offsetof(SSItemFont, size) == 36, "layout");
+static_assert(offsetof(SSItemSheetInfo, fixedInfo) == 32 && offsetof(SSItemSheetInfo, font) == 52,
+              "layout");
+static_assert(offsetof(SSItemSheetInfo, columnColour) == 100, "layout");
+static_assert(offsetof(SSItemRun, value) == 12 && offsetof(SSItemNotebookText, text) == 4,
+              "layout");
+static_assert(offsetof(SSItemCell, text) == 12 && offsetof(SSItemCell, alignment) == 20, "layout");
+static_assert(offsetof(SSItemCell, fillColour) == 24 && offsetof(SSItemCell, textColour) == 28,
+              "layout");
+static_assert(offsetof(SSItemCell, bordered) == 32 && offsetof(SSItemCell, borders) == 36,
+              "layout");
+static_assert(sizeof(SSItemBorder) == 8 && offsetof(SSItemBorder, colour) == 4, "layout");
+static_assert(offsetof(SSItemCell, font) == 68 && offsetof(SSItemCell, spare1) == 116, "layout");
+static_assert(offsetof(SSItemCell, spare2) == 120 && offsetof(SSItemCell, spare3) == 128, "layout");
+static_assert(sizeof(SSItemSheetInfo) == SSItemBytes && sizeof(SSItemRun) == SSItemBytes, "layout");
+static_assert(sizeof(SSItemNotebookText) == SSItemBytes && sizeof(SSItemCell) == SSItemBytes,
+              "layout");
+static_assert(sizeof(SSItem) == SSItemBytes && alignof(SSItem) == 1, "layout");
 #endif
 
 #endif /* QPSREADER_SS_ITEM_H */
