@@ -8,7 +8,9 @@
  * anything.
  *
  * Threads: every slot is called on the thread that called the exported operation, and only during
- * that call. The reader takes no locks.
+ * that call. Different readers may run on different threads at the same time, so that a services
+ * table which they share must bear calls from those threads; one reader and its sheets run on one
+ * thread at a time. The reader takes no locks.
  */
 #ifndef QPSREADER_HOST_TABLES_H
 #define QPSREADER_HOST_TABLES_H
@@ -34,7 +36,8 @@ struct SSMemoryPool {
   void* state; /* slot 33: the host's own; never read by the reader */
 
   /* slot 34: a block of at least `size` bytes (size > 0), aligned as malloc aligns, of any
-   * contents; null when there is none. A null fails the record or the operation that asked. */
+   * contents; null when there is none. What the reader then leaves out stands with each operation;
+   * some blocks only save time, and nothing is lost without them. */
   void* (*alloc)(SSMemoryPool* pool, size_t size);
 
   /* slot 35: takes back a block of slot 34, 36 or 37. Never called with null. */

@@ -43,8 +43,7 @@ typedef struct OLEInterface {
   void (*closeContainer)(void* container);
   void* reserved9;
 
-  /* slot 10: closes the open stream if it has this name. Its stream object must not be used after.
-   */
+  /* slot 10: closes the open stream if it has this name; its stream object ends with it. */
   void (*closeStream)(void* container, const char* name);
 
   /* slot 11: the open stream, positioned at its first byte, as an SSStream whose read, seek, tell

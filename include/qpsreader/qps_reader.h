@@ -19,8 +19,9 @@
  * Failures have no message: an operation says no, and nothing that it acquired stays behind. Any
  * bytes may stand in the file.
  *
- * Threads: each operation works on the caller's thread. Two sheets must not produce items at the
- * same time, even of two files: user-defined formats are rendered in areas that all sheets share.
+ * Threads: each operation works on the caller's thread and takes no locks; the library has no
+ * writable data of its own. Different readers may be used on different threads at the same time,
+ * one reader and its sheets on one thread at a time.
  */
 #ifndef QPSREADER_QPS_READER_H
 #define QPSREADER_QPS_READER_H
@@ -108,7 +109,8 @@ QPS_API QPSSheet* QPSInitSheet(QPSReader* reader, void* itemAllocContext, uint32
 /* Writes the next item of the sheet into `item` (at least 132 bytes, see ss_item.h) and returns 0;
  * or returns 1, with nothing written, once the worksheet has ended, and then on every later call.
  * The items come in the order of their kinds, 10 to 15; cells come in the file's order, and a
- * damaged or cut file ends the sheet at the damage. */
+ * damaged or cut file ends the sheet at the damage. When the pool refuses a block here, the text of
+ * an item 13 or 14 is null, and nothing else is lost. */
 QPS_API uint32_t QPSProcessSheet(QPSSheet* sheet, union SSItem* item);
 
 /* Closes the stream (and the compound document and its library) and gives back everything that the

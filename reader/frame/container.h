@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The steps that switch from a compound document to the notebook's records in one of its streams,
-// and back. The document itself is read by the library behind OLEInterface, which the host loads.
+// and back. The document itself is read by a library that the host loads (OLEInterface).
 #ifndef QPSREADER_READER_CONTAINER_H
 #define QPSREADER_READER_CONTAINER_H
 

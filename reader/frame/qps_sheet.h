@@ -24,8 +24,8 @@ namespace qps {
 
 inline constexpr std::size_t kColumns = 256;
 inline constexpr std::size_t kRows = 65536;
-inline constexpr std::uint32_t kNotSet = 0xFFFFFFFF;  // no width, no colour
-inline constexpr std::uint32_t kNoColour = 0xFFFFFFFF;
+inline constexpr std::uint32_t kNotSet = 0xFFFFFFFF;    // a column's width
+inline constexpr std::uint32_t kNoColour = 0xFFFFFFFF;  // a colour
 inline constexpr std::size_t kBorderSlots = 4;
 
 // Record 207.
@@ -152,8 +152,7 @@ struct QPSSheet {
 
   qps::Container container;
   qps::RecordStream records;  // its stream is null while none is open
-  std::uint32_t
-      sheetStart;  // where the worksheet's records begin, in bytes from the stream's start
+  std::uint32_t sheetStart;   // where the worksheet's records begin, from the stream's start
 
   // Items
   std::uint32_t itemState;
@@ -201,6 +200,13 @@ namespace qps {
 
 // What the sheet information says of every worksheet, whatever the file.
 inline constexpr std::uint32_t kFixedInfo[5] = {576, 576, 480, 480, 0};
+
+// Links a node in front of its list.
+template <typename Node>
+void pushFront(Node*& list, Node& node) {
+  node.next = list;
+  list = &node;
+}
 
 // Releases everything that the sheet holds and the sheet itself; closes what is open.
 void closeSheet(QPSSheet* sheet);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The record stream: the only code that turns a stream's bytes into records and values.
+// The record stream: from a stream's bytes to records and values.
 //
 // A notebook is a sequence of records without padding, little-endian throughout:
 //
@@ -43,11 +43,11 @@ inline std::uint32_t u32From(const std::uint8_t* bytes) {
   return u16From(bytes) | std::uint32_t{u16From(bytes + 2)} << 16;
 }
 
-// A record's body, and the only way to its fields: bytes beyond its end read as 0, and a text ends
-// at the end of the body when no zero byte ends it before.
+// A record's body: bytes beyond its end read as 0, and a text ends at the end of the body when no
+// zero byte ends it before.
 class BodyView {
  public:
-  // Behind `bytes` there are kBodyPadding zero bytes.
+  // kBodyPadding zero bytes follow `bytes`.
   BodyView(std::span<const std::uint8_t> bytes, bool swapBytes)
       : bytes_(bytes), swapBytes_(swapBytes) {}
 

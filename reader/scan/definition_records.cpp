@@ -16,6 +16,13 @@ constexpr std::uint16_t kFirstUserFormatCode = 112;
 // The style reference of record 208 stands in bits 3 to 15, counted from 0.
 constexpr unsigned kStyleReferenceShift = 3;
 
+// A node for what the current record says, once its body is read. Null when it cannot be read or
+// the pool has no room.
+template <typename Node>
+Node* readNode(QPSSheet& sheet) {
+  return sheet.records.readBody() ? poolNew<Node>(sheet.services) : nullptr;
+}
+
 Step readText(QPSSheet& sheet, char*& text) {
   if (!sheet.records.readBody()) return Step::kFail;
   if (sheet.settingsActive == 0) return Step::kGoOn;
@@ -45,9 +52,9 @@ Step readFileHeader(QPSSheet& sheet) {
 // rows is a 16-bit value.
 Step readDimensions(QPSSheet& sheet) {
   if (!sheet.records.readBody()) return Step::kFail;
-  const BodyView body = sheet.records.body();
-  sheet.columnCount = static_cast<std::uint16_t>(body.u8At(4) + 1);
-  sheet.rowCount = static_cast<std::uint16_t>(body.u16At(6) + 1);
+  const BodyView recordBody = sheet.records.body();
+  sheet.columnCount = static_cast<std::uint16_t>(recordBody.u8At(4) + 1);
+  sheet.rowCount = static_cast<std::uint16_t>(recordBody.u16At(6) + 1);
   return Step::kGoOn;
 }
 
@@ -67,63 +74,58 @@ Step readRefusal(QPSSheet& sheet) {
 // Record 207: 0-1 the size in points, 2 the attributes (bit 0 bold, 1 italic, 2 underline, 5
 // strike-out), 4 the name.
 Step readFont(QPSSheet& sheet) {
-  if (!sheet.records.readBody()) return Step::kFail;
-  auto* font = poolNew<QPSFont>(sheet.services);
+  auto* font = readNode<QPSFont>(sheet);
   if (font == nullptr) return Step::kFail;
 
-  const BodyView body = sheet.records.body();
+  const BodyView recordBody = sheet.records.body();
   font->number =
       sheet.fontList == nullptr ? 1 : static_cast<std::uint8_t>(sheet.fontList->number + 1);
   QPSFont::Shown& shown = font->shown;
-  shown.size = body.u8At(0);
-  const std::uint8_t attributes = body.u8At(2);
+  shown.size = recordBody.u8At(0);
+  const std::uint8_t attributes = recordBody.u8At(2);
   shown.attrBit0 = attributes & 1;
   shown.attrBit1 = attributes >> 1 & 1;
   shown.attrBit2 = attributes >> 2 & 1;
   shown.attrBit5 = attributes >> 5 & 1;
   shown.extra0 = 1;
-  const std::string_view name = body.textAt(4).substr(0, QPSFont::kNameBytes - 1);
+  const std::string_view name = recordBody.textAt(4).substr(0, QPSFont::kNameBytes - 1);
   if (!name.empty()) std::memcpy(shown.name, name.data(), name.size());
 
-  font->next = sheet.fontList;
-  sheet.fontList = font;
+  pushFront(sheet.fontList, *font);
   sheet.fontByNumber[font->number] = font;
   return Step::kGoOn;
 }
 
 // Record 208: 0-1 the id, 2-3 the style in bits 3 to 15, 4 the name.
 Step readNamedStyle(QPSSheet& sheet) {
-  if (!sheet.records.readBody()) return Step::kFail;
-  auto* style = poolNew<QPSNamedStyle>(sheet.services);
+  auto* style = readNode<QPSNamedStyle>(sheet);
   if (style == nullptr) return Step::kFail;
 
-  const BodyView body = sheet.records.body();
-  style->id = body.u16At(0);
-  style->styleNumber = static_cast<std::uint16_t>((body.u16At(2) >> kStyleReferenceShift) + 1);
-  style->name = poolCopyText(sheet.services, body.textAt(4));
+  const BodyView recordBody = sheet.records.body();
+  style->id = recordBody.u16At(0);
+  style->styleNumber =
+      static_cast<std::uint16_t>((recordBody.u16At(2) >> kStyleReferenceShift) + 1);
+  style->name = poolCopyText(sheet.services, recordBody.textAt(4));
 
-  style->next = sheet.namedStyleList;
-  sheet.namedStyleList = style;
+  pushFront(sheet.namedStyleList, *style);
   if (style->id < std::size(sheet.namedStyleById)) sheet.namedStyleById[style->id] = style;
   return Step::kGoOn;
 }
 
 // Record 230: 0-1 the number, 2 the text of the format.
 Step readUserFormat(QPSSheet& sheet) {
-  if (!sheet.records.readBody()) return Step::kFail;
-  auto* format = poolNew<QPSUserFormat>(sheet.services);
+  auto* format = readNode<QPSUserFormat>(sheet);
   if (format == nullptr) return Step::kFail;
 
-  const BodyView body = sheet.records.body();
+  const BodyView recordBody = sheet.records.body();
   // What the cells of a notebook without styles then show: the number, taken as a format code.
-  sheet.unstyled.formatCode = body.u8At(0);
-  format->code = static_cast<std::uint16_t>(body.u16At(0) + kFirstUserFormatCode);
-  const std::string_view text = body.textAt(2);
+  sheet.unstyled.formatCode = recordBody.u8At(0);
+  format->code = static_cast<std::uint16_t>(recordBody.u16At(0) + kFirstUserFormatCode);
+  const std::string_view text = recordBody.textAt(2);
   format->text = poolCopyText(sheet.services, text);
   format->textBytes = format->text == nullptr ? 0 : text.size();
 
-  format->next = sheet.formatList;
-  sheet.formatList = format;
+  pushFront(sheet.formatList, *format);
   if (format->code < std::size(sheet.formatByCode)) sheet.formatByCode[format->code] = format;
   return Step::kGoOn;
 }

@@ -30,13 +30,13 @@ Step addRowRange(QPSSheet& sheet, std::uint16_t firstIndex, std::uint16_t lastIn
 // rows and no columns.
 Step readDimensionTable(QPSSheet& sheet) {
   if (!sheet.records.readBody()) return Step::kFail;
-  const BodyView body = sheet.records.body();
+  const BodyView recordBody = sheet.records.body();
   sheet.columnCount = 0;
   sheet.rowCount = 0;
-  if (body.size() == 0) return Step::kGoOn;
-  const std::size_t last = (body.size() - 1) / kDimensionEntryBytes * kDimensionEntryBytes;
-  sheet.columnCount = static_cast<std::uint16_t>(body.u16At(last) + 1);
-  sheet.rowCount = static_cast<std::uint16_t>(body.u16At(last + 4) + 1);
+  if (recordBody.size() == 0) return Step::kGoOn;
+  const std::size_t last = (recordBody.size() - 1) / kDimensionEntryBytes * kDimensionEntryBytes;
+  sheet.columnCount = static_cast<std::uint16_t>(recordBody.u16At(last) + 1);
+  sheet.rowCount = static_cast<std::uint16_t>(recordBody.u16At(last + 4) + 1);
   return Step::kGoOn;
 }
 
@@ -55,23 +55,25 @@ Step readDefaultColumnWidth(QPSSheet& sheet) {
 // Record 214: 0-1 the row from 0, 2-3 its height.
 Step readRowHeight(QPSSheet& sheet) {
   if (!sheet.records.readBody()) return Step::kFail;
-  const BodyView body = sheet.records.body();
-  return addRowRange(sheet, body.u16At(0), body.u16At(0), sizeValue(body.u16At(2)));
+  const BodyView recordBody = sheet.records.body();
+  return addRowRange(sheet, recordBody.u16At(0), recordBody.u16At(0),
+                     sizeValue(recordBody.u16At(2)));
 }
 
 // Record 261: 0-1 the first row from 0, 2-3 the last, 4-5 their height.
 Step readRowHeightRange(QPSSheet& sheet) {
   if (!sheet.records.readBody()) return Step::kFail;
-  const BodyView body = sheet.records.body();
-  return addRowRange(sheet, body.u16At(0), body.u16At(2), sizeValue(body.u16At(4)));
+  const BodyView recordBody = sheet.records.body();
+  return addRowRange(sheet, recordBody.u16At(0), recordBody.u16At(2),
+                     sizeValue(recordBody.u16At(4)));
 }
 
 // Record 216: 0-1 the column from 0, 2-3 its width.
 Step readColumnWidth(QPSSheet& sheet) {
   if (!sheet.records.readBody()) return Step::kFail;
-  const BodyView body = sheet.records.body();
-  const std::uint16_t column = body.u16At(0);
-  if (column < kColumns) sheet.columnWidths[column] = sizeValue(body.u16At(2));
+  const BodyView recordBody = sheet.records.body();
+  const std::uint16_t column = recordBody.u16At(0);
+  if (column < kColumns) sheet.columnWidths[column] = sizeValue(recordBody.u16At(2));
   return Step::kGoOn;
 }
 
@@ -84,10 +86,10 @@ Step readHiddenRows(QPSSheet& sheet) {
 
 Step readHiddenColumns(QPSSheet& sheet) {
   if (!sheet.records.readBody()) return Step::kFail;
-  const BodyView body = sheet.records.body();
-  const std::size_t columns = std::min(8 * body.size(), kColumns);
+  const BodyView recordBody = sheet.records.body();
+  const std::size_t columns = std::min(8 * recordBody.size(), kColumns);
   for (std::size_t column = 0; column < columns; ++column) {
-    if ((body.u8At(column / 8) >> column % 8 & 1) != 0) sheet.columnWidths[column] = 0;
+    if ((recordBody.u8At(column / 8) >> column % 8 & 1) != 0) sheet.columnWidths[column] = 0;
   }
   return Step::kGoOn;
 }

@@ -17,11 +17,6 @@ std::uint8_t* hiddenBitmap(QPSRowHeight& node) {
   return reinterpret_cast<std::uint8_t*>(&node + 1);
 }
 
-void pushNode(QPSSheet& sheet, QPSRowHeight& node) {
-  node.next = sheet.rowHeightList;
-  sheet.rowHeightList = &node;
-}
-
 void popNode(QPSSheet& sheet) {
   QPSRowHeight* node = sheet.rowHeightList;
   sheet.rowHeightList = node->next;
@@ -48,7 +43,7 @@ void setRowBits(RowBitmap& bitmap, std::size_t first, std::size_t last) {
   node->firstRow = static_cast<std::uint32_t>(firstRow);
   node->lastRow = static_cast<std::uint32_t>(lastRow);
   node->height = height;
-  pushNode(sheet, *node);
+  pushFront(sheet.rowHeightList, *node);
   setRowBits(sheet.rowListed, firstRow - 1, lastRow - 1);
   return true;
 }
@@ -62,7 +57,7 @@ void setRowBits(RowBitmap& bitmap, std::size_t first, std::size_t last) {
   if (node == nullptr) return false;
   node->hiddenBytes = sheet.rowHiddenBytes;
   std::memcpy(hiddenBitmap(*node), sheet.rowHidden, bytes);
-  pushNode(sheet, *node);
+  pushFront(sheet.rowHeightList, *node);
   std::memset(sheet.rowHidden, 0, bytes);
   sheet.rowHiddenBytes = 0;
   return true;

@@ -29,7 +29,7 @@ constexpr std::uint32_t kTypeFlags = 0x4000;
 constexpr std::uint32_t kSpareWord = 0xFFFFFFFF;
 constexpr unsigned kLetters = 26;
 
-// A name in a body of this length or more is shown by its last bytes behind a mark.
+// A name in a body of this length or more shows as a mark and its last bytes.
 constexpr std::size_t kLongNameBytes = SSWorkSheetNameBytes;
 constexpr std::size_t kLongNameTailBytes = 58;
 constexpr std::string_view kLongNameMark = " ... ";

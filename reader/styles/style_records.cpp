@@ -40,10 +40,10 @@ void qpsSetBorderColour(QPSStyle& style, std::uint8_t paletteIndex, std::size_t 
   style.borderColour[slot] = paletteColour(paletteIndex);
 }
 
-void readBorders(QPSStyle& style, const BodyView& body) {
+void readBorders(QPSStyle& style, const BodyView& recordBody) {
   for (std::size_t slot = 0; slot < kBorderSlots; ++slot) {
-    style.borderStyle[slot] = kLineCodes[body.u8At(5) >> (2 * slot) & 3];
-    const std::uint8_t pair = body.u8At(8 + slot / 2);
+    style.borderStyle[slot] = kLineCodes[recordBody.u8At(5) >> (2 * slot) & 3];
+    const std::uint8_t pair = recordBody.u8At(8 + slot / 2);
     qpsSetBorderColour(style, slot % 2 == 0 ? lowNibble(pair) : highNibble(pair), slot);
   }
 }
@@ -57,8 +57,7 @@ bool pushStyle(QPSSheet& sheet, QPSStyle& style) {
   if (page == nullptr) page = poolNew<QPSStylePage>(sheet.services);
   if (page == nullptr) return false;
   page->styles[style.number & 0xFF] = &style;
-  style.next = sheet.styleList;
-  sheet.styleList = &style;
+  pushFront(sheet.styleList, style);
   return true;
 }
 
@@ -83,27 +82,27 @@ Step qpsReadStyle(QPSSheet& sheet) {
     return Step::kFail;
   }
 
-  const BodyView body = sheet.records.body();
-  readFormat(*style, body.u8At(0));
-  const std::uint8_t alignment = body.u8At(1);
+  const BodyView recordBody = sheet.records.body();
+  readFormat(*style, recordBody.u8At(0));
+  const std::uint8_t alignment = recordBody.u8At(1);
   style->horizontal = kHorizontalCodes[alignment & 7];
   style->vertical = kVerticalCodes[alignment >> 3 & 3];
   style->textFlag = (alignment & 0x80) != 0 ? 0x20 : 0x80;
-  style->colour1 = paletteColour(lowNibble(body.u8At(2)));
-  style->colour2 = paletteColour(highNibble(body.u8At(2)));
-  style->blend = body.u8At(3) & 7;
-  style->textColour = paletteColour(highNibble(body.u8At(3)));
-  style->font = body.u8At(4);
-  style->namedStyle = body.u8At(7);
-  readBorders(*style, body);
+  style->colour1 = paletteColour(lowNibble(recordBody.u8At(2)));
+  style->colour2 = paletteColour(highNibble(recordBody.u8At(2)));
+  style->blend = recordBody.u8At(3) & 7;
+  style->textColour = paletteColour(highNibble(recordBody.u8At(3)));
+  style->font = recordBody.u8At(4);
+  style->namedStyle = recordBody.u8At(7);
+  readBorders(*style, recordBody);
   return Step::kGoOn;
 }
 
 // Record 231: 0-1 the column from 0, 2-3 the style number (0 stands for 1).
 Step qpsReadColumnStyle(QPSSheet& sheet) {
   if (!sheet.records.readBody()) return Step::kFail;
-  const BodyView body = sheet.records.body();
-  qpsApplyColumnStyle(sheet, body.u16At(0), styleNumberOf(body.u16At(2)));
+  const BodyView recordBody = sheet.records.body();
+  qpsApplyColumnStyle(sheet, recordBody.u16At(0), styleNumberOf(recordBody.u16At(2)));
   return Step::kGoOn;
 }
 
