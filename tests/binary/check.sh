@@ -5,6 +5,7 @@
 #
 #   check.sh exports FILE LIST       exports exactly the names in LIST ("NAME" or "NAME VERSION")
 #   check.sh imports FILE PATTERNS   imports nothing but what a line of PATTERNS matches
+#   check.sh read-only FILE          has no writable data but what the start files bring
 #   check.sh hardened FILE           is hardened, as a library or a program
 #   check.sh rpath FILE WANTED       has WANTED as its DT_RPATH, and no DT_RUNPATH
 #   check.sh decoy PROGRAM DECOY NOTEBOOK   prints the notebook, whatever DECOY calls itself
@@ -48,6 +49,14 @@ case $1 in
     imports=$($NM -D --undefined-only "$2" | sed 's/^ *[A-Za-z] //; s/@.*//')
     [ -n "$imports" ] || fail "nm shows no import at all"
     if bad=$(grep -Exv -f <(rows "$3") <<< "$imports"); then fail "forbidden imports:" "$bad"; fi
+    ;;
+  read-only)
+    # Tables with addresses stand in .data.rel.ro, which is read-only once the file is loaded.
+    sections=$($READELF -SW "$2" | sed -n 's/^ *\[ *[0-9]*\] \(\.t\?data\|\.t\?bss\) /\1 /p')
+    [ -n "$sections" ] || fail "readelf shows neither .data nor .bss"
+    while read -r name _ _ _ size _; do
+      ((16#$size <= 16)) || fail "$((16#$size)) bytes in $name"
+    done <<< "$sections"
     ;;
   hardened)
     headers=$($READELF -hlW "$2") dynamic=$($READELF -dW "$2") symbols=$($NM -D "$2")
