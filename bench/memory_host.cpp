@@ -29,7 +29,7 @@ MemoryHost& MemoryHost::of(SSStream* stream) {
 void MemoryHost::installStream() {
   stream_.open = [](SSStream* stream) {
     of(stream).position_ = 0;
-    return int32_t{1};
+    return std::int32_t{1};
   };
   stream_.read = [](SSStream* stream, void* buffer, std::size_t count) {
     MemoryHost& host = of(stream);
@@ -44,13 +44,13 @@ void MemoryHost::installStream() {
     host.position_ += taken;
     return taken;
   };
-  stream_.seek = [](SSStream* stream, std::ptrdiff_t offset, int32_t origin) {
+  stream_.seek = [](SSStream* stream, std::ptrdiff_t offset, std::int32_t origin) {
     MemoryHost& host = of(stream);
     const std::size_t base = origin == SSSeekFromStart ? 0 : host.position_;
     const std::size_t target = base + static_cast<std::size_t>(offset);
-    if (target > host.file_.size()) return int32_t{0};
+    if (target > host.file_.size()) return std::int32_t{0};
     host.position_ = target;
-    return int32_t{1};
+    return std::int32_t{1};
   };
   stream_.tell = [](SSStream* stream) { return static_cast<std::ptrdiff_t>(of(stream).position_); };
   stream_.close = [](SSStream*) {};
@@ -60,7 +60,7 @@ void MemoryHost::installServices() {
   services_.loadLibrary = [](SSHostServices*, const char*, void** handle) {
     static char library;
     *handle = &library;
-    return int32_t{1};
+    return std::int32_t{1};
   };
   services_.getSymbol = [](SSHostServices*, void*, const char*) {
     return reinterpret_cast<void*>(&GetOLEInterface);

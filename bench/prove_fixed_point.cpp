@@ -23,23 +23,23 @@ constexpr int kMostDecimals = 19;
 // splitmix64: the same values in every run.
 class Random {
  public:
-  uint64_t next() {
-    uint64_t z = state_ += 0x9E37'79B9'7F4A'7C15;
+  std::uint64_t next() {
+    std::uint64_t z = state_ += 0x9E37'79B9'7F4A'7C15;
     z = (z ^ (z >> 30)) * 0xBF58'476D'1CE4'E5B9;
     z = (z ^ (z >> 27)) * 0x94D0'49BB'1331'11EB;
     return z ^ (z >> 31);
   }
-  uint64_t below(uint64_t bound) { return next() % bound; }
+  std::uint64_t below(std::uint64_t bound) { return next() % bound; }
   // A number of 0 to `most` bits, each length as likely.
-  uint64_t ofUpTo(int most) {
-    return (next() >> 1) >> (63 - below(static_cast<uint64_t>(most) + 1));
+  std::uint64_t ofUpTo(int most) {
+    return (next() >> 1) >> (63 - below(static_cast<std::uint64_t>(most) + 1));
   }
 
  private:
-  uint64_t state_ = 0;
+  std::uint64_t state_ = 0;
 };
 
-double fromFields(uint64_t exponentField, uint64_t fraction) {
+double fromFields(std::uint64_t exponentField, std::uint64_t fraction) {
   return std::bit_cast<double>(exponentField << 52 | fraction >> 12);
 }
 
@@ -93,7 +93,7 @@ constexpr Kind kKinds[] = {
 };
 
 std::string_view textOf(const char* begin, const char* end) {
-  return {begin, static_cast<size_t>(end - begin)};
+  return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 enum class Outcome { kEqual, kDifferent, kRefused };
@@ -127,17 +127,17 @@ Outcome compare(double value, int decimals) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const uint64_t count = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 1'000'000'000;
+  const std::uint64_t count = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 1'000'000'000;
   Random random;
-  uint64_t compared[std::size(kKinds)] = {};
-  uint64_t refused = 0;
-  for (uint64_t done = 0; done < count;) {
-    const size_t kind = (done + refused) % std::size(kKinds);
+  std::uint64_t compared[std::size(kKinds)] = {};
+  std::uint64_t refused = 0;
+  for (std::uint64_t done = 0; done < count;) {
+    const std::size_t kind = (done + refused) % std::size(kKinds);
     const auto decimals = static_cast<int>(random.below(kMostDecimals + 1));
     double value = kKinds[kind].make(random, decimals);
-    const uint64_t bits = random.next();
+    const std::uint64_t bits = random.next();
     if (kKinds[kind].besides) {
-      value = std::bit_cast<double>(std::bit_cast<uint64_t>(value) + bits % 5 - 2);
+      value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) + bits % 5 - 2);
     }
     const Outcome outcome = compare(bits >> 63 != 0 ? -value : value, decimals);
     if (outcome == Outcome::kDifferent) return EXIT_FAILURE;
@@ -148,7 +148,7 @@ int main(int argc, char** argv) {
     ++compared[kind];
     ++done;
   }
-  for (size_t kind = 0; kind < std::size(kKinds); ++kind) {
+  for (std::size_t kind = 0; kind < std::size(kKinds); ++kind) {
     std::printf("%12llu  %s\n", static_cast<unsigned long long>(compared[kind]), kKinds[kind].what);
   }
   std::printf("%12llu  texts with 0 to %d decimals, all equal; %llu values from 2^64 on left out\n",

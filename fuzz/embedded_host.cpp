@@ -1,21 +1,21 @@
 // SPDX-License-Identifier: MIT
 //
-// Any bytes through the class Notebook: listing, facts, all items in turn from two ranges, the
-// reason why it is damaged. The first two bytes of the input are the memory limit in KiB, 0 for
-// none. Compound documents are left out: loading a library each time is slow, and the other targets
-// have them.
+// What only the class Notebook can show: two ranges read in turn, its memory limit, the reason why
+// a notebook is damaged. The first two bytes of the input are the limit in KiB, 0 for none.
+// Compound documents are left out: loading a library each time is slow, and the other targets have
+// them.
 #include <numeric>
 
 #include <qpsreader/host/notebook.hpp>
 #include "fuzz/input_bytes.h"
-#include "fuzz/lean_host.h"
+#include "tests/support/recording_host.h"
 
 namespace {
 
-using qps::fuzz::require;
+using qps::test::require;
 
-constexpr size_t kMostSheets = 2;
-constexpr size_t kMostItems = 500;
+constexpr std::size_t kMostSheets = 2;
+constexpr std::size_t kMostItems = 500;
 volatile unsigned sink;
 
 void look(std::string_view text) {
@@ -52,7 +52,7 @@ void readSheet(const qps::Notebook& notebook, const qps::Sheet& sheet) {
   qps::ItemRange passing = notebook.items(sheet);
   auto one = kept.begin();
   auto other = passing.begin();
-  size_t items = 0;
+  std::size_t items = 0;
   for (; items < kMostItems && one != kept.end() && other != passing.end(); ++items) {
     // A row that cannot be kept is lost, and only that row; the range then tells why.
     require(one->kind() == other->kind() || ranOutOfMemory(kept) || ranOutOfMemory(passing),
@@ -67,9 +67,9 @@ void readSheet(const qps::Notebook& notebook, const qps::Sheet& sheet) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   qps::fuzz::InputBytes input(data, size);
-  const size_t limit = size_t{input.u16()} * 1024;
+  const std::size_t limit = std::size_t{input.u16()} * 1024;
   const auto file = std::as_bytes(input.rest());
   if (!file.empty() && file[0] == std::byte{0xD0}) return 0;
   const auto notebook = qps::Notebook::open(file, {.memoryLimit = limit});
@@ -78,8 +78,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     return 0;
   }
   require(!notebook->sheets().empty(), "an open notebook has worksheets");
-  const size_t before = notebook->memoryInUse();
-  size_t read = 0;
+  const std::size_t before = notebook->memoryInUse();
+  std::size_t read = 0;
   for (const qps::Sheet& sheet : notebook->sheets()) {
     if (read++ == kMostSheets) break;
     readSheet(*notebook, sheet);

@@ -4,6 +4,7 @@
 #ifndef QPSREADER_FUZZ_INPUT_BYTES_H
 #define QPSREADER_FUZZ_INPUT_BYTES_H
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -13,37 +14,33 @@ namespace qps::fuzz {
 
 class InputBytes {
  public:
-  InputBytes(const uint8_t* data, size_t size) : rest_(data, size) {}
+  InputBytes(const std::uint8_t* data, std::size_t size) : rest_(data, size) {}
+  explicit InputBytes(std::span<const std::uint8_t> input) : rest_(input) {}
 
-  uint8_t u8() {
-    if (rest_.empty()) return 0;
-    const uint8_t value = rest_.front();
-    rest_ = rest_.subspan(1);
-    return value;
-  }
-  uint16_t u16() {
-    const uint8_t low = u8();
-    return static_cast<uint16_t>(low | u8() << 8);
-  }
-  uint32_t u32() {
-    const uint32_t low = u16();
-    return low | static_cast<uint32_t>(u16()) << 16;
-  }
-  double f64() {
-    const uint64_t low = u32();
-    return std::bit_cast<double>(low | static_cast<uint64_t>(u32()) << 32);
-  }
+  std::uint8_t u8() { return static_cast<std::uint8_t>(number(1)); }
+  std::uint16_t u16() { return static_cast<std::uint16_t>(number(2)); }
+  double f64() { return std::bit_cast<double>(number(8)); }
 
   // The next `count` bytes, or as many as there are.
-  std::span<const uint8_t> take(size_t count) {
-    const auto taken = rest_.first(count < rest_.size() ? count : rest_.size());
+  std::span<const std::uint8_t> take(std::size_t count) {
+    const auto taken = rest_.first(std::min(count, rest_.size()));
     rest_ = rest_.subspan(taken.size());
     return taken;
   }
-  std::span<const uint8_t> rest() const { return rest_; }
+  std::span<const std::uint8_t> rest() const { return rest_; }
 
  private:
-  std::span<const uint8_t> rest_;
+  std::uint64_t number(std::size_t bytes) {
+    std::uint64_t value = 0;
+    unsigned shift = 0;
+    for (const std::uint8_t byte : take(bytes)) {
+      value |= std::uint64_t{byte} << shift;
+      shift += 8;
+    }
+    return value;
+  }
+
+  std::span<const std::uint8_t> rest_;
 };
 
 }  // namespace qps::fuzz

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// Any bytes as a notebook in a plain file: the whole reader, from the listing to the last item.
+// Any bytes as a notebook in a plain file: the whole reader on a host without faults, at the least
+// cost, and so the deepest into the records.
 #include "fuzz/session.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  constexpr uint32_t kMostItems = 1024;
-  qps::fuzz::LeanHost host({data, size});
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  constexpr std::size_t kMostItems = 1024;
+  qps::test::RecordingHost host(qps::fuzz::copyOf({data, size}));
   qps::fuzz::visitNotebook(host, kMostItems, qps::fuzz::kPlainWork);
-  host.requireAtRest();
   return 0;
 }

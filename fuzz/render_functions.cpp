@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// The functions of render/ by themselves, each against a second, plainer way to the same result:
-// digits against the C library's printing, dates against the calendar's definition, number
-// sections in their quick form against the walk over their characters. The input: a value, a count
-// of decimals, the size of the text's area, a format text.
+// What no cell can tell is wrong: the functions of render/, each against a second, plainer way to
+// the same result: digits against the C library's printing, dates against the calendar's
+// definition, number sections in their quick form against the walk over their characters. The
+// input: a value, a count of decimals, the size of the text's area, a format text.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -14,23 +14,23 @@
 
 #include <qpsreader/qps_reader.h>
 #include "fuzz/input_bytes.h"
-#include "fuzz/lean_host.h"
 #include "reader/render/date_serial.h"
 #include "reader/render/number_text.h"
 #include "reader/render/text_buffer.h"
 #include "reader/render/user_date.h"
 #include "reader/render/user_number.h"
+#include "tests/support/recording_host.h"
 
 namespace {
 
 using namespace qps;
-using fuzz::require;
+using test::require;
 
-constexpr size_t kMostPrintedBytes = 1024;
+constexpr std::size_t kMostPrintedBytes = 1024;
 
 // What `print` appends must be `expected`, whole or cut where the area ends.
 template <typename Print>
-void requirePrinted(size_t areaBytes, std::string_view expected, const Print& print) {
+void requirePrinted(std::size_t areaBytes, std::string_view expected, const Print& print) {
   char area[kMostPrintedBytes];
   TextBuffer text(std::span<char>(area, areaBytes));
   print(text);
@@ -43,16 +43,16 @@ template <typename... Values>
 std::string_view printC(std::array<char, kMostPrintedBytes>& area, const char* format,
                         Values... values) {
   return {area.data(),
-          static_cast<size_t>(std::snprintf(area.data(), area.size(), format, values...))};
+          static_cast<std::size_t>(std::snprintf(area.data(), area.size(), format, values...))};
 }
 
-void checkDigits(double value, int decimals, size_t areaBytes) {
+void checkDigits(double value, int decimals, std::size_t areaBytes) {
   std::array<char, kMostPrintedBytes> area;
   requirePrinted(areaBytes, printC(area, "%.*f", decimals, value),
                  [&](TextBuffer& text) { text.appendFixed(value, decimals); });
   requirePrinted(areaBytes, printC(area, "%.*E", decimals, value),
                  [&](TextBuffer& text) { text.appendScientific(value, decimals); });
-  const auto integer = static_cast<int32_t>(std::fmod(value, 2147483648.0));
+  const auto integer = static_cast<std::int32_t>(std::fmod(value, 2147483648.0));
   const int minDigits = 1 + decimals % 8;
   requirePrinted(areaBytes, printC(area, "%.*d", minDigits, integer),
                  [&](TextBuffer& text) { text.appendInteger(integer, minDigits); });
@@ -77,7 +77,7 @@ void checkGrouped(double value, int decimals) {
   TextBuffer plain(plainArea), grouped(groupedArea);
   plain.appendFixed(std::fabs(value), decimals);
   appendGrouped(grouped, std::fabs(value), decimals);
-  size_t digitsLeft = std::min(plain.view().find('.'), plain.size());
+  std::size_t digitsLeft = std::min(plain.view().find('.'), plain.size());
   std::string_view rest = grouped.view();
   for (const char c : plain.view()) {
     require(!rest.empty() && rest.front() == c, "the digits of the plain text");
@@ -91,12 +91,14 @@ void checkGrouped(double value, int decimals) {
 }
 
 // Counts the days back from a date, month by month as the calendar has them.
-int64_t serialOf(const CalendarDate& date) {
+std::int64_t serialOf(const CalendarDate& date) {
   constexpr int kDaysBefore[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
-  constexpr int64_t kSerialOfYearOne = -693593;  // 0001-01-01
-  const int64_t years = int64_t{date.year} - 1;
-  const auto floorDivide = [](int64_t a, int64_t b) { return a / b - (a % b < 0 ? 1 : 0); };
-  const int64_t year = date.year;
+  constexpr std::int64_t kSerialOfYearOne = -693593;  // 0001-01-01
+  const std::int64_t years = std::int64_t{date.year} - 1;
+  const auto floorDivide = [](std::int64_t a, std::int64_t b) {
+    return a / b - (a % b < 0 ? 1 : 0);
+  };
+  const std::int64_t year = date.year;
   const bool isLeap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
   return kSerialOfYearOne + 365 * years + floorDivide(years, 4) - floorDivide(years, 100) +
          floorDivide(years, 400) + kDaysBefore[date.month - 1] +
@@ -104,16 +106,16 @@ int64_t serialOf(const CalendarDate& date) {
 }
 
 void checkDate(double serial) {
-  using Limits = std::numeric_limits<int32_t>;
+  using Limits = std::numeric_limits<std::int32_t>;
   const CalendarDate date = qpsSerialToDate(serial);
   require(date.month >= 1 && date.month <= 12 && date.day >= 1 && date.day <= 31, "a real date");
   const double whole = std::isnan(serial) ? 0 : std::trunc(serial);
   const double bounded = std::fmin(std::fmax(whole, Limits::min()), Limits::max());
-  require(serialOf(date) == static_cast<int64_t>(bounded), "the date of the serial");
+  require(serialOf(date) == static_cast<std::int64_t>(bounded), "the date of the serial");
   require(weekdayIndex(serial) == std::fmod(std::fabs(bounded), 7), "the weekday of the serial");
 
   const TimeOfDay time = qpsTimeOfDay(serial);
-  const int32_t total = (time.hours * 60 + time.minutes) * 60 + time.seconds;
+  const std::int32_t total = (time.hours * 60 + time.minutes) * 60 + time.seconds;
   require(time.minutes >= 0 && time.minutes < 60 && time.seconds >= 0 && time.seconds < 60 &&
               total >= 0 && total <= 86400,
           "a time of day");
@@ -125,8 +127,8 @@ void checkDate(double serial) {
 }
 
 void checkUserFormat(std::string_view text, double value) {
-  constexpr size_t kMostChars = 511;
-  fuzz::LeanHost host({});
+  constexpr std::size_t kMostChars = 511;
+  test::RecordingHost host({});
   if (const auto shown = qpsFormatUserDate(text, userDateFields(value), host.services())) {
     require(text.starts_with('T') && shown->size() <= kMostChars, "a date of 511 characters");
     const WordText word = shortUserDate(parseDateFormat(text), value);
@@ -138,13 +140,13 @@ void checkUserFormat(std::string_view text, double value) {
   const NumberSection section = parseNumberSection(text);
   NumberSection walked = section;
   walked.plainFrom = std::numeric_limits<double>::infinity();
-  for (const uint32_t formatSection : {0U, 1U, 2U}) {
+  for (const std::uint32_t formatSection : {0U, 1U, 2U}) {
     const auto quick = qpsFormatUserNumber(section, formatSection, std::fabs(value), !(value < 0));
     require(quick.has_value() == text.starts_with('N'), "a number section begins with N");
     if (!quick) return;
     require(quick->size() <= kMostChars, "a number of 511 characters");
     char copy[kMostChars];
-    const size_t size = quick->copy(copy, sizeof copy);
+    const std::size_t size = quick->copy(copy, sizeof copy);
     const auto slow = qpsFormatUserNumber(walked, formatSection, std::fabs(value), !(value < 0));
     require(slow == std::string_view(copy, size), "the quick form shows what the walk shows");
   }
@@ -153,11 +155,11 @@ void checkUserFormat(std::string_view text, double value) {
 // Widens "E+05" at a text's end to "E+005" and touches nothing else.
 void checkExponent(std::string_view text) {
   char area[300];
-  const size_t size = std::min(text.substr(0, text.find('\0')).size(), sizeof(area) - 2);
+  const std::size_t size = std::min(text.substr(0, text.find('\0')).size(), sizeof(area) - 2);
   std::memcpy(area, text.data(), size);
   area[size] = '\0';
   qps2to3E(area);
-  const size_t widened = std::strlen(area);
+  const std::size_t widened = std::strlen(area);
   require(widened == size || widened == size + 1, "at most one digit more");
   if (widened == size) {
     require(text.substr(0, size) == area, "any other text stays");
@@ -168,11 +170,11 @@ void checkExponent(std::string_view text) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::InputBytes input(data, size);
   const double value = input.f64();
   const int decimals = input.u16() % 512;
-  const size_t areaBytes = 1 + input.u16() % (kMostPrintedBytes - 1);
+  const std::size_t areaBytes = 1 + input.u16() % (kMostPrintedBytes - 1);
   const auto rest = input.rest();
   const std::string_view text(reinterpret_cast<const char*>(rest.data()), rest.size());
   if (std::isfinite(value)) {

@@ -1,25 +1,31 @@
 // SPDX-License-Identifier: MIT
 //
-// Drives the exported operations over a LeanHost and checks what they promise: well-formed items in
-// the order of their kinds, and work that the bytes of the file account for.
+// What the fuzz targets require of the exported operations beside what tests/support/sheet_driver.h
+// does: work that the bytes of the file account for, and the same items every time.
 #ifndef QPSREADER_FUZZ_SESSION_H
 #define QPSREADER_FUZZ_SESSION_H
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
-#include <qpsreader/qps_reader.h>
-#include <qpsreader/ss_item.h>
-#include "fuzz/lean_host.h"
+#include "tests/support/sheet_driver.h"
 
 namespace qps::fuzz {
 
+using namespace qps::test;
+
+inline Bytes copyOf(std::span<const std::uint8_t> input) {
+  const auto bytes = std::as_bytes(input);
+  return {bytes.begin(), bytes.end()};
+}
+
 // How much work one operation may take: so much for each byte of the file, and so much at all.
 struct WorkLimit {
-  uint64_t callsPerByte, calls;
-  uint64_t bytesPerByte, bytes;
-  uint64_t poolPerByte, pool;  // bytes outstanding at any time
+  std::uint64_t callsPerByte, calls;
+  std::uint64_t bytesPerByte, bytes;
+  std::uint64_t poolPerByte, pool;  // bytes outstanding at any time
 };
 
 // Opening, listing and reading a plain notebook. A record has at least four bytes: a header, a body
@@ -37,52 +43,38 @@ inline constexpr WorkLimit kPlainWork{8, 64, 3, 64, 128, 65536};
 // the tables in one more byte a byte.
 inline constexpr WorkLimit kCompoundWork{8, 128, 5, 4096, 129, 65536};
 
-// Requires that the work since `before` stays within the limit.
-void requireWork(const LeanHost& host, const Work& before, const WorkLimit& limit);
+// What a host is asked for while this lives.
+class WorkMeter {
+ public:
+  WorkMeter(const RecordingHost& host, const WorkLimit& limit)
+      : host_(host), limit_(limit), calls_(host.hostCalls()), bytes_(host.bytesRead()) {}
+
+  // Requires that the work so far stays within the limit, and `moreCalls`.
+  void check(std::uint64_t moreCalls = 0) const;
+
+ private:
+  const RecordingHost& host_;
+  const WorkLimit& limit_;
+  std::uint64_t calls_, bytes_;
+};
 
 // 64-bit FNV-1a, to compare what two readings delivered.
 class Digest {
  public:
   void add(std::string_view bytes) {
     for (const char c : bytes)
-      value_ = (value_ ^ static_cast<uint8_t>(c)) * 0x100000001B3U;
+      value_ = (value_ ^ static_cast<std::uint8_t>(c)) * 0x100000001B3U;
   }
-  uint64_t value() const { return value_; }
+  std::uint64_t value() const { return value_; }
 
  private:
-  uint64_t value_ = 0xCBF29CE484222325U;
+  std::uint64_t value_ = 0xCBF29CE484222325U;
 };
 
-// One item with its text taken out. `text` is null when there is none.
-struct TakenItem {
-  SSItem item;
-  char* text;
-};
-
-// Takes items one by one. A row height record of ten bytes stands for up to 65536 items, so callers
-// bound how many they take.
-class ItemTaker {
- public:
-  ItemTaker(LeanHost& host, QPSSheet* sheet) : host_(&host), sheet_(sheet) {}
-
-  // Checks the item and gives its text back to the host after adding it to `digest`. False at the
-  // end.
-  bool take(Digest& digest);
-
- private:
-  LeanHost* host_;
-  QPSSheet* sheet_;
-  uint32_t lastKind_ = 0;
-};
-
-// Opens a worksheet, takes up to `mostItems` of its items and closes it. Adds everything that came
-// to `digest`.
-void readSheet(LeanHost& host, QPSReader* reader, uint32_t offset, uint32_t mostItems,
-               const WorkLimit& limit, Digest& digest);
-
-// A whole visit: lists the worksheets and reads the first three of them, or, when there are none,
-// whatever opens at offset 0. Returns the digest of all that came.
-uint64_t visitNotebook(LeanHost& host, uint32_t mostItems, const WorkLimit& limit);
+// A whole visit: lists the worksheets and reads up to `mostItems` of each of the first three of
+// them, or, when there are none, of whatever opens at offset 0. Returns the digest of all that
+// came; nothing is left behind.
+std::uint64_t visitNotebook(RecordingHost& host, std::size_t mostItems, const WorkLimit& limit);
 
 }  // namespace qps::fuzz
 

@@ -6,94 +6,76 @@
 
 #include <functional>
 
-#include <qpsreader/worksheet_list.h>
 #include "fuzz/session.h"
-#include "olefio/get_ole_interface.h"
-#include "tests/support/compound_writer.h"
 #include "tests/support/notebook_builder.h"
 
 namespace qps::test {
 namespace {
 
 struct Cost {
-  uint64_t calls;
-  uint64_t poolBytes;
+  std::uint64_t calls;
+  std::uint64_t poolBytes;
 };
 
-// Lists the worksheets, opens the first and takes the items up to a bound.
+// Lists the worksheets and takes the items of the first three up to a bound.
 Cost costOf(const Bytes& file) {
-  constexpr int kMostItems = 1000;
-  fuzz::LeanHost host({reinterpret_cast<const uint8_t*>(file.data()), file.size()});
-  QPSReader* reader =
-      QPSAllocateReader(nullptr, nullptr, host.stream(), host.services(), nullptr, nullptr);
-  SSWorkSheetList list{0xA5A5A5A5, nullptr};
-  QPSGetWorkSheetInfo(reader, &list, 0);
-  const uint32_t start = list.entries == nullptr ? 0 : list.entries[0].startOffset;
-  QPSSheet* sheet = QPSInitSheet(reader, &host, start, fuzz::LeanHost::itemAlloc, nullptr);
-  EXPECT_NE(sheet, nullptr);
-  if (sheet != nullptr) {
-    fuzz::Digest digest;
-    fuzz::ItemTaker taker(host, sheet);
-    for (int i = 0; i < kMostItems && taker.take(digest); ++i) {
-    }
-    QPSCloseSheet(sheet);
-  }
-  QPSCloseReader(reader);
-  host.requireAtRest();
-  return {host.work().calls, host.peakPoolBytes()};
+  constexpr std::size_t kMostItems = 1000;
+  RecordingHost host(file);
+  fuzz::visitNotebook(host, kMostItems, fuzz::kPlainWork);
+  return {host.hostCalls(), host.peakPoolBytes()};
 }
 
 struct Growth {
   const char* name;
-  size_t count;
-  std::function<void(NotebookBuilder&, size_t)> define;  // before the worksheet, once a count
-  std::function<void(NotebookBuilder&, size_t)> fill;    // in it, or behind it
+  std::size_t count;
+  std::function<void(NotebookBuilder&, std::size_t)> define;  // before the worksheet, once a count
+  std::function<void(NotebookBuilder&, std::size_t)> fill;    // in it, or behind it
 };
 
-Bytes fileOf(const Growth& growth, size_t count) {
+Bytes fileOf(const Growth& growth, std::size_t count) {
   NotebookBuilder book;
   book.header();
-  for (size_t i = 0; growth.define && i < count; ++i)
+  for (std::size_t i = 0; growth.define && i < count; ++i)
     growth.define(book, i);
   book.sheetStart().table(1, 1);
-  for (size_t i = 0; growth.fill && i < count; ++i)
+  for (std::size_t i = 0; growth.fill && i < count; ++i)
     growth.fill(book, i);
   book.label({}, "last").sheetEnd().end();
   return book.bytes();
 }
 
 // Row k alone, in a bitmap that ends with it.
-Body oneRow(size_t row) {
+Body oneRow(std::size_t row) {
   return Body().fill(row / 8).u8(1U << row % 8);
 }
 
 const Growth kGrowths[] = {
-    {"unknown records", 100'000, [](auto& b, size_t) { b.record(999); }, {}},
-    {"fonts", 50'000, [](auto& b, size_t) { b.record(rec::kFont); }, {}},
-    {"styles", 15'000, [](auto& b, size_t) { b.record(rec::kStyle); }, {}},
-    {"named styles", 50'000, [](auto& b, size_t) { b.record(rec::kNamedStyle); }, {}},
-    {"user formats", 50'000, [](auto& b, size_t) { b.record(rec::kUserFormat); }, {}},
+    {"unknown records", 100'000, [](auto& b, std::size_t) { b.record(999); }, {}},
+    {"fonts", 50'000, [](auto& b, std::size_t) { b.record(rec::kFont); }, {}},
+    {"styles", 15'000, [](auto& b, std::size_t) { b.record(rec::kStyle); }, {}},
+    {"named styles", 50'000, [](auto& b, std::size_t) { b.record(rec::kNamedStyle); }, {}},
+    {"user formats", 50'000, [](auto& b, std::size_t) { b.record(rec::kUserFormat); }, {}},
     {"replaced texts",
      50'000,
-     [](auto& b, size_t) { b.settings(true).notebookText(rec::kText37, "text"); },
+     [](auto& b, std::size_t) { b.settings(true).notebookText(rec::kText37, "text"); },
      {}},
-    {"row heights", 250'000, {}, [](auto& b, size_t i) { b.rowHeight(i % 65536, 300); }},
-    {"ranges of all rows", 250'000, {}, [](auto& b, size_t) { b.rowHeights(0, 65535, 300); }},
-    {"rows hidden one by one", 2'000, {}, [](auto& b, size_t i) { b.hiddenRows(oneRow(i)); }},
+    {"row heights", 250'000, {}, [](auto& b, std::size_t i) { b.rowHeight(i % 65536, 300); }},
+    {"ranges of all rows", 250'000, {}, [](auto& b, std::size_t) { b.rowHeights(0, 65535, 300); }},
+    {"rows hidden one by one", 2'000, {}, [](auto& b, std::size_t i) { b.hiddenRows(oneRow(i)); }},
     {"rows hidden one by one in a range",
      2'000,
      {},
-     [](auto& b, size_t i) { b.rowHeights(0, 65535, 300).hiddenRows(oneRow(i)); }},
-    {"column styles", 50'000, {}, [](auto& b, size_t i) { b.columnStyle(i % 256, 1); }},
-    {"formulas without a cell", 50'000, {}, [](auto& b, size_t) { b.formulaSpecial({}, 1); }},
+     [](auto& b, std::size_t i) { b.rowHeights(0, 65535, 300).hiddenRows(oneRow(i)); }},
+    {"column styles", 50'000, {}, [](auto& b, std::size_t i) { b.columnStyle(i % 256, 1); }},
+    {"formulas without a cell", 50'000, {}, [](auto& b, std::size_t) { b.formulaSpecial({}, 1); }},
     {"empty worksheets",
      50'000,
      {},
-     [](auto& b, size_t) { b.sheetEnd().sheetStart().table(1, 1); }},
+     [](auto& b, std::size_t) { b.sheetEnd().sheetStart().table(1, 1); }},
     {"worksheets without an entry",
      50'000,
      {},
-     [](auto& b, size_t) { b.sheetEnd().sheetStart().record(rec::kTable).sheetStart(); }},
+     [](auto& b, std::size_t) { b.sheetEnd().sheetStart().record(rec::kTable).sheetStart(); }},
 };
 
 TEST(Amplification, FourTimesTheRecordsCostFourTimes) {

@@ -14,36 +14,33 @@
 namespace {
 
 using namespace qps::fuzz;
-using FileBytes = std::vector<uint8_t>;
 
-constexpr uint32_t kMostItems = 2000;
-size_t readings = 0;
+constexpr std::size_t kMostItems = 2000;
+std::size_t readings = 0;
 
-void visit(std::span<const uint8_t> file, const char* damage, size_t offset, unsigned value) {
+void visit(const Bytes& file, const char* damage, std::size_t offset, unsigned value) {
   static char running[100];
   std::snprintf(running, sizeof running, "%s %zu, %u (%zu bytes)", damage, offset, value,
                 file.size());
   setRunning(running);
-  LeanHost host(file);
+  RecordingHost host(file);
   host.seekBeyondEnd = offset % 2 == 0;
   visitNotebook(host, kMostItems, kCompoundWork);
-  host.requireAtRest();
   ++readings;
 }
 
-void sweep(FileBytes file, unsigned step) {
-  for (size_t size = 0; size < file.size(); ++size) {
-    // A block of just that size, so that a read beyond it shows.
-    const FileBytes beginning(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size));
-    visit(beginning, "cut", size, 0);
+void sweep(Bytes file, unsigned step) {
+  for (std::size_t size = 0; size < file.size(); ++size) {
+    const auto end = file.begin() + static_cast<std::ptrdiff_t>(size);
+    visit(Bytes(file.begin(), end), "cut", size, 0);
   }
-  for (size_t offset = 0; offset < file.size(); ++offset) {
-    const uint8_t right = file[offset];
+  for (std::size_t offset = 0; offset < file.size(); ++offset) {
+    const auto right = std::to_integer<unsigned>(file[offset]);
     for (unsigned distance = step; distance < 256; distance += step) {
-      file[offset] = static_cast<uint8_t>(right + distance);
-      visit(file, "byte", offset, file[offset]);
+      file[offset] = static_cast<std::byte>(right + distance);
+      visit(file, "byte", offset, (right + distance) & 0xFF);
     }
-    file[offset] = right;
+    file[offset] = static_cast<std::byte>(right);
   }
 }
 
@@ -54,12 +51,12 @@ int main(int argc, char** argv) {
   if (step < 1) return 2;
   for (int i = 2; i < argc; ++i) {
     std::ifstream file(argv[i], std::ios::binary);
-    const FileBytes bytes{std::istreambuf_iterator<char>(file), {}};
-    if (bytes.empty()) {
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    if (text.empty()) {
       std::fprintf(stderr, "cannot read %s\n", argv[i]);
       return 1;
     }
-    sweep(bytes, static_cast<unsigned>(step));
+    sweep(bytesOf(text), static_cast<unsigned>(step));
   }
   std::printf("%zu damaged files read\n", readings);
   return 0;

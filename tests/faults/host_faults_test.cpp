@@ -58,7 +58,7 @@ const std::vector<Source>& sources() {
 }
 
 // The offset of the source's last worksheet; all worksheets must be listed.
-uint32_t lastSheet(const Source& source) {
+std::uint32_t lastSheet(const Source& source) {
   RecordingHost host(source.file);
   source.prepare(host);
   const auto sheets = listSheets(host);
@@ -68,7 +68,7 @@ uint32_t lastSheet(const Source& source) {
 
 // Runs `run` with the nth call of `fault.step` failing, for n from 1 until no call is left to fail.
 template <typename Run>
-size_t sweep(Fault fault, const Source& source, const Run& run) {
+std::size_t sweep(Fault fault, const Source& source, const Run& run) {
   for (fault.nth = 1;; ++fault.nth) {
     SCOPED_TRACE(source.name + ": " + nameOf(fault.step) + " " + std::to_string(fault.nth) +
                  (fault.forGood ? " for good" : ""));
@@ -109,7 +109,7 @@ void expectSoundItems(const SheetRun& run, const SheetRun& whole, const Recordin
   }
   if (run.opened && step == Step::kItemText) {
     ASSERT_EQ(run.items.size(), whole.items.size());
-    for (size_t i = 0; i < run.items.size(); ++i) {
+    for (std::size_t i = 0; i < run.items.size(); ++i) {
       Item expected = whole.items[i];
       if (!run.items[i].text) expected.text.reset();
       EXPECT_EQ(run.items[i], expected);
@@ -119,12 +119,12 @@ void expectSoundItems(const SheetRun& run, const SheetRun& whole, const Recordin
 
 TEST(Faults, EveryCallFailingInTurnLosesOnlyWhatComesAfter) {
   for (const Source& source : sources()) {
-    const uint32_t sheet = lastSheet(source);
+    const std::uint32_t sheet = lastSheet(source);
     RecordingHost sound(source.file);
     source.prepare(sound);
     const SheetRun whole = readSheet(sound, sheet);
     for (const Step step : kAllSteps) {
-      size_t listed = 0, read = 0;
+      std::size_t listed = 0, read = 0;
       for (const Fault& fault : faultsOf(step)) {
         listed = sweep(fault, source, [&](RecordingHost& host) {
           const bool failed = !listSheets(host).has_value();
@@ -144,9 +144,9 @@ TEST(Faults, EveryCallFailingInTurnLosesOnlyWhatComesAfter) {
 }
 
 // How many failures of a step, one at a time, keep the worksheet from opening.
-size_t refusals(const Add& define, const Add& fill, Step step = Step::kPoolBlock) {
+std::size_t refusals(const Add& define, const Add& fill, Step step = Step::kPoolBlock) {
   const NotebookBuilder book = bookOf(define, fill);
-  size_t count = 0;
+  std::size_t count = 0;
   sweep({.step = step}, {"book", book.bytes(), {}}, [&](RecordingHost& host) {
     QPSReader reader{};
     reader.stream = host.stream();
@@ -160,7 +160,7 @@ size_t refusals(const Add& define, const Add& fill, Step step = Step::kPoolBlock
 }
 
 TEST(Faults, APoolThatIsExhaustedFailsNodesAndLosesTextsAndRows) {
-  const size_t base = refusals(nothing, nothing);
+  const std::size_t base = refusals(nothing, nothing);
   EXPECT_GE(base, 1u);
   EXPECT_GT(refusals([](auto& b) { b.font(10, 0, "Arial"); }, nothing), base);
   EXPECT_EQ(refusals([](auto& b) { b.style(); }, nothing), base + 2);
@@ -182,7 +182,7 @@ TEST(Faults, ATextThatCannotBeCopiedIsDeliveredAsNull) {
   const NotebookBuilder book =
       bookOf([](auto& b) { b.settings(true).notebookText(37, "early").notebookText(38, "late"); },
              nothing);
-  size_t nulls = 0;
+  std::size_t nulls = 0;
   sweep({.step = Step::kPoolBlock}, {"book", book.bytes(), {}}, [&](RecordingHost& host) {
     for (const Item& item : readSheet(host, book.sheetOffset()).items) {
       nulls += item.kind() != SSItemKindSheetInfo && !item.text.has_value() ? 1 : 0;
@@ -194,12 +194,12 @@ TEST(Faults, ATextThatCannotBeCopiedIsDeliveredAsNull) {
 TEST(Faults, AFileCutAnywhereGivesThePartBeforeTheCut) {
   for (const Source& source : sources()) {
     if (source.isFake) continue;
-    const uint32_t sheet = lastSheet(source);
+    const std::uint32_t sheet = lastSheet(source);
     RecordingHost sound(source.file);
     source.prepare(sound);
     const SheetRun whole = readSheet(sound, sheet);
     bool wasOpened = false;
-    for (size_t size = 0; size < source.file.size(); size += source.isPlain ? 1 : 5) {
+    for (std::size_t size = 0; size < source.file.size(); size += source.isPlain ? 1 : 5) {
       SCOPED_TRACE(source.name + " cut to " + std::to_string(size));
       const auto end = source.file.begin() + static_cast<std::ptrdiff_t>(size);
       RecordingHost host(Bytes(source.file.begin(), end));

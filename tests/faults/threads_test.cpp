@@ -16,10 +16,10 @@ namespace {
 // One call at a time, by the one thread and then by the other.
 class Turns {
  public:
-  explicit Turns(size_t first) : next_(first) {}
+  explicit Turns(std::size_t first) : next_(first) {}
 
   template <typename Call>
-  auto take(size_t self, const Call& call) {
+  auto take(std::size_t self, const Call& call) {
     std::unique_lock lock(mutex_);
     turnsChanged_.wait(lock, [&] { return next_ == self; });
     const auto result = call();
@@ -31,11 +31,12 @@ class Turns {
  private:
   std::mutex mutex_;
   std::condition_variable turnsChanged_;
-  size_t next_;
+  std::size_t next_;
 };
 
 // The texts of the worksheet's cells. Takes `calls` turns, also when the items end before.
-std::vector<std::string> readInTurns(Turns& turns, size_t self, uint32_t offset, size_t calls) {
+std::vector<std::string> readInTurns(Turns& turns, std::size_t self, std::uint32_t offset,
+                                     std::size_t calls) {
   RecordingHost host(everyRecordNotebook().bytes());
   QPSReader reader{};
   reader.stream = host.stream();
@@ -44,7 +45,7 @@ std::vector<std::string> readInTurns(Turns& turns, size_t self, uint32_t offset,
     return QPSInitSheet(&reader, &host, offset, RecordingHost::itemAlloc, nullptr);
   });
   std::vector<std::string> texts;
-  for (size_t call = 0; call < calls; ++call) {
+  for (std::size_t call = 0; call < calls; ++call) {
     SSItem item;
     const bool delivered = turns.take(self, [&] { return QPSProcessSheet(sheet, &item) == 0; });
     if (!delivered) continue;
@@ -68,7 +69,7 @@ TEST(Threads, ReadersThatTakeTurnsDoNotDisturbEachOther) {
   for (const Item& cell : readSheet(host, book.sheetOffset()).only(SSItemKindCell)) {
     if (cell.text) expected.push_back(*cell.text);
   }
-  constexpr size_t kCalls = 100;
+  constexpr std::size_t kCalls = 100;
   Turns turns(0);
   std::vector<std::string> texts[2];
   std::thread other([&] { texts[1] = readInTurns(turns, 1, book.sheetOffset(1), kCalls); });

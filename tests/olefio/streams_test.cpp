@@ -57,10 +57,11 @@ void expectRandomSeeksToMatch(SSStream* stream, const Bytes& original) {
   for (int i = 0; i < 200; ++i) {
     const std::size_t target = below(original.size() + 1);
     if (i % 2 == 0) {
-      ASSERT_NE(stream->seek(stream, static_cast<ptrdiff_t>(target), SSSeekFromStart), 0);
+      ASSERT_NE(stream->seek(stream, static_cast<std::ptrdiff_t>(target), SSSeekFromStart), 0);
     } else {
       const auto here = stream->tell(stream);
-      ASSERT_NE(stream->seek(stream, static_cast<ptrdiff_t>(target) - here, SSSeekFromCurrent), 0);
+      ASSERT_NE(stream->seek(stream, static_cast<std::ptrdiff_t>(target) - here, SSSeekFromCurrent),
+                0);
     }
     const std::size_t wanted = i % 3 == 0 ? below(2 * original.size()) : below(70);
     Bytes piece(wanted);
@@ -69,7 +70,7 @@ void expectRandomSeeksToMatch(SSStream* stream, const Bytes& original) {
     const std::size_t there = std::min(wanted, original.size() - from);
     ASSERT_TRUE(std::ranges::equal(piece, std::span(original).subspan(from, there)))
         << wanted << " bytes at " << target;
-    ASSERT_EQ(stream->tell(stream), static_cast<ptrdiff_t>(target + there));
+    ASSERT_EQ(stream->tell(stream), static_cast<std::ptrdiff_t>(target + there));
   }
 }
 
@@ -195,10 +196,10 @@ TEST(Streams, AreFoundByNameWithoutRegardToCase) {
 
 TEST(Streams, SeekWithinTheStream) {
   const struct {
-    ptrdiff_t from;
-    ptrdiff_t offset;
-    int32_t origin;
-    ptrdiff_t position;  // afterwards; -1: the seek fails, and the position stays
+    std::ptrdiff_t from;
+    std::ptrdiff_t offset;
+    std::int32_t origin;
+    std::ptrdiff_t position;  // afterwards; -1: the seek fails, and the position stays
   } kRows[] = {
       {10, 0, SSSeekFromStart, 0},
       {10, 5, SSSeekFromCurrent, 15},
@@ -225,7 +226,7 @@ TEST(Streams, SeekWithinTheStream) {
     SCOPED_TRACE(std::to_string(row.offset) + " from " + std::to_string(row.origin));
     ASSERT_NE(stream->seek(stream, row.from, SSSeekFromStart), 0);
     EXPECT_EQ(stream->seek(stream, row.offset, row.origin) != 0, row.position >= 0);
-    const ptrdiff_t position = row.position >= 0 ? row.position : row.from;
+    const std::ptrdiff_t position = row.position >= 0 ? row.position : row.from;
     EXPECT_EQ(stream->tell(stream), position);
     std::byte byte;
     const bool isInside = position < 5000;

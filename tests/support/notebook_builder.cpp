@@ -22,13 +22,13 @@ Body& Body::u16(unsigned value) {
   return u8(value).u8(value >> 8);
 }
 
-Body& Body::u32(uint32_t value) {
+Body& Body::u32(std::uint32_t value) {
   return u16(value).u16(value >> 16);
 }
 
 Body& Body::f64(double value) {
-  const auto bits = std::bit_cast<uint64_t>(value);
-  return u32(static_cast<uint32_t>(bits)).u32(static_cast<uint32_t>(bits >> 32));
+  const auto bits = std::bit_cast<std::uint64_t>(value);
+  return u32(static_cast<std::uint32_t>(bits)).u32(static_cast<std::uint32_t>(bits >> 32));
 }
 
 Body& Body::text(std::string_view value) {
@@ -41,12 +41,12 @@ Body& Body::zeroText(std::string_view value) {
   return text(value).u8(0);
 }
 
-Body& Body::fill(size_t count, unsigned value) {
+Body& Body::fill(std::size_t count, unsigned value) {
   bytes_.insert(bytes_.end(), count, static_cast<std::byte>(value));
   return *this;
 }
 
-Body& Body::cutTo(size_t size) {
+Body& Body::cutTo(std::size_t size) {
   bytes_.resize(size);
   return *this;
 }
@@ -83,7 +83,7 @@ Self& NotebookBuilder::raw(const Bytes& bytes) {
 }
 
 Self& NotebookBuilder::record(unsigned type, const Body& body) {
-  if (type == rec::kSheetStart) sheetOffsets_.push_back(static_cast<uint32_t>(bytes_.size()));
+  if (type == rec::kSheetStart) sheetOffsets_.push_back(static_cast<std::uint32_t>(bytes_.size()));
   return rawHeader(type, static_cast<unsigned>(body.bytes().size())).raw(body.bytes());
 }
 

@@ -64,12 +64,12 @@ class Body {
  public:
   Body& u8(unsigned value);
   Body& u16(unsigned value);
-  Body& u32(uint32_t value);
+  Body& u32(std::uint32_t value);
   Body& f64(double value);
   Body& text(std::string_view value);      // without a zero byte
   Body& zeroText(std::string_view value);  // with one
-  Body& fill(size_t count, unsigned value = 0);
-  Body& cutTo(size_t size);
+  Body& fill(std::size_t count, unsigned value = 0);
+  Body& cutTo(std::size_t size);
   const Bytes& bytes() const { return bytes_; }
 
  private:
@@ -196,13 +196,13 @@ class NotebookBuilder {
   Self& end() { return record(rec::kEnd); }  // record 1
 
   // Offset of the header of the n-th record 202, counted from 0.
-  uint32_t sheetOffset(size_t sheet = 0) const { return sheetOffsets_.at(sheet); }
-  size_t sheets() const { return sheetOffsets_.size(); }
+  std::uint32_t sheetOffset(std::size_t sheet = 0) const { return sheetOffsets_.at(sheet); }
+  std::size_t sheets() const { return sheetOffsets_.size(); }
   const Bytes& bytes() const { return bytes_; }
 
  private:
   Bytes bytes_;
-  std::vector<uint32_t> sheetOffsets_;
+  std::vector<std::uint32_t> sheetOffsets_;
 };
 
 // A notebook with one of every record above, for sweeps, fuzzing seeds and benchmarks: two

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// A host in memory: the services table, a stream over bytes and the allocator of item texts. It
-// counts what is outstanding, logs calls, can fail any of them, and notes every call that breaks
-// the contract of qpsreader/host_tables.h as a violation. It fakes the compound-document library
-// too. Nothing here needs a test framework: fuzz targets and benchmarks use it as well.
+// A host in memory for tests and fuzz targets: the services table, a stream over bytes and the
+// allocator of item texts. It counts what is outstanding, can log its calls and fail any of them,
+// and fakes the compound-document library. The first call that breaks the contract of
+// qpsreader/host_tables.h ends the process: its stack then shows who made it. Nothing here needs a
+// test framework.
 #ifndef QPSREADER_TESTS_RECORDING_HOST_H
 #define QPSREADER_TESTS_RECORDING_HOST_H
 
@@ -12,9 +13,9 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include <qpsreader/host_tables.h>
@@ -22,6 +23,14 @@
 #include "tests/support/notebook_builder.h"
 
 namespace qps::test {
+
+// Says what was broken, and while what was running, and aborts.
+[[noreturn]] void broken(const char* promise);
+inline void require(bool holds, const char* promise) {
+  if (!holds) broken(promise);
+}
+// `what` must stay valid; null when there is nothing to say.
+void setRunning(const char* what);
 
 // What can be made to fail.
 enum class Step : unsigned {
@@ -46,64 +55,62 @@ const char* nameOf(Step step);
 // all later ones do. A read gives `shortBy` bytes fewer than it could, down to none.
 struct Fault {
   Step step = Step::kOpen;
-  size_t nth = 1;
+  std::size_t nth = 1;
   bool forGood = false;
-  size_t shortBy = SIZE_MAX;
+  std::size_t shortBy = SIZE_MAX;
 };
 
 class RecordingHost;
 
 // A stream over bytes that knows whether it is open.
-class RecordingStream {
+class RecordingStream : public SSStream {
  public:
-  RecordingStream(RecordingHost& host, std::string name, Bytes bytes);
+  // `prefix` stands before its calls in the log.
+  RecordingStream(RecordingHost& host, const char* prefix, Bytes bytes, bool isOpen = false);
   RecordingStream(const RecordingStream&) = delete;
   RecordingStream& operator=(const RecordingStream&) = delete;
 
-  SSStream* table() { return &table_; }
-  void open(bool isOpen) { isOpen_ = isOpen; }
+  RecordingHost& host() { return host_; }
   bool isOpen() const { return isOpen_; }
   Bytes& bytes() { return bytes_; }
+  const Bytes& bytes() const { return bytes_; }
 
  private:
-  friend class RecordingHost;
-  static RecordingStream& of(SSStream* table);
-  bool mayCall(const char* operation);
+  static RecordingStream& of(SSStream* stream) { return *static_cast<RecordingStream*>(stream); }
+  std::size_t take(void* buffer, std::size_t count);
+  bool move(std::ptrdiff_t offset, std::int32_t origin);
 
-  SSStream table_{};
   RecordingHost& host_;
-  std::string name_;
+  const char* prefix_;
   Bytes bytes_;
-  size_t position_ = 0;
-  bool isOpen_ = false;
+  std::size_t position_ = 0;
+  bool isOpen_;
   bool isRefused_ = false;  // by a failed open, after which one close may come
 };
 
 class RecordingHost {
  public:
   explicit RecordingHost(Bytes file);
-  ~RecordingHost();
   RecordingHost(const RecordingHost&) = delete;
   RecordingHost& operator=(const RecordingHost&) = delete;
 
   SSHostServices* services() { return &services_; }
-  SSStream* stream() { return file_.table(); }
+  SSStream* stream() { return &file_; }
   RecordingStream& file() { return file_; }
+  const RecordingStream& file() const { return file_; }
   void* itemContext() { return this; }
-  static void* itemAlloc(void* context, void* block, size_t size, uint32_t flags);
-  static RecordingHost& of(SSHostServices* services);
-  static RecordingHost& of(SSStream* stream);
+  static void* itemAlloc(void* context, void* block, std::size_t size, std::uint32_t flags);
 
   // The text fills its block.
   void freeItemText(char* text);
-  void freePoolBlock(void* block) { release(poolBlocks_, block, "pool block"); }
+  void freePoolBlock(void* block) { release(block, kPoolBlocks); }
 
-  // Faults. A fault stays until the next one is set.
+  // Faults stay until the next call of fail.
   void fail(Fault fault);
-  void clearFault() { hasFault_ = false; }
+  void failToo(Fault fault) { faults_.push_back(fault); }
+  void clearFault() { faults_.clear(); }
   bool faultMet() const { return faultMet_; }
-  bool shouldFail(Step step);
-  size_t calls(Step step) const { return stepCalls_[static_cast<size_t>(step)]; }
+  std::size_t calls(Step step) const { return stepCalls_[static_cast<std::size_t>(step)]; }
 
   // The library that loadLibrary("zbolefio.dll") finds: none when null.
   GetOLEInterfaceFunction oleEntryPoint = nullptr;
@@ -118,49 +125,65 @@ class RecordingHost {
   bool logging = false;
   std::vector<std::string> log;
 
-  const std::vector<std::string>& violations() const { return violations_; }
-  void violate(const std::string& what);
+  std::size_t poolBlocks() const { return blocks_[kPoolBlocks]; }
+  std::size_t hostCalls() const { return hostCalls_; }
+  std::size_t bytesRead() const { return bytesRead_; }
+  std::size_t largestRead() const { return largestRead_; }
+  std::size_t peakPoolBytes() const { return peakPoolBytes_; }
 
-  size_t poolBlocks() const { return poolBlocks_.size(); }
-  size_t itemTexts() const { return itemTexts_.size(); }
-  size_t hostCalls() const { return hostCalls_; }
-  size_t bytesRead() const { return bytesRead_; }
-  size_t largestRead() const { return largestRead_; }
-  size_t peakPoolBytes() const { return peakPoolBytes_; }
-
-  // "clean", or all that is open, loaded or allocated, and every violation.
+  // "clean", or all that is open, loaded or allocated.
   std::string state() const;
 
  private:
   friend class RecordingStream;
   friend struct FakeLibrary;
-  using Blocks = std::unordered_map<void*, size_t>;
+  enum Kind : std::uint32_t { kPoolBlocks, kItemTexts, kReleased };
+  struct Header;
+  struct Services : SSHostServices {
+    RecordingHost* host;
+  };
 
-  void note(std::string_view call, std::string_view detail = {}, std::string_view prefix = {});
-  void* allocate(Blocks& blocks, size_t size, int filling);
-  void release(Blocks& blocks, void* block, const char* what);
+  static RecordingHost& of(SSHostServices* services) {
+    return *static_cast<Services*>(services)->host;
+  }
+  static RecordingHost& of(SSMemoryPool* pool) { return *static_cast<RecordingHost*>(pool->state); }
+  void fillPool();
+  void* allocate(std::size_t size, Kind kind, int filling);
+  void* resize(void* block, std::size_t size);
+  void release(void* block, Kind kind);
+  const Fault* faultAt(Step step);  // counts the call; null when it shall succeed
 
-  SSHostServices services_{};
+  template <typename... Details>
+  void note(const char* prefix, const char* call, const Details&... details) {
+    ++hostCalls_;
+    if (!logging) return;
+    std::ostringstream line;
+    line << prefix << call;
+    ((line << ' ' << details), ...);
+    log.push_back(line.str());
+  }
+
+  Services services_{};
   RecordingStream file_;
-  std::array<size_t, kAllSteps.size()> stepCalls_{};
-  Fault fault_;
-  bool hasFault_ = false;
+  std::array<std::size_t, kAllSteps.size()> stepCalls_{};
+  std::vector<Fault> faults_;
   bool faultMet_ = false;
-  Blocks poolBlocks_;
-  Blocks itemTexts_;
-  size_t poolBytes_ = 0;
-  size_t peakPoolBytes_ = 0;
-  size_t hostCalls_ = 0;
-  size_t bytesRead_ = 0;
-  size_t largestRead_ = 0;
-  int libraries_ = 0;
+  std::array<std::size_t, 2> blocks_{};  // outstanding, by Kind
+  std::size_t poolBytes_ = 0;
+  std::size_t peakPoolBytes_ = 0;
+  std::size_t hostCalls_ = 0;
+  std::size_t bytesRead_ = 0;
+  std::size_t largestRead_ = 0;
+  std::size_t libraries_ = 0;
   std::string converted_;  // the last result of toLowerText or toUpperText
-  std::map<std::string, Bytes, std::less<>> containerStreams_;
-  bool containerOpen_ = false;
-  bool objectTaken_ = false;
-  std::string openStreamName_;
-  std::unique_ptr<RecordingStream> inner_;
-  std::vector<std::string> violations_;
+
+  struct FakeContainer {
+    std::map<std::string, Bytes, std::less<>> streams;
+    bool isOpen = false;
+    bool objectTaken = false;
+    std::string openStream;
+    std::unique_ptr<RecordingStream> inner;
+  } fake_;
 };
 
 }  // namespace qps::test

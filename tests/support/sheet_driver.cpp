@@ -5,6 +5,7 @@
 #include "tests/support/sheet_driver.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
@@ -17,8 +18,8 @@ namespace {
 
 struct Field {
   const char* name;
-  size_t offset;
-  size_t size;  // 1, 4, or 32 for a font name
+  std::size_t offset;
+  std::size_t size;  // 1, 4, or 32 for a font name
   bool isHex = false;
 };
 
@@ -50,7 +51,7 @@ constexpr Field kCellFields[] = {
     {"", 120, 1},          {"", 128, 4},
 };
 
-std::span<const Field> fieldsOf(uint32_t kind) {
+std::span<const Field> fieldsOf(std::uint32_t kind) {
   switch (kind) {
     case SSItemKindSheetInfo:
       return kSheetInfoFields;
@@ -65,7 +66,7 @@ std::span<const Field> fieldsOf(uint32_t kind) {
 }
 
 // Where the kind's text pointer stands; 0 for a kind without one.
-size_t textOffsetOf(uint32_t kind) {
+std::size_t textOffsetOf(std::uint32_t kind) {
   switch (kind) {
     case SSItemKindCell:
       return offsetof(SSItemCell, text);
@@ -77,25 +78,61 @@ size_t textOffsetOf(uint32_t kind) {
   }
 }
 
-bool isUntouched(const uint8_t* bytes, size_t count) {
-  return std::all_of(bytes, bytes + count, [](uint8_t byte) { return byte == kUntouched; });
+bool isUntouched(const std::uint8_t* bytes, std::size_t count) {
+  return std::all_of(bytes, bytes + count, [](std::uint8_t byte) { return byte == kUntouched; });
 }
 
-void checkStrayWrites(RecordingHost& host, const SSItem& item) {
-  SSItem rest = item;
-  std::memset(rest.bytes, kUntouched, sizeof(rest.kind));
-  for (const Field& field : fieldsOf(item.kind))
-    std::memset(rest.bytes + field.offset, kUntouched, field.size);
-  if (const size_t offset = textOffsetOf(item.kind); offset != 0)
-    std::memset(rest.bytes + offset, kUntouched, sizeof(char*));
-  if (!isUntouched(rest.bytes, sizeof(rest.bytes)))
-    host.violate("an item of kind " + std::to_string(item.kind) + " wrote bytes that are not its");
+using Mask = std::array<std::uint8_t, SSItemBytes>;
+
+// The bytes that an item of the kind may write.
+const Mask& maskOf(std::uint32_t kind) {
+  static const auto masks = [] {
+    std::array<Mask, SSItemKindCell + 1> made{};
+    for (std::uint32_t each = SSItemKindSheetInfo; each <= SSItemKindCell; ++each) {
+      const auto own = [&](std::size_t offset, std::size_t size) {
+        std::fill_n(made[each].begin() + static_cast<std::ptrdiff_t>(offset), size, 0xFF);
+      };
+      own(0, sizeof(SSItem::kind));
+      for (const Field& field : fieldsOf(each))
+        own(field.offset, field.size);
+      if (const std::size_t offset = textOffsetOf(each); offset != 0) own(offset, sizeof(char*));
+    }
+    return made;
+  }();
+  return masks[kind];
+}
+
+void requireOwnBytes(const SSItem& item) {
+  const Mask& mask = maskOf(item.kind);
+  unsigned stray = 0;
+  for (std::size_t i = 0; i < mask.size(); ++i)
+    stray |= static_cast<unsigned>(item.bytes[i] ^ kUntouched) & ~unsigned{mask[i]};
+  require((stray & 0xFF) == 0, "an item writes the bytes of its kind only");
+}
+
+void requireInRange(const SSItem& item) {
+  constexpr std::uint32_t kMostColumns = 256;
+  constexpr std::uint32_t kMostRows = 65536;
+  const auto within = [](std::uint32_t value, std::uint32_t most) {
+    return value >= 1 && value <= most;
+  };
+  if (item.kind == SSItemKindColumnWidths) {
+    require(within(item.columnWidths.first, item.columnWidths.last) &&
+                within(item.columnWidths.last, kMostColumns),
+            "a run of columns");
+  } else if (item.kind == SSItemKindRowHeight) {
+    require(item.rowHeight.first == item.rowHeight.last && within(item.rowHeight.first, kMostRows),
+            "one row a row height");
+  } else if (item.kind == SSItemKindCell) {
+    require(within(item.cell.column, kMostColumns) && within(item.cell.row, kMostRows),
+            "a cell in the worksheet");
+  }
 }
 
 // Copies the item's text out and gives the block back to where it came from.
-Item take(RecordingHost& host, const SSItem& delivered) {
+Item received(RecordingHost& host, const SSItem& delivered) {
   Item item{delivered, std::nullopt};
-  const size_t offset = textOffsetOf(item.kind());
+  const std::size_t offset = textOffsetOf(item.kind());
   if (offset == 0) return item;
   char* text = nullptr;
   std::memcpy(&text, item.raw.bytes + offset, sizeof(text));
@@ -111,13 +148,13 @@ Item take(RecordingHost& host, const SSItem& delivered) {
 }
 
 std::string print(const Field& field, const SSItem& item) {
-  const uint8_t* at = item.bytes + field.offset;
+  const std::uint8_t* at = item.bytes + field.offset;
   if (isUntouched(at, field.size)) return "-";
   if (field.size == SSItemFontNameBytes) {
     const char* name = reinterpret_cast<const char*>(at);
     return std::string(name, strnlen(name, SSItemFontNameBytes));
   }
-  uint32_t value = *at;
+  std::uint32_t value = *at;
   if (field.size == sizeof(value)) std::memcpy(&value, at, sizeof(value));
   char digits[16];
   std::snprintf(digits, sizeof(digits), field.isHex ? "%X" : "%u", value);
@@ -145,14 +182,14 @@ std::ostream& operator<<(std::ostream& out, const Item& item) {
   return out << describe(item);
 }
 
-std::vector<uint32_t> SheetRun::kinds() const {
-  std::vector<uint32_t> result;
+std::vector<std::uint32_t> SheetRun::kinds() const {
+  std::vector<std::uint32_t> result;
   std::transform(items.begin(), items.end(), std::back_inserter(result),
                  [](const Item& item) { return item.kind(); });
   return result;
 }
 
-std::vector<Item> SheetRun::only(uint32_t kind) const {
+std::vector<Item> SheetRun::only(std::uint32_t kind) const {
   std::vector<Item> result;
   std::copy_if(items.begin(), items.end(), std::back_inserter(result),
                [kind](const Item& item) { return item.kind() == kind; });
@@ -182,19 +219,44 @@ CellValue describe(const QPSCellValue& value) {
   return {contents, format};
 }
 
-// Asks for the value after an item of this kind, or at a time without one (0).
-static void takeValue(RecordingHost& host, QPSSheet* sheet, uint32_t kind, SheetRun& run) {
-  QPSCellValue value{};
-  value.kind = kUntouched;
-  const size_t callsSoFar = host.hostCalls();
-  const bool isThere = QPSGetCellValue(sheet, &value) == 0;
-  if (isThere != (kind == SSItemKindCell) || (!isThere && value.kind != kUntouched))
-    host.violate("QPSGetCellValue after kind " + std::to_string(kind));
-  if (host.hostCalls() != callsSoFar) host.violate("QPSGetCellValue called the host");
-  if (isThere) run.values.push_back(describe(value));
+// Asking for a value takes nothing of the host.
+void ItemTaker::takeValue(bool isCell) {
+  value_ = {};
+  value_.kind = kUntouched;
+  const std::size_t calls = host_->hostCalls();
+  require((QPSGetCellValue(sheet_, &value_) == 0) == isCell, "a value for each cell, and no other");
+  require(host_->hostCalls() == calls, "a value asks for nothing");
+  if (!isCell) {
+    require(value_.kind == kUntouched, "where there is no value nothing is written");
+    return;
+  }
+  require(value_.kind <= QPSCellError && value_.isFormula <= 1, "a known kind of value");
+  require((value_.text != nullptr) == (value_.kind == QPSCellText), "a text for texts");
+  require(value_.formatCode <= 255 && value_.decimals <= 15, "a format of one byte");
+  require(value_.showsDateOrTime <= (QPSShowsDate | QPSShowsTime), "a date, a time or both");
 }
 
-SheetRun readSheet(RecordingHost& host, uint32_t offset, const SSReaderInterface& reader) {
+std::optional<Item> ItemTaker::take() {
+  if (lastKind_ == 0) takeValue(false);
+  SSItem item;
+  std::memset(item.bytes, kUntouched, sizeof(item.bytes));
+  if (process_(sheet_, &item) != 0) {
+    const std::size_t calls = host_->hostCalls();
+    require(process_(sheet_, &item) == 1 && host_->hostCalls() == calls, "the end stays the end");
+    takeValue(false);
+    return std::nullopt;
+  }
+  require(item.kind >= SSItemKindSheetInfo && item.kind <= SSItemKindCell, "a known kind");
+  require(item.kind >= lastKind_, "items in the order of their kinds");
+  require((item.kind == SSItemKindSheetInfo) == (lastKind_ == 0), "sheet information first, once");
+  lastKind_ = item.kind;
+  requireOwnBytes(item);
+  requireInRange(item);
+  takeValue(item.kind == SSItemKindCell);
+  return received(*host_, item);
+}
+
+SheetRun readSheet(RecordingHost& host, std::uint32_t offset, const SSReaderInterface& reader) {
   SheetRun run;
   QPSReader* handle =
       reader.allocateReader(&host, nullptr, host.stream(), host.services(), nullptr, nullptr);
@@ -202,41 +264,43 @@ SheetRun readSheet(RecordingHost& host, uint32_t offset, const SSReaderInterface
       reader.initSheet(handle, host.itemContext(), offset, RecordingHost::itemAlloc, nullptr);
   if (sheet != nullptr) {
     run.opened = true;
-    takeValue(host, sheet, 0, run);
-    SSItem item;
-    for (;;) {
-      std::memset(item.bytes, kUntouched, sizeof(item.bytes));
-      if (reader.processSheet(sheet, &item) != 0) break;
-      checkStrayWrites(host, item);
-      takeValue(host, sheet, item.kind, run);
-      run.items.push_back(take(host, item));
+    ItemTaker taker(host, sheet, reader);
+    while (auto item = taker.take()) {
+      if (item->kind() == SSItemKindCell) run.values.push_back(describe(taker.value()));
+      run.items.push_back(std::move(*item));
       if (!host.faultMet()) ++run.soundItems;
     }
-    const size_t callsSoFar = host.hostCalls();
-    if (reader.processSheet(sheet, &item) != 1 || host.hostCalls() != callsSoFar)
-      host.violate("QPSProcessSheet went on after the end");
-    takeValue(host, sheet, 0, run);
     run.closeResult = reader.closeSheet(sheet);
   }
   reader.closeReader(handle);
   return run;
 }
 
+std::vector<SSWorkSheetEntry> listSheets(RecordingHost& host, QPSReader* handle,
+                                         const SSReaderInterface& reader) {
+  constexpr std::uint32_t kPoison = 0xA5A5A5A5;  // the count is an output
+  SSWorkSheetList list{kPoison, nullptr};
+  const bool listed = reader.getWorkSheetInfo(handle, &list, 0) == 1;
+  require(!host.file().isOpen(), "listing closes the stream");
+  require(listed == (list.entries != nullptr), "a table or none");
+  require(listed || list.count == kPoison || list.count == 0, "a failed listing leaves no count");
+  if (!listed) return {};
+  require(list.count > 0, "a table has entries");
+  require(list.entries == handle->sheetTable && list.count == handle->sheetCount,
+          "the reader keeps the table");
+  std::vector<SSWorkSheetEntry> entries(list.entries, list.entries + list.count);
+  for (const SSWorkSheetEntry& entry : entries)
+    require(std::memchr(entry.name, '\0', sizeof(entry.name)) != nullptr, "a name ends");
+  return entries;
+}
+
 std::optional<std::vector<SSWorkSheetEntry>> listSheets(RecordingHost& host,
                                                         const SSReaderInterface& reader) {
-  std::optional<std::vector<SSWorkSheetEntry>> entries;
   QPSReader* handle =
       reader.allocateReader(&host, nullptr, host.stream(), host.services(), nullptr, nullptr);
-  constexpr uint32_t kPoison = 0xA5A5A5A5;  // the count is an output
-  SSWorkSheetList list{kPoison, nullptr};
-  if (reader.getWorkSheetInfo(handle, &list, 0) == 1) {
-    if (list.entries != handle->sheetTable || list.count != handle->sheetCount)
-      host.violate("the reader's handle does not hold the listing");
-    entries.emplace(list.entries, list.entries + list.count);
-  } else if (list.entries != nullptr || (list.count != kPoison && list.count != 0)) {
-    host.violate("a failed listing left a table or a count");
-  }
+  auto entries = listSheets(host, handle, reader);
   reader.closeReader(handle);
+  if (entries.empty()) return std::nullopt;
   return entries;
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Drives the exported operations over a RecordingHost: lists worksheets, reads one to its end, and
-// turns the items into values that compare and print. Each SSItem is filled with 0xA5 before the
-// call, so an item also shows which bytes the reader left alone.
+// turns the items into values that compare and print. What the operations promise is required of
+// every call: tests and fuzz targets need not ask for it.
 #ifndef QPSREADER_TESTS_SHEET_DRIVER_H
 #define QPSREADER_TESTS_SHEET_DRIVER_H
 
@@ -27,9 +27,9 @@ struct Item {
   SSItem raw;
   std::optional<std::string> text;
 
-  uint32_t kind() const { return raw.kind; }
-  uint32_t row() const { return raw.cell.row; }
-  uint32_t column() const { return raw.cell.column; }
+  std::uint32_t kind() const { return raw.kind; }
+  std::uint32_t row() const { return raw.cell.row; }
+  std::uint32_t column() const { return raw.cell.column; }
   unsigned alignment() const { return raw.cell.alignment; }
   bool operator==(const Item& other) const;
 };
@@ -51,20 +51,47 @@ struct SheetRun {
   bool opened = false;
   std::vector<Item> items;
   std::vector<CellValue> values;  // of the cells among them
-  size_t soundItems = 0;          // those that came before a fault was met
-  int32_t closeResult = -2;       // of QPSCloseSheet
+  std::size_t soundItems = 0;     // those that came before a fault was met
+  std::int32_t closeResult = -2;  // of QPSCloseSheet
 
-  std::vector<uint32_t> kinds() const;
-  std::vector<Item> only(uint32_t kind) const;
+  std::vector<std::uint32_t> kinds() const;
+  std::vector<Item> only(std::uint32_t kind) const;
 };
 
-// Allocates a reader, opens the worksheet at `offset`, takes every item and closes all. Bytes of an
-// item that its kind does not list must be left alone, and a call after the end must say 1 again
-// without a call to the host: the host records a violation otherwise. So it does when a value is
-// there at any other time than after a cell, or asking for it takes a call to the host.
-SheetRun readSheet(RecordingHost& host, uint32_t offset, const SSReaderInterface& reader);
+// Takes a worksheet's items one by one, as long as the caller likes: a row height record of ten
+// bytes stands for up to 65536. Each SSItem is filled with kUntouched before the call, so that an
+// item also shows which bytes the reader left alone.
+class ItemTaker {
+ public:
+  ItemTaker(RecordingHost& host, QPSSheet* sheet, const SSReaderInterface& reader)
+      : host_(&host), sheet_(sheet), process_(reader.processSheet) {}
 
-// The worksheets, or nothing when the listing fails.
+  // Nothing at the end. Requires items in the order of their kinds and in the worksheet's range, no
+  // byte written that is not the kind's, that the end stays the end without a call to the host, and
+  // that there is a value after a cell only.
+  std::optional<Item> take();
+
+  // What the last item held, when that was a cell.
+  const QPSCellValue& value() const { return value_; }
+
+ private:
+  void takeValue(bool isCell);
+
+  RecordingHost* host_;
+  QPSSheet* sheet_;
+  decltype(SSReaderInterface::processSheet) process_;
+  std::uint32_t lastKind_ = 0;
+  QPSCellValue value_{};
+};
+
+// Allocates a reader, opens the worksheet at `offset`, takes every item and closes all.
+SheetRun readSheet(RecordingHost& host, std::uint32_t offset, const SSReaderInterface& reader);
+
+// The worksheets that `handle` lists: none when the listing fails.
+std::vector<SSWorkSheetEntry> listSheets(RecordingHost& host, QPSReader* handle,
+                                         const SSReaderInterface& reader);
+
+// The same with a handle of its own, and nothing in place of none.
 std::optional<std::vector<SSWorkSheetEntry>> listSheets(RecordingHost& host,
                                                         const SSReaderInterface& reader);
 
@@ -74,7 +101,7 @@ inline SSReaderInterface linkedReader() {
   qpsGetSSReaderInterface(&table);
   return table;
 }
-inline SheetRun readSheet(RecordingHost& host, uint32_t offset) {
+inline SheetRun readSheet(RecordingHost& host, std::uint32_t offset) {
   return readSheet(host, offset, linkedReader());
 }
 inline std::optional<std::vector<SSWorkSheetEntry>> listSheets(RecordingHost& host) {
