@@ -8,16 +8,15 @@
 #include <string_view>
 
 #include "bench/floor.h"
-#include "bench/notebooks.h"
 #include "bench/subject.h"
 
 using namespace qps::bench;
 
 extern "C" __attribute__((noinline)) std::size_t measuredRun(Subject& subject, bool floor) {
-  const std::uint32_t offset = subject.reading.offset();
-  if (!floor) return subject.reading.items(offset);
-  subject.host.stream()->open(subject.host.stream());
-  return floorItems(subject.host.stream(), offset, MemoryHost::itemAlloc, &subject.host).cells;
+  if (!floor) return subject.items();
+  return floorItems(subject.openedStream(), subject.offset(), TextBlocks::allocate,
+                    &subject.texts())
+      .cells;
 }
 
 int main(int argc, char** argv) {
@@ -26,8 +25,7 @@ int main(int argc, char** argv) {
       std::printf("%.*s\n", static_cast<int>(name.size()), name.data());
     return 0;
   }
-  if (argc != 4) return 2;
-  const auto deck = findDeck(argv[2]);
+  const auto deck = argc == 4 ? findDeck(argv[2]) : std::nullopt;
   if (!deck) return 2;
   Subject subject(buildNotebook(*deck, std::strtoul(argv[3], nullptr, 10)).bytes());
   std::printf("%zu\n", measuredRun(subject, std::string_view(argv[1]) == "floor"));

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "bench/floor.h"
-#include "bench/memory_host.h"
+#include "bench/lean_stream.h"
 
 namespace {
 
@@ -84,8 +84,7 @@ void writeCsv(SSStream* stream) {
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
   const std::vector<std::byte> bytes = readFile(argv[1]);
-  MemoryHost host(bytes);
-  host.stream()->open(host.stream());
-  writeCsv(host.stream());
+  LeanStream stream(bytes);
+  writeCsv(&stream);
   return 0;
 }

@@ -1,92 +1,147 @@
 // SPDX-License-Identifier: MIT
 //
 // qps_bench [--cells=N] [--tool=QPS --folder=DIR] [Google Benchmark's flags]: measures the reader
-// and prints the ratios to the floor. Runs are repeated in random order, so that a disturbance of
-// the machine does not meet one of them alone. With --tool it compares whole processes too, on a
-// file that it writes to DIR. The status is 1 when a ratio is above what it may be.
+// and prints one table: nanoseconds a unit, and the ratio to the floor of the same run. Runs are
+// repeated in random order, so that a disturbance of the machine does not meet one of them alone;
+// of several the fastest counts. With --tool it compares whole processes too, on a file that it
+// writes to DIR. The status is 1 when a ratio is above what it may be.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "bench/floor.h"
 #include "bench/measure.h"
-#include "bench/ratio_table.h"
 #include "bench/subject.h"
 
 namespace {
 
 using namespace qps::bench;
 
-// A floor that printed something else than the reader would measure nothing: it and the reader must
-// give the same text for each cell.
-bool floorPrintsAsTheReader() {
-  for (const FamilyRow& row : kFamilies) {
-    Subject subject(buildNotebook(*findDeck(row.name), 5'000).bytes());
-    std::vector<std::string> texts;
-    subject.reading.items(subject.reading.offset(), [&](const SSItem& item) {
-      if (item.kind != SSItemKindCell) return;
-      const char* text = item.cell.text;
-      texts.emplace_back(text == nullptr ? "" : text);
-    });
-    std::size_t cell = 0;
-    bool same = true;
-    subject.host.stream()->open(subject.host.stream());
-    walkRecords(subject.host.stream(), subject.reading.offset(),
-                [&](unsigned type, const std::uint8_t* body, std::size_t bytes) {
-                  if (!isCellRecord(type)) return type != qps::test::rec::kSheetEnd;
-                  char area[kFloorTextBytes];
-                  const std::string_view text = floorText(familyOf(body), body, bytes, area);
-                  same = cell < texts.size() && texts[cell] == text;
-                  if (!same) {
-                    std::fprintf(
-                        stderr,
-                        "bench: %s: cell %zu: the floor prints \"%.*s\", the reader \"%s\"\n",
-                        row.name.data(), cell, static_cast<int>(text.size()), text.data(),
-                        cell < texts.size() ? texts[cell].c_str() : "");
-                  }
-                  ++cell;
-                  return same;
-                });
-    if (!same || cell != texts.size()) return false;
+class RatioTable : public benchmark::BenchmarkReporter {
+ public:
+  explicit RatioTable(const std::vector<Measure>& measures) {
+    for (const Measure& measure : measures)
+      rows_.push_back({&measure, 0, 0});
   }
-  return true;
+
+  // Whether no ratio that was measured is above what its measure allows.
+  bool allReached() const { return allReached_; }
+
+  bool ReportContext(const Context&) override { return true; }
+
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      Row* row = find(run.run_name.function_name);
+      if (row == nullptr || run.run_type != Run::RT_Iteration || run.error_occurred) continue;
+      const auto peak = run.counters.find("peakBytes");
+      const bool elsewhere = peak != run.counters.end();
+      const double total = elsewhere ? run.real_accumulated_time : run.cpu_accumulated_time;
+      const double each =
+          total / static_cast<double>(run.iterations) / static_cast<double>(row->measure->units);
+      row->seconds = row->seconds == 0 ? each : std::min(row->seconds, each);
+      if (elsewhere) row->peakBytes = peak->second.value;
+    }
+  }
+
+  void Finalize() override {
+    std::string group;
+    for (const Row& row : rows_) {
+      if (row.seconds == 0 || !row.measure->isShown) continue;
+      if (row.measure->group != group) {
+        group = row.measure->group;
+        std::printf("\n%-44s %9s %9s %7s %8s\n", group.c_str(), "ns a unit", "floor", "ratio",
+                    "at most");
+      }
+      print(row);
+    }
+  }
+
+ private:
+  struct Row {
+    const Measure* measure;
+    double seconds;  // a unit; 0 when it was not measured
+    double peakBytes;
+  };
+
+  Row* find(const std::string& key) {
+    const auto isIt = [&](const Row& row) { return keyOf(*row.measure) == key; };
+    const auto found = std::find_if(rows_.begin(), rows_.end(), isIt);
+    return found == rows_.end() ? nullptr : &*found;
+  }
+
+  void print(const Row& row) {
+    std::printf("  %-42s %9.2f", row.measure->name.c_str(), row.seconds * 1e9);
+    const Row* floor = find(row.measure->floor);
+    if (floor != nullptr && floor->seconds != 0) {
+      const double ratio = row.seconds / floor->seconds;
+      std::printf(" %9.2f %7.3f", floor->seconds * 1e9, ratio);
+      const double atMost = row.measure->atMost;
+      const bool reached = atMost == 0 || ratio <= atMost;
+      if (atMost != 0) std::printf(" %8.2f%s", atMost, reached ? "" : "  above");
+      allReached_ = allReached_ && reached;
+    }
+    if (row.peakBytes != 0) std::printf("  peak %.1f MB", row.peakBytes / 1e6);
+    std::printf("\n");
+  }
+
+  std::vector<Row> rows_;
+  bool allReached_ = true;
+};
+
+// A floor that printed something else than the reader would measure nothing: the two must give the
+// same text for each cell of the family.
+bool floorPrintsAsTheReader(const FamilyRow& row) {
+  Subject subject(buildNotebook(*findDeck(row.name), 5'000).bytes());
+  std::vector<std::string> texts, floorTexts;
+  subject.items(0, [&](const SSItem& item) {
+    const char* text = item.kind == SSItemKindCell ? item.cell.text : nullptr;
+    if (text != nullptr) texts.emplace_back(text);
+  });
+  const std::uint32_t offset = subject.offset();
+  walkRecords(subject.openedStream(), offset,
+              [&](unsigned type, const std::uint8_t* body, std::size_t bytes) {
+                char area[kFloorTextBytes];
+                if (isCellRecord(type))
+                  floorTexts.emplace_back(floorText(familyOf(body), body, bytes, area));
+                return type != qps::test::rec::kSheetEnd;
+              });
+  if (texts == floorTexts && !texts.empty()) return true;
+  const auto [reader, floor] =
+      std::mismatch(texts.begin(), texts.end(), floorTexts.begin(), floorTexts.end());
+  std::fprintf(stderr, "bench: %s: the floor prints \"%s\", the reader \"%s\"\n", row.name.data(),
+               floor == floorTexts.end() ? "" : floor->c_str(),
+               reader == texts.end() ? "" : reader->c_str());
+  return false;
 }
 
 void runMeasure(benchmark::State& state, const Measure& measure) {
-  if (measure.run) {
-    for (auto _ : state)
-      measure.run();
-    return;
-  }
   double peak = 0;
   for (auto _ : state) {
+    if (measure.run) {
+      measure.run();
+      continue;
+    }
     const Usage usage = measure.runElsewhere();
     state.SetIterationTime(usage.seconds);
-    peak = std::max(peak, usage.peakBytes);
+    peak = usage.peakBytes;
   }
-  state.counters["peakBytes"] = peak;
-}
-
-void registerMeasure(const Measure& measure) {
-  auto* registered = benchmark::RegisterBenchmark(
-      keyOf(measure).c_str(), [&measure](benchmark::State& state) { runMeasure(state, measure); });
-  if (measure.runElsewhere) registered->UseManualTime();
+  if (!measure.run) state.counters["peakBytes"] = peak;
 }
 
 // Takes "--name=value" out of the arguments; `otherwise` when it is not there.
 std::string takeFlag(std::vector<char*>& arguments, std::string_view name, std::string otherwise) {
-  for (auto at = arguments.begin(); at != arguments.end(); ++at) {
-    const std::string_view argument = *at;
-    if (!argument.starts_with(name)) continue;
-    otherwise = argument.substr(name.size());
-    arguments.erase(at);
-    break;
-  }
+  const auto at = std::find_if(arguments.begin(), arguments.end(), [&](std::string_view argument) {
+    return argument.starts_with(name);
+  });
+  if (at == arguments.end()) return otherwise;
+  otherwise = std::string_view(*at).substr(name.size());
+  arguments.erase(at);
   return otherwise;
 }
 
@@ -112,15 +167,16 @@ int main(int argc, char** argv) {
     const auto floor = std::filesystem::path(argv[0]).parent_path() / "qps_floor_csv";
     addProcessMeasures(processes, cells, tool, floor.string(), folder);
   }
-  if (!floorPrintsAsTheReader()) return 1;
+  if (!std::all_of(std::begin(kFamilies), std::end(kFamilies), floorPrintsAsTheReader)) return 1;
   std::vector<Measure> measures;
-  addItemMeasures(measures, cells);
-  addOpeningMeasures(measures, cells);
-  addGrowthMeasures(measures, cells);
-  addWorstCases(measures);
+  addReaderMeasures(measures, cells);
   measures.insert(measures.end(), processes.begin(), processes.end());
-  for (const Measure& measure : measures)
-    registerMeasure(measure);
+  for (const Measure& measure : measures) {
+    auto* registered = benchmark::RegisterBenchmark(
+        keyOf(measure).c_str(),
+        [&measure](benchmark::State& state) { runMeasure(state, measure); });
+    if (measure.runElsewhere) registered->UseManualTime();
+  }
   RatioTable table(measures);
   benchmark::RunSpecifiedBenchmarks(&table);
   return table.allReached() ? 0 : 1;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What is measured: named runs over so many units (cells, records, rows), some of them to be
-// compared with another run, whose cost per unit is the floor.
+// A row of the table: a named run over so many units (cells, records, rows), mostly to be compared
+// with another run, whose cost a unit is the floor.
 #ifndef QPSREADER_BENCH_MEASURE_H
 #define QPSREADER_BENCH_MEASURE_H
 
@@ -19,12 +19,12 @@ struct Usage {
 };
 
 struct Measure {
-  std::string group{};  // measures of one group stand together
-  std::string name{};   // unique in its group
+  std::string group;  // measures of one group stand together
+  std::string name;   // unique in its group
   std::size_t units = 0;
-  std::string floor{};       // keyOf the measure to compare with, or empty
-  double atMost = 0;         // the ratio to reach, or 0
-  bool isOnlyFloor = false;  // shown in the rows that are compared with it
+  std::string floor{};  // keyOf the measure to compare with, or empty
+  double atMost = 0;    // the ratio to reach, or 0
+  bool isShown = true;  // floors are shown in the rows that are compared with them
   std::function<void()> run{};
   std::function<Usage()> runElsewhere{};  // in the place of `run`: another process
 };
@@ -34,13 +34,7 @@ inline std::string keyOf(const Measure& measure) {
   return measure.group + "/" + measure.name;
 }
 
-// The group of the floor that walks, renders with std::to_chars and copies.
-inline constexpr const char* kToCharsFloor = "floor";
-
-void addItemMeasures(std::vector<Measure>& measures, std::size_t cells);
-void addGrowthMeasures(std::vector<Measure>& measures, std::size_t cells);
-void addOpeningMeasures(std::vector<Measure>& measures, std::size_t cells);
-void addWorstCases(std::vector<Measure>& measures);
+void addReaderMeasures(std::vector<Measure>& measures, std::size_t cells);
 
 // Compares the tool with the floor that writes CSV, both on one file that is written to `folder`.
 void addProcessMeasures(std::vector<Measure>& measures, std::size_t cells, const std::string& tool,
