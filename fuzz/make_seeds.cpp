@@ -115,6 +115,8 @@ void addFormats(Seeds& seeds) {
       "1.23E+05",
   };
   constexpr double kValues[] = {0, -1, 0.5, 1234567.891, 45296.75, -36000.25, 1e-9, 1e300};
+  constexpr unsigned kFormats[] = {1,  4,  5,  6,  7,   8,    9,    10,   11,   12,
+                                   13, 14, 15, 96, 112, 0x13, 0x22, 0x32, 0x42, 0x52};
   unsigned i = 0;
   for (const std::string_view text : kTexts) {
     const double value = kValues[i % std::size(kValues)];
@@ -122,8 +124,7 @@ void addFormats(Seeds& seeds) {
     seeds.add("render_functions", Body().f64(value).u16(i).u16(64 * i), bytesOf(text));
     ++i;
   }
-  for (const unsigned format :
-       {1, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 96, 112, 0x13, 0x22, 0x32, 0x42, 0x52}) {
+  for (const unsigned format : kFormats) {
     const double value = kValues[i++ % std::size(kValues)];
     seeds.add("format_text", Body().f64(value).u16(1000).u8(format).u8(0).u8(10), {});
   }

@@ -32,8 +32,8 @@ Body& Body::f64(double value) {
 }
 
 Body& Body::text(std::string_view value) {
-  const Bytes added = bytesOf(value);
-  bytes_.insert(bytes_.end(), added.begin(), added.end());
+  const auto* first = reinterpret_cast<const std::byte*>(value.data());
+  bytes_.insert(bytes_.end(), first, first + value.size());
   return *this;
 }
 
@@ -84,7 +84,10 @@ Self& NotebookBuilder::raw(const Bytes& bytes) {
 
 Self& NotebookBuilder::record(unsigned type, const Body& body) {
   if (type == rec::kSheetStart) sheetOffsets_.push_back(static_cast<std::uint32_t>(bytes_.size()));
-  return rawHeader(type, static_cast<unsigned>(body.bytes().size())).raw(body.bytes());
+  const auto size = static_cast<unsigned>(body.bytes().size());
+  for (const unsigned byte : {type, type >> 8, size, size >> 8})
+    bytes_.push_back(static_cast<std::byte>(byte & 0xFF));
+  return raw(body.bytes());
 }
 
 Self& NotebookBuilder::formulaSpecial(At at, unsigned kind, unsigned low16, unsigned word) {

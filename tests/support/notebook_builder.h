@@ -62,6 +62,7 @@ enum Type : unsigned {
 // A record's body, written field by field, little-endian.
 class Body {
  public:
+  Body() { bytes_.reserve(32); }
   Body& u8(unsigned value);
   Body& u16(unsigned value);
   Body& u32(std::uint32_t value);
