@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tool/html_style.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -111,6 +112,19 @@ std::string points(std::uint64_t twentieths) {
   return text + "pt";
 }
 
+bool isNumber(std::string_view text, const CellStyle& style) {
+  if (text == "ERR") return true;
+  const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
+  bool digit = false;
+  std::size_t word = 0, longest = 0;
+  for (const char c : text) {
+    digit = digit || (c >= '0' && c <= '9');
+    word = isLetter(c) ? word + 1 : 0;
+    longest = std::max(longest, word);
+  }
+  return digit && (style.horizontal == HorizontalAlign::kRight || longest <= 3);
+}
+
 std::string cssOf(const CellStyle& style, const Decoder& decoder) {
   constexpr std::array<const char*, SSItemBorderSlots> kSides = {"left", "top", "right", "bottom"};
   std::string css = std::string("text-align:") + cssOf(style.horizontal) +
@@ -127,23 +141,50 @@ std::string cssOf(const CellStyle& style, const Decoder& decoder) {
   return css;
 }
 
-// Gridlines are dotted, and headings have none, so that a cell's own line wins wherever two meet.
+// The sheet is paper, white in a dark room too: its colours are the author's. The window scrolls,
+// and nothing in it does, so that tabs, column letters and row numbers can stick to its edges.
 // Column letters and row numbers are generated: they are not part of the page's text.
+//
+// Whether a number fits its column, only the browser's own layout can tell. `.n` lets a line break
+// in front of the number and nowhere else, at a soft hyphen that is written as marks; the second
+// line, to which a number that does not fit moves, is out of sight.
+//
+// Gridlines are dotted, and headings have none, so that a cell's own line wins wherever two meet.
 std::string_view pageStyles() {
-  return R"(body{margin:1em;background:#fff;color:#000;font:10pt Arial,sans-serif}
-h1{font-size:14pt}
-h2{font-size:12pt;margin:1.5em 0 .5em}
-nav{position:sticky;top:0;background:#fff;padding:.3em 0;z-index:1}
-nav a{display:inline-block;padding:.2em .8em;border:1px solid #808080;border-radius:.4em .4em 0 0;background:#e8e8e8;color:#000;text-decoration:none}
-section{overflow-x:auto}
-table{border-collapse:collapse;table-layout:fixed;line-height:1.1}
-td{border:1px dotted #c0c0c0;padding:0 2px;overflow:hidden;white-space:pre;vertical-align:bottom}
-td.o{overflow:visible}
-td.o>div{overflow:hidden}
-th{padding:0;box-shadow:inset -1px -1px #b0b0b0;background:#e8e8e8;color:#404040;font:8pt Arial,sans-serif;text-align:center;overflow:hidden}
+  return R"(html{color-scheme:light dark;--bar:#e8e8e8;--ink:#303030;--room:#fff;--tabs:0px;scroll-padding-top:var(--tabs);container-type:inline-size}
+body{margin:0;width:max-content;min-width:100%;background:#fff;color:#000;font:10pt Arial,sans-serif}
+html:has(.tabs){--tabs:2.8rem}
+header,nav,h2,.note{position:sticky;left:0;width:100vw;width:100cqw;box-sizing:border-box;padding:.3rem 1rem;margin:0}
+header,nav{background:var(--room);color:var(--ink)}
+h1{font-size:14pt;overflow-wrap:anywhere}
+h2{font-size:12pt}
+.damage{padding:.5rem;border:2px solid #b00000;background:#fff0f0;color:#800000;overflow-wrap:anywhere}
+nav{top:0;z-index:4;height:var(--tabs);display:flex;gap:.2rem;overflow:auto hidden;white-space:pre}
+nav a{flex:none;height:1.4rem;padding:.1rem .8rem;border:1px solid #808080;border-radius:.4rem .4rem 0 0;background:var(--bar);color:var(--ink);text-decoration:none}
+section{content-visibility:auto;background:#fff;padding-bottom:2rem}
+table{border-collapse:collapse;table-layout:fixed;line-height:1.1;width:var(--w);color:#000}
+td{border:1px dotted #c0c0c0;padding:0 2px;white-space:pre;vertical-align:bottom}
+.c{overflow:hidden}
+td>div{display:flex;overflow:clip}
+.n>div{display:block;height:1.1em;white-space:normal;hyphens:manual}
+.n1>div{hyphenate-character:"#"}
+.n2>div{hyphenate-character:"##"}
+.n3>div{hyphenate-character:"###"}
+.n4>div{hyphenate-character:"####"}
+.n5>div{hyphenate-character:"#####"}
+.n>div::before{content:"\2060\AD"}
+.n span{white-space:pre}
+th{position:sticky;left:0;z-index:2;padding:0;box-shadow:inset -1px -1px #b0b0b0;background:var(--bar);color:var(--ink);font:8pt Arial,sans-serif;text-align:center;overflow:hidden}
+thead th{left:auto;top:var(--tabs);z-index:2}
+thead td{position:sticky;left:0;top:var(--tabs);z-index:3;border:0;background:var(--bar)}
 th::before{content:attr(data-n)}
 tr{height:var(--h)}
 tr.gap td{background:#f4f4f4}
+section:not(:has(:checked)) .x{display:none}
+section:has(:checked) table{width:var(--all);background-image:none!important}
+section:has(:checked) .x{background-color:#fff8e0}
+@media(prefers-color-scheme:dark){html{--bar:#303030;--ink:#e0e0e0;--room:#181818}}
+@media print{nav{display:none}th{position:static}section{content-visibility:visible}}
 )";
 }
 

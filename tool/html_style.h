@@ -4,6 +4,7 @@
 #ifndef QPSREADER_TOOL_HTML_STYLE_H
 #define QPSREADER_TOOL_HTML_STYLE_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -16,8 +17,16 @@ namespace qps {
 // A length in twentieths of a point: "48.2pt".
 std::string points(std::uint64_t twentieths);
 
+// Whether a cell shows a number, which must be seen whole or not at all; a label may be cut. Judged
+// by the text: a label that looks like a number, or has a digit and stands at the right, counts as
+// one, since marks in its place hide what a cut would falsify.
+bool isNumber(std::string_view text, const CellStyle& style);
+
 // The declarations of a cell's style: "text-align:right;...".
 std::string cssOf(const CellStyle& style, const Decoder& decoder);
+
+// A number that may be too wide has the classes n and n1 to n5, by the marks that stand for it.
+constexpr std::size_t kMostMarks = 5;
 
 // The style sheet that every page begins with.
 std::string_view pageStyles();

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
 // An HTML page that looks like the notebook: a table for each worksheet with its own widths,
-// heights, fonts, colours and borders, hidden rows and columns left out. The page stands alone: no
-// script, nothing loaded, and a policy that forbids both.
+// heights, fonts, colours and borders; hidden rows and columns are named, and a box shows them. The
+// page stands alone: no script, nothing loaded, and a policy that forbids both.
 //
-// Its size is in proportion to the cells. Empty cells are written one by one while there are not
-// many more of them than cells, and as one wide cell or one marked row after that.
+// Its size is in proportion to the cells. Empty cells side by side are one wide cell, and empty
+// rows are one marked row when there are many more of them than cells.
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -25,6 +26,8 @@ namespace {
 
 constexpr std::uint32_t kMostColumns = 256;
 constexpr std::uint64_t kRowHeaderWidth = 640;  // twentieths of a point
+constexpr std::uint64_t kCellPadding = 90;      // with the lines, at most
+constexpr std::size_t kMostNames = 20;          // of hidden stretches in a note
 constexpr std::uint64_t kEmptyCellsAtLeast = 1000;
 constexpr std::uint64_t kEmptyCellsPerCell = 10;
 
@@ -32,6 +35,10 @@ std::string html(std::string_view utf8) {
   std::string text;
   appendHtml(utf8, text);
   return text;
+}
+
+bool isEmpty(const Cell& cell) {
+  return cell.text == nullptr || *cell.text == '\0';
 }
 
 class SheetTable {
@@ -44,18 +51,22 @@ class SheetTable {
   using Cells = std::span<const Cell>;
 
   bool isHidden(std::uint32_t column) const { return widths_[column] == 0; }
-  std::uint32_t shownColumns(std::uint32_t first, std::uint32_t last) const;
+  void widenFor(std::uint32_t column, std::size_t characters);
   std::uint64_t width(std::uint32_t first, std::uint32_t last) const;
+  std::uint32_t shownWidth(std::uint32_t column) const;
+  bool surelyFits(const CellStyle& style, std::uint32_t column) const;
   std::uint32_t height(std::uint32_t row) const;
+  std::string hiddenNames() const;
 
+  void writeNote(const std::string& hidden);
   void writeColumns();
+  std::string gridLines() const;
   void writeEmptyRows(std::uint32_t first, std::uint32_t last);
-  void writeRowStart(std::uint32_t row);
   void writeRow(std::uint32_t row, Cells cells);
   void writeEmptyCells(std::uint32_t first, std::uint32_t last);
-  void writeCell(Cells rest);
-  std::uint32_t lastFreeColumn(Cells rest, const CellStyle& style) const;
-  bool mayRunOver(const CellStyle& style, std::size_t bytes, std::uint32_t column) const;
+  void writeCell(Cells row, std::size_t index);
+  void writeNumber();
+  void writeLabel(const CellStyle& style, std::uint64_t left, std::uint64_t right);
   bool mayWrite(std::uint64_t emptyCells);
 
   Output& out_;
@@ -76,15 +87,22 @@ SheetTable::SheetTable(Output& out, const Document& document, const SheetData& s
   for (const Run& run : sheet.columnWidths)
     for (std::uint32_t column = run.first; column <= std::min(run.last, kMostColumns); ++column)
       widths_[column] = run.size;
-  for (const Cell& cell : sheet.cells)
-    lastColumn_ = std::max(lastColumn_, cell.place.column());
+  const Cells cells = sheet.cells;
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    const Place place = cells[i].place;
+    lastColumn_ = std::max(lastColumn_, place.column());
+    const bool lastInRow = i + 1 == cells.size() || cells[i + 1].place.row() != place.row();
+    if (lastInRow && !isEmpty(cells[i])) widenFor(place.column(), std::strlen(cells[i].text));
+  }
 }
 
-std::uint32_t SheetTable::shownColumns(std::uint32_t first, std::uint32_t last) const {
-  std::uint32_t count = 0;
-  for (std::uint32_t column = first; column <= last; ++column)
-    count += isHidden(column) ? 0 : 1;
-  return count;
+// A text that runs past the last column with a cell gets more columns to run over: how many is a
+// guess, 6 points a character.
+void SheetTable::widenFor(std::uint32_t column, std::size_t characters) {
+  std::uint64_t room = widths_[column];
+  while (column < kMostColumns && room < characters * 120)
+    room += widths_[++column];
+  lastColumn_ = std::max(lastColumn_, column);
 }
 
 std::uint64_t SheetTable::width(std::uint32_t first, std::uint32_t last) const {
@@ -109,9 +127,25 @@ bool SheetTable::mayWrite(std::uint64_t emptyCells) {
   return true;
 }
 
+std::uint32_t SheetTable::shownWidth(std::uint32_t column) const {
+  return isHidden(column) ? sheet_.info.defaultColumnWidth : widths_[column];
+}
+
 void SheetTable::write() {
-  writeColumns();
   const Cells cells = sheet_.cells;
+  std::uint64_t all = kRowHeaderWidth;
+  for (std::uint32_t column = 1; column <= lastColumn_; ++column)
+    all += shownWidth(column);
+  const std::string own = points(kRowHeaderWidth + width(1, lastColumn_));
+  const std::uint64_t rows =
+      cells.empty() ? 0 : std::min<std::uint64_t>(cells.back().place.row(), emptyCellsLeft_);
+  out_.write("<section id=\"sheet" + std::to_string(sheet_.number) + "\" style=\"--w:" + own +
+             ";--all:" + points(all) + ";--h:" + points(sheet_.info.defaultRowHeight) +
+             ";contain-intrinsic-size:" + own + " " +
+             points(1000 + rows * sheet_.info.defaultRowHeight) + "\">\n<h2 id=\"name" +
+             std::to_string(sheet_.number) + "\">" + html(sheet_.name) + "</h2>\n");
+  writeNote(hiddenNames());
+  writeColumns();
   std::uint32_t nextRow = 1;
   for (std::size_t first = 0; first < cells.size();) {
     const std::uint32_t row = cells[first].place.row();
@@ -119,118 +153,207 @@ void SheetTable::write() {
     while (end < cells.size() && cells[end].place.row() == row)
       ++end;
     writeEmptyRows(nextRow, row - 1);
-    if (height(row) > 0) writeRow(row, cells.subspan(first, end - first));
+    writeRow(row, cells.subspan(first, end - first));
     nextRow = row + 1;
     first = end;
   }
-  out_.write("</tbody>\n</table>\n");
+  out_.write("</tbody>\n</table>\n</section>\n");
+}
+
+// "column F, rows 9, 12–20"; "" when nothing is hidden.
+std::string SheetTable::hiddenNames() const {
+  std::vector<Run> columns, rows;
+  const auto add = [](std::vector<Run>& runs, std::uint32_t place) {
+    if (!runs.empty() && runs.back().last + 1 == place)
+      runs.back().last = place;
+    else
+      runs.push_back({place, place, 0});
+  };
+  for (std::uint32_t column = 1; column <= kMostColumns; ++column)
+    if (isHidden(column)) add(columns, column);
+  for (const Run& height : sheet_.rowHeights)
+    if (height.size == 0) add(rows, height.first);
+
+  std::string names;
+  const auto name = [&names](const std::vector<Run>& runs, const char* noun, auto&& nameOf) {
+    if (runs.empty()) return;
+    const bool one = runs.size() == 1 && runs[0].first == runs[0].last;
+    names.append(names.empty() ? "" : ", ").append(noun).append(one ? " " : "s ");
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+      if (i == kMostNames) {
+        names += " and " + counted(runs.size() - i, "more stretch");
+        break;
+      }
+      names += (i == 0 ? "" : ", ") + nameOf(runs[i].first);
+      if (runs[i].last != runs[i].first) names += "\u2013" + nameOf(runs[i].last);
+    }
+  };
+  name(columns, "column", columnName);
+  name(rows, "row", [](std::uint32_t row) { return std::to_string(row); });
+  return names;
+}
+
+void SheetTable::writeNote(const std::string& hidden) {
+  if (hidden.empty()) return;
+  out_.write("<p class=\"note\"><label><input type=\"checkbox\"> show hidden: " + hidden +
+             "</label></p>\n");
 }
 
 void SheetTable::writeColumns() {
-  out_.write("<table style=\"width:" + points(kRowHeaderWidth + width(1, lastColumn_)) +
-             ";--h:" + points(sheet_.info.defaultRowHeight));
+  out_.write("<table aria-labelledby=\"name" + std::to_string(sheet_.number) + "\" style=\"");
   if (sheet_.info.columnColour != SS_NO_COLOUR)
-    out_.write(";background-color:" + htmlColour(sheet_.info.columnColour));
-  out_.write("\">\n<colgroup><col style=\"width:" + points(kRowHeaderWidth) + "\">");
+    out_.write("background-color:" + htmlColour(sheet_.info.columnColour) + ";");
+  out_.write(gridLines() + "\">\n<colgroup><col style=\"width:" + points(kRowHeaderWidth) + "\">");
   std::string letters;
   for (std::uint32_t column = 1; column <= lastColumn_; ++column) {
-    if (isHidden(column)) continue;
-    out_.write("<col style=\"width:" + points(widths_[column]) + "\">");
-    letters += "<th scope=\"col\" data-n=\"" + columnName(column) + "\"></th>";
+    const char* const hidden = isHidden(column) ? " class=\"x\"" : "";
+    out_.write(std::string("<col") + hidden + " style=\"width:" + points(shownWidth(column)) +
+               "\">");
+    letters +=
+        std::string("<th") + hidden + " scope=\"col\" data-n=\"" + columnName(column) + "\"></th>";
   }
-  out_.write("</colgroup>\n<thead><tr><th></th>" + letters + "</tr></thead>\n<tbody>\n");
+  out_.write("</colgroup>\n<thead><tr><td></td>" + letters + "</tr></thead>\n<tbody>\n");
+}
+
+// A line behind each column's right edge, which the wide empty cells have no border for.
+std::string SheetTable::gridLines() const {
+  std::string css = "background-image:linear-gradient(90deg";
+  std::uint64_t edge = kRowHeaderWidth;
+  for (std::uint32_t column = 1; column <= lastColumn_; ++column) {
+    if (isHidden(column)) continue;
+    edge += widths_[column];
+    css += ",transparent 0 " + points(edge - std::min<std::uint64_t>(edge, 10)) + ",#e0e0e0 0 " +
+           points(edge);
+  }
+  return css + ",transparent 0)";
 }
 
 void SheetTable::writeEmptyRows(std::uint32_t first, std::uint32_t last) {
   if (last < first) return;
-  const std::uint32_t columns = shownColumns(1, lastColumn_);
-  if (mayWrite(std::uint64_t{last - first + 1} * (columns + 1))) {
+  if (mayWrite(std::uint64_t{last - first + 1} * 2)) {
     for (std::uint32_t row = first; row <= last; ++row)
-      if (height(row) > 0) writeRow(row, {});
+      writeRow(row, {});
     return;
   }
+  const auto shown = std::count_if(widths_.begin() + 1, widths_.begin() + 1 + lastColumn_,
+                                   [](std::uint32_t width) { return width != 0; });
   out_.write("<tr class=\"gap\"><th scope=\"row\" data-n=\"" + std::to_string(first) + "\u2013" +
              std::to_string(last) + "\"></th><td colspan=\"" +
-             std::to_string(std::max(columns, 1U)) + "\"></td></tr>\n");
-}
-
-void SheetTable::writeRowStart(std::uint32_t row) {
-  const std::uint32_t own = height(row);
-  out_.write("<tr");
-  if (own != sheet_.info.defaultRowHeight) out_.write(" style=\"height:" + points(own) + "\"");
-  out_.write("><th scope=\"row\" data-n=\"" + std::to_string(row) + "\"></th>");
+             std::to_string(std::max<std::ptrdiff_t>(shown, 1)) + "\"></td></tr>\n");
 }
 
 void SheetTable::writeRow(std::uint32_t row, Cells cells) {
-  writeRowStart(row);
+  const std::uint32_t own = height(row);
+  out_.write("<tr");
+  if (own == 0)
+    out_.write(" class=\"x\"");
+  else if (own != sheet_.info.defaultRowHeight)
+    out_.write(" style=\"height:" + points(own) + "\"");
+  out_.write("><th scope=\"row\" data-n=\"" + std::to_string(row) + "\"></th>");
   std::uint32_t nextColumn = 1;
   for (std::size_t i = 0; i < cells.size(); ++i) {
-    const std::uint32_t column = cells[i].place.column();
-    writeEmptyCells(nextColumn, column - 1);
-    if (!isHidden(column)) writeCell(cells.subspan(i));
-    nextColumn = column + 1;
+    writeEmptyCells(nextColumn, cells[i].place.column() - 1);
+    writeCell(cells, i);
+    nextColumn = cells[i].place.column() + 1;
   }
   writeEmptyCells(nextColumn, lastColumn_);
   out_.write("</tr>\n");
 }
 
+// One wide cell for each run of columns that are all shown or all hidden.
 void SheetTable::writeEmptyCells(std::uint32_t first, std::uint32_t last) {
-  const std::uint32_t count = shownColumns(first, last);
-  if (count == 0) return;
-  if (count > 1 && !mayWrite(count)) {
-    out_.write("<td colspan=\"" + std::to_string(count) + "\"></td>");
-    return;
+  while (first <= last) {
+    std::uint32_t end = first + 1;
+    while (end <= last && isHidden(end) == isHidden(first))
+      ++end;
+    out_.write(isHidden(first) ? "<td class=\"x\"" : "<td");
+    if (end - first > 1) out_.write(" colspan=\"" + std::to_string(end - first) + "\"");
+    out_.write("></td>");
+    first = end;
   }
-  for (std::uint32_t i = 0; i < count; ++i)
-    out_.write("<td></td>");
 }
 
-// `rest` begins with the cell and goes on to the end of its row.
-void SheetTable::writeCell(Cells rest) {
-  const Cell& cell = rest.front();
+void SheetTable::writeCell(Cells row, std::size_t index) {
+  const Cell& cell = row[index];
   const std::uint32_t column = cell.place.column();
-  out_.write("<td class=\"s" + std::to_string(cell.style));
+  const CellStyle style = document_.styles.style(cell.style);
   text_.clear();
   if (cell.text != nullptr) document_.decoder->append(cell.text, text_);
-
-  const CellStyle style = document_.styles.style(cell.style);
-  const std::uint32_t last = lastFreeColumn(rest, style);
+  out_.write(isHidden(column) ? "<td class=\"x s" : "<td class=\"s");
+  out_.write(std::to_string(cell.style));
+  if (text_.empty()) {
+    out_.write("\"></td>");
+    return;
+  }
   const bool across = style.horizontal == HorizontalAlign::kCentreAcross;
-  if (last == column || !(across || mayRunOver(style, text_.size(), column))) {
+  if (!across && surelyFits(style, column)) {
     out_.write("\">" + html(text_) + "</td>");
     return;
   }
-  // The text lies over its neighbours, up to the next one that shows something.
-  out_.write(" o\"><div style=\"width:" + points(width(column, last)) + "\">" + html(text_) +
-             "</div></td>");
-}
+  if (isNumber(text_, style)) return writeNumber();
 
-// The last column that the text of rest.front() may run over; its own if there is none.
-std::uint32_t SheetTable::lastFreeColumn(Cells rest, const CellStyle& style) const {
-  const std::uint32_t own = rest.front().place.column();
-  if (text_.empty()) return own;
-  if (style.horizontal == HorizontalAlign::kCentreAcross) {
-    std::uint32_t last = own;
-    for (const Cell& cell : rest.subspan(1)) {
-      const bool joins = cell.place.column() == last + 1 &&
-                         (cell.text == nullptr || *cell.text == '\0') &&
-                         document_.styles.style(cell.style).horizontal == style.horizontal;
-      if (!joins) break;
-      ++last;
-    }
-    return last;
+  // Where the neighbours that show something stand, or what joins in.
+  std::size_t next = index + 1;
+  const auto joins = [&](const Cell& other) {
+    return other.place.column() == column + (next - index) && isEmpty(other) &&
+           document_.styles.style(other.style).horizontal == style.horizontal;
+  };
+  while (next < row.size() && (across ? joins(row[next]) : isEmpty(row[next])))
+    ++next;
+  const std::uint32_t last = across ? column + static_cast<std::uint32_t>(next - index) - 1
+                             : next < row.size() ? row[next].place.column() - 1
+                                                 : lastColumn_;
+  std::size_t before = index;
+  while (before > 0 && isEmpty(row[before - 1]))
+    --before;
+  const std::uint32_t first = across ? column : before > 0 ? row[before - 1].place.column() + 1 : 1;
+  const bool left =
+      style.horizontal == HorizontalAlign::kGeneral || style.horizontal == HorizontalAlign::kLeft;
+  if (left && next == row.size()) {
+    out_.write("\">" + html(text_) + "</td>");
+    return;
   }
-  if (style.horizontal == HorizontalAlign::kRight || style.horizontal == HorizontalAlign::kCentre)
-    return own;
-  for (const Cell& cell : rest.subspan(1))
-    if (cell.text != nullptr && *cell.text != '\0') return cell.place.column() - 1;
-  return lastColumn_;
+  const std::uint64_t right = width(column + 1, last);
+  if (left && right == 0) {
+    out_.write(" c\">" + html(text_) + "</td>");
+    return;
+  }
+  writeLabel(style, width(first, column - 1), right);
 }
 
-// A guess, since only the browser knows its fonts: half the font's size for a character.
-bool SheetTable::mayRunOver(const CellStyle& style, std::size_t bytes, std::uint32_t column) const {
+// One mark for every three characters, so that the marks are narrower than the number: the browser
+// breaks the line as well where they alone would not fit.
+void SheetTable::writeNumber() {
+  const std::string text = html(text_);
+  const std::size_t marks = std::clamp<std::size_t>(text_.size() / 3, 1, kMostMarks);
+  out_.write(" n n" + std::to_string(marks) + "\" title=\"" + text + "\"><div><span>" + text +
+             "</span></div></td>");
+}
+
+// The text lies over `left` and `right` of its cell, as far as its alignment takes it.
+void SheetTable::writeLabel(const CellStyle& style, std::uint64_t left, std::uint64_t right) {
+  std::string box;
+  switch (style.horizontal) {
+    case HorizontalAlign::kCentreAcross:
+      box = "justify-content:center;margin-right:-" + points(right);
+      break;
+    case HorizontalAlign::kCentre:
+      box = "justify-content:center;margin:0 -" + points(right) + " 0 -" + points(left) +
+            ";padding:0 " + points(right) + " 0 " + points(left);
+      break;
+    case HorizontalAlign::kRight:
+      box = "justify-content:flex-end;margin-left:-" + points(left);
+      break;
+    default:
+      box = "margin-right:-" + points(right);
+  }
+  out_.write("\"><div style=\"" + box + "\">" + html(text_) + "</div></td>");
+}
+
+// No font's letters are much wider than they are high. Where this says no, the browser decides.
+bool SheetTable::surelyFits(const CellStyle& style, std::uint32_t column) const {
   const std::uint64_t size = style.font && style.font->size > 0 ? style.font->size : 10;
-  return bytes * size * 20 / 2 > widths_[column];
+  return text_.size() * size * 25 + kCellPadding <= shownWidth(column);
 }
 
 class Page {
@@ -243,7 +366,6 @@ class Page {
  private:
   void writeHead(const std::string& title);
   void writeTabs();
-  void writeSheet(const SheetData& sheet);
 
   Output& out_;
   const Document& document_;
@@ -256,18 +378,24 @@ void Page::write() {
                                : std::filesystem::path(document_.name).filename().string();
   const std::string title = html(validUtf8(name));
   writeHead(title);
-  out_.write("<body>\n<header>\n<h1>" + title + "</h1>\n");
+  out_.write(sheets_.size() < 2 ? "<body>\n" : "<body class=\"tabs\">\n");
+  out_.write("<header>\n<h1>" + title + "</h1>\n");
+  if (document_.damage)
+    out_.write("<p class=\"damage\" role=\"note\"><strong>This notebook is damaged:</strong> " +
+               html(validUtf8(document_.damage->reason)) +
+               ". The page shows what could be read; the rest is missing.</p>\n");
   for (const NotebookText& text : document_.notebookTexts)
     out_.write("<p>" + html(text.text) + "</p>\n");
   out_.write("</header>\n");
   writeTabs();
+  out_.write("<main>\n");
   for (const SheetData& sheet : sheets_)
-    writeSheet(sheet);
-  out_.write("</body>\n</html>\n");
+    SheetTable(out_, document_, sheet).write();
+  out_.write("</main>\n</body>\n</html>\n");
 }
 
 void Page::writeHead(const std::string& title) {
-  out_.write("<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n");
+  out_.write("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n");
   out_.write(
       "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src "
       "'unsafe-inline'; base-uri 'none'; form-action 'none'\">\n");
@@ -287,18 +415,11 @@ void Page::writeHead(const std::string& title) {
 
 void Page::writeTabs() {
   if (sheets_.size() < 2) return;
-  out_.write("<nav>\n");
+  out_.write("<nav aria-label=\"Worksheets\">\n");
   for (const SheetData& sheet : sheets_)
     out_.write("<a href=\"#sheet" + std::to_string(sheet.number) + "\">" + html(sheet.name) +
                "</a>\n");
   out_.write("</nav>\n");
-}
-
-void Page::writeSheet(const SheetData& sheet) {
-  out_.write("<section id=\"sheet" + std::to_string(sheet.number) + "\">\n<h2>" + html(sheet.name) +
-             "</h2>\n");
-  SheetTable(out_, document_, sheet).write();
-  out_.write("</section>\n");
 }
 
 }  // namespace
