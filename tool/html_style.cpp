@@ -149,6 +149,9 @@ std::string cssOf(const CellStyle& style, const Decoder& decoder) {
 // in front of the number and nowhere else, at a soft hyphen that is written as marks; the second
 // line, to which a number that does not fit moves, is out of sight.
 //
+// The rows of a table are laid out all or none. Those of a large sheet are grids instead, and only
+// the ones near the window are laid out.
+//
 // Gridlines are dotted, and headings have none, so that a cell's own line wins wherever two meet.
 std::string_view pageStyles() {
   return R"(html{color-scheme:light dark;--bar:#e8e8e8;--ink:#303030;--room:#fff;--tabs:0px;scroll-padding-top:var(--tabs);container-type:inline-size}
@@ -180,6 +183,15 @@ thead td{position:sticky;left:0;top:var(--tabs);z-index:3;border:0;background:va
 th::before{content:attr(data-n)}
 tr{height:var(--h)}
 tr.gap td{background:#f4f4f4}
+.large,.large thead,.large tbody{display:block}
+.large thead{position:sticky;top:var(--tabs);z-index:3}
+.large tbody{content-visibility:auto;contain-intrinsic-height:auto var(--r)}
+.large tr{display:grid;grid-template-columns:var(--t);grid-auto-rows:minmax(100%,auto)}
+.large thead tr{height:auto}
+.large td{border-width:0 1px 1px 0;box-sizing:border-box;align-content:end;min-width:0}
+.large td:empty{z-index:-1}
+.large td[colspan]{border-right:0}
+section:has(:checked) .large tr{grid-template-columns:var(--at)}
 section:not(:has(:checked)) .x{display:none}
 section:has(:checked) table{width:var(--all);background-image:none!important}
 section:has(:checked) .x{background-color:#fff8e0}

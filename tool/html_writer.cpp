@@ -26,8 +26,10 @@ namespace {
 
 constexpr std::uint32_t kMostColumns = 256;
 constexpr std::uint64_t kRowHeaderWidth = 640;  // twentieths of a point
-constexpr std::uint64_t kCellPadding = 90;      // with the lines, at most
-constexpr std::size_t kMostNames = 20;          // of hidden stretches in a note
+constexpr std::size_t kLargeSheet = 5000;       // cells; from here on rows are laid out when seen
+constexpr std::uint32_t kRowsTogether = 50;
+constexpr std::uint64_t kCellPadding = 90;  // with the lines, at most
+constexpr std::size_t kMostNames = 20;      // of hidden stretches in a note
 constexpr std::uint64_t kEmptyCellsAtLeast = 1000;
 constexpr std::uint64_t kEmptyCellsPerCell = 10;
 
@@ -75,6 +77,8 @@ class SheetTable {
   std::array<std::uint32_t, kMostColumns + 1> widths_{};  // by column from 1; 0 is hidden
   std::uint32_t lastColumn_ = 0;
   std::uint64_t emptyCellsLeft_;
+  bool large_;
+  std::uint32_t rowsWritten_ = 0;
   std::string text_;
 };
 
@@ -82,7 +86,8 @@ SheetTable::SheetTable(Output& out, const Document& document, const SheetData& s
     : out_(out),
       document_(document),
       sheet_(sheet),
-      emptyCellsLeft_(kEmptyCellsAtLeast + kEmptyCellsPerCell * sheet.cells.size()) {
+      emptyCellsLeft_(kEmptyCellsAtLeast + kEmptyCellsPerCell * sheet.cells.size()),
+      large_(sheet.cells.size() >= kLargeSheet) {
   widths_.fill(sheet.info.defaultColumnWidth);
   for (const Run& run : sheet.columnWidths)
     for (std::uint32_t column = run.first; column <= std::min(run.last, kMostColumns); ++column)
@@ -137,13 +142,23 @@ void SheetTable::write() {
   for (std::uint32_t column = 1; column <= lastColumn_; ++column)
     all += shownWidth(column);
   const std::string own = points(kRowHeaderWidth + width(1, lastColumn_));
+  std::string tracks,
+      allTracks;  // the columns of a large sheet's rows, without and with hidden ones
+  for (std::uint32_t column = 1; large_ && column <= lastColumn_; ++column) {
+    if (!isHidden(column)) tracks += " " + points(widths_[column]);
+    allTracks += " " + points(shownWidth(column));
+  }
   const std::uint64_t rows =
       cells.empty() ? 0 : std::min<std::uint64_t>(cells.back().place.row(), emptyCellsLeft_);
-  out_.write("<section id=\"sheet" + std::to_string(sheet_.number) + "\" style=\"--w:" + own +
-             ";--all:" + points(all) + ";--h:" + points(sheet_.info.defaultRowHeight) +
-             ";contain-intrinsic-size:" + own + " " +
-             points(1000 + rows * sheet_.info.defaultRowHeight) + "\">\n<h2 id=\"name" +
-             std::to_string(sheet_.number) + "\">" + html(sheet_.name) + "</h2>\n");
+  out_.write(
+      "<section id=\"sheet" + std::to_string(sheet_.number) + "\" style=\"--w:" + own +
+      ";--all:" + points(all) + ";--h:" + points(sheet_.info.defaultRowHeight) +
+      (large_ ? ";--t:" + points(kRowHeaderWidth) + tracks + ";--at:" + points(kRowHeaderWidth) +
+                    allTracks +
+                    ";--r:" + points(std::uint64_t{kRowsTogether} * sheet_.info.defaultRowHeight)
+              : "") +
+      ";contain-intrinsic-size:" + own + " " + points(1000 + rows * sheet_.info.defaultRowHeight) +
+      "\">\n<h2 id=\"name" + std::to_string(sheet_.number) + "\">" + html(sheet_.name) + "</h2>\n");
   writeNote(hiddenNames());
   writeColumns();
   std::uint32_t nextRow = 1;
@@ -200,7 +215,8 @@ void SheetTable::writeNote(const std::string& hidden) {
 }
 
 void SheetTable::writeColumns() {
-  out_.write("<table aria-labelledby=\"name" + std::to_string(sheet_.number) + "\" style=\"");
+  out_.write(large_ ? "<table class=\"large\"" : "<table");
+  out_.write(" aria-labelledby=\"name" + std::to_string(sheet_.number) + "\" style=\"");
   if (sheet_.info.columnColour != SS_NO_COLOUR)
     out_.write("background-color:" + htmlColour(sheet_.info.columnColour) + ";");
   out_.write(gridLines() + "\">\n<colgroup><col style=\"width:" + points(kRowHeaderWidth) + "\">");
@@ -239,10 +255,14 @@ void SheetTable::writeEmptyRows(std::uint32_t first, std::uint32_t last) {
                                    [](std::uint32_t width) { return width != 0; });
   out_.write("<tr class=\"gap\"><th scope=\"row\" data-n=\"" + std::to_string(first) + "\u2013" +
              std::to_string(last) + "\"></th><td colspan=\"" +
-             std::to_string(std::max<std::ptrdiff_t>(shown, 1)) + "\"></td></tr>\n");
+             std::to_string(std::max<std::ptrdiff_t>(shown, 1)) +
+             "\" style=\"grid-column:2/-1\"></td></tr>\n");
 }
 
 void SheetTable::writeRow(std::uint32_t row, Cells cells) {
+  if (large_ && rowsWritten_ > 0 && rowsWritten_ % kRowsTogether == 0)
+    out_.write("</tbody>\n<tbody>\n");
+  ++rowsWritten_;
   const std::uint32_t own = height(row);
   out_.write("<tr");
   if (own == 0)
@@ -267,7 +287,9 @@ void SheetTable::writeEmptyCells(std::uint32_t first, std::uint32_t last) {
     while (end <= last && isHidden(end) == isHidden(first))
       ++end;
     out_.write(isHidden(first) ? "<td class=\"x\"" : "<td");
-    if (end - first > 1) out_.write(" colspan=\"" + std::to_string(end - first) + "\"");
+    const std::string count = std::to_string(end - first);
+    if (end - first > 1) out_.write(" colspan=\"" + count + "\"");
+    if (end - first > 1 && large_) out_.write(" style=\"grid-column:span " + count + "\"");
     out_.write("></td>");
     first = end;
   }

@@ -7,7 +7,7 @@ import struct
 import subprocess
 import unittest
 
-from notebooks import EXAMPLE, ToolTest, blank, font, label, notebook, record, run, sheet, style
+from notebooks import EXAMPLE, ToolTest, blank, font, integer, label, notebook, record, run, sheet, style
 
 try:
     import html5lib
@@ -43,9 +43,12 @@ for (const [sheet, row, column] of %s) {
   while ((place -= line.children[at].colSpan) >= 0) at++;
   const cell = line.children[at], css = getComputedStyle(cell);
   const box = cell.getBoundingClientRect(), range = document.createRange();
-  range.selectNodeContents(cell);
+  let inner = cell;
+  while (inner.firstElementChild) inner = inner.firstElementChild;
+  range.selectNodeContents(inner);
   const text = range.getBoundingClientRect();
-  const found = {text: cell.textContent, marks: cell.title && cell.querySelector("span").offsetTop > cell.offsetTop + 8, width: box.width, height: line.getBoundingClientRect().height,
+  const found = {text: cell.textContent, marks: text.top >= (cell.firstElementChild || inner).getBoundingClientRect().bottom - 1,
+                 width: box.width, height: line.getBoundingClientRect().height,
                  left: box.left, textLeft: text.left, textRight: text.right,
                  clip: (cell.firstElementChild || cell).getBoundingClientRect().right};
   for (const name of ["color", "background-color", "font-family", "font-size", "font-weight",
@@ -169,6 +172,34 @@ class Html(ToolTest):
         # Runs over B and C, and not into D.
         self.assertGreater(runs["textRight"], plain["left"] + plain["width"] + 10)
         self.assertLessEqual(runs["clip"], following["left"] + 3)
+
+    @unittest.skipUnless(BROWSER, "no Chromium is installed")
+    def test_numbers_show_whole_or_as_marks_and_labels_run_over(self):
+        """In a small sheet, which is a table, and in a large one, which is laid out as it is seen."""
+        long = b"a label far too long for it"
+        cells = [integer(c, 0, 30000, c + 1) for c in (0, 1)] + [label(0, 1, b"x"), label(4, 1, b"y")]
+        cells += [label(2, 2 + n, long, 2 + n) for n in range(3)]
+        cells += [label(c, 5, long, 3) for c in (1, 2, 3)] + [blank(3, 2)]
+        definitions = font() + style(form=0x32) + b"".join(style(form=0x10, align=n) for n in (1, 2, 3))
+        for more in ([], [label(0, 50 + n % 1300 + n // 1300 * 1300, b"more") for n in range(5200)]):
+            with self.subTest(large=bool(more)):
+                source = self.file(notebook(sheet(*cells, *more, columns=5), definitions=definitions))
+                wide, whole, left, centre, right, clipped = self.looks(
+                    source, (0, "1", "A"), (0, "1", "B"), (0, "3", "C"), (0, "4", "C"), (0, "5", "C"),
+                    (0, "6", "C"))
+                self.check(wide, text="$30,000.00 ", marks=True)
+                self.check(whole, marks=False)
+                edge = left["left"] + left["width"]
+                self.assertGreater(left["textRight"], edge + 20)
+                self.assertAlmostEqual(centre["textLeft"] + centre["textRight"], edge + left["left"], delta=4)
+                self.assertLess(right["textLeft"], left["left"] - 20)
+                self.assertLessEqual(clipped["clip"], edge + 1)
+
+    def test_damage_stands_on_top(self):
+        with open(EXAMPLE, "rb") as file:
+            source = self.file(file.read()[:1400])
+        page = run("html", "--salvage", source).stdout.decode()
+        self.assertRegex(page, r"</h1>\n<p class=\"damage\".*cut short: the records end at byte 13\d\d")
 
 
 if __name__ == "__main__":
