@@ -194,7 +194,7 @@ tr.gap td{background:#f4f4f4}
 section:has(:checked) .large tr{grid-template-columns:var(--at)}
 section:not(:has(:checked)) .x{display:none}
 section:has(:checked) table{width:var(--all);background-image:none!important}
-section:has(:checked) .x{background-color:#fff8e0}
+section:has(:checked) th.x{background:#806000;color:#fff}
 @media(prefers-color-scheme:dark){html{--bar:#303030;--ink:#e0e0e0;--room:#181818}}
 @media print{nav{display:none}th{position:static}section{content-visibility:visible}}
 )";

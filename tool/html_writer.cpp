@@ -175,7 +175,8 @@ void SheetTable::write() {
   out_.write("</tbody>\n</table>\n</section>\n");
 }
 
-// "column F, rows 9, 12–20"; "" when nothing is hidden.
+// "column F (where numbers have no text), rows 9, 12–20"; "" when nothing is hidden. The reader
+// fits a number's text to the width of its column, and a hidden one has none.
 std::string SheetTable::hiddenNames() const {
   std::vector<Run> columns, rows;
   const auto add = [](std::vector<Run>& runs, std::uint32_t place) {
@@ -204,6 +205,7 @@ std::string SheetTable::hiddenNames() const {
     }
   };
   name(columns, "column", columnName);
+  if (!columns.empty()) names += " (where numbers have no text)";
   name(rows, "row", [](std::uint32_t row) { return std::to_string(row); });
   return names;
 }

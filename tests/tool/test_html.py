@@ -82,7 +82,7 @@ class Html(ToolTest):
         self.assertEqual(root.find(".//meta").get("charset"), "utf-8")
         self.assertEqual(root.find(".//title").text, "budget.wb2")
         self.assertEqual(["".join(p.itertext()) for p in root.iter("p")],
-                         ["Household budget", "Page 1", " show hidden: column F, row 9"])
+                         ["Household budget", "Page 1", " show hidden: column F (where numbers have no text), row 9"])
         self.assertEqual([(a.text, a.get("href")) for a in root.iter("a")],
                          [("Budget", "#sheet1"), ("Car", "#sheet2")])
         self.assertEqual([h.text for h in root.iter("h2")], ["Budget", "Car"])
