@@ -20,8 +20,8 @@ namespace qps {
 
 namespace {
 
-constexpr std::uint32_t kItemDelivered = 0;
-constexpr std::uint32_t kSheetEnded = 1;
+constexpr uint32_t kItemDelivered = 0;
+constexpr uint32_t kSheetEnded = 1;
 
 using CellHandler = CellStep (*)(QPSSheet&, SSItemCell&);
 

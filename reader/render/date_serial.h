@@ -21,34 +21,34 @@
 namespace qps {
 
 struct CalendarDate {
-  int32_t year;   // 0 is the year before 1
-  int32_t month;  // 1 to 12
-  int32_t day;    // 1 to 31
+  std::int32_t year;   // 0 is the year before 1
+  std::int32_t month;  // 1 to 12
+  std::int32_t day;    // 1 to 31
 };
 
 struct TimeOfDay {
-  int32_t hours;  // 0 to 24; 24 only as 24:00:00, for a time that rounds up to midnight
-  int32_t minutes;
-  int32_t seconds;
+  std::int32_t hours;  // 0 to 24; 24 only as 24:00:00, for a time that rounds up to midnight
+  std::int32_t minutes;
+  std::int32_t seconds;
 };
 
 // The whole part as a 32-bit number.
-inline int32_t wholePart(double serial) {
-  using Limits = std::numeric_limits<int32_t>;
+inline std::int32_t wholePart(double serial) {
+  using Limits = std::numeric_limits<std::int32_t>;
   if (std::isnan(serial)) return 0;
   if (serial >= Limits::max()) return Limits::max();
   if (serial <= Limits::min()) return Limits::min();
-  return static_cast<int32_t>(serial);
+  return static_cast<std::int32_t>(serial);
 }
 
 // The calendar repeats every 400 years. Before the year 0 stand as many whole cycles as it takes to
 // have every 32-bit day number behind their beginning: from there the days are counted without a
 // sign. Years are counted from 1 March, which puts the leap day at a year's end.
-inline constexpr int64_t kCycles = 14'704;
-inline constexpr int64_t kYearZero = 400 * kCycles;
-inline constexpr int64_t kSerialZero =
+inline constexpr std::int64_t kCycles = 14'704;
+inline constexpr std::int64_t kYearZero = 400 * kCycles;
+inline constexpr std::int64_t kSerialZero =
     146'097 * kCycles + 693'899;  // to 0000-03-01, then to 1899-12-30
-static_assert(std::numeric_limits<int32_t>::min() + kSerialZero >= 0);
+static_assert(std::numeric_limits<std::int32_t>::min() + kSerialZero >= 0);
 
 // The date of a day, counted as a serial's whole part does; the same time for every day.
 //
@@ -60,27 +60,28 @@ static_assert(std::numeric_limits<int32_t>::min() + kSerialZero >= 0);
 //     the remainder of every day of a century;
 //   - the month (3 is March, 14 is February) is (2141 day + 197913) / 2^16 for every day of a year,
 //     and its day is what is left, in units of 2141.
-inline CalendarDate dateOfDay(int32_t day) {
-  constexpr uint64_t kDaysInFourCenturies = 146'097;
-  constexpr uint64_t kYearsPerQuarterDay = 2'939'745;  // x 2^-32
-  constexpr uint32_t kMonthsPerDay = 2'141;            // x 2^-16
-  constexpr uint32_t kFirstOfMarch = 197'913;          // x 2^-16
-  constexpr uint32_t kFirstOfJanuary = 306;            // day of the year
+inline CalendarDate dateOfDay(std::int32_t day) {
+  constexpr std::uint64_t kDaysInFourCenturies = 146'097;
+  constexpr std::uint64_t kYearsPerQuarterDay = 2'939'745;  // x 2^-32
+  constexpr std::uint32_t kMonthsPerDay = 2'141;            // x 2^-16
+  constexpr std::uint32_t kFirstOfMarch = 197'913;          // x 2^-16
+  constexpr std::uint32_t kFirstOfJanuary = 306;            // day of the year
 
-  const auto days = static_cast<uint64_t>(day + kSerialZero);
-  const uint64_t century = (4 * days + 3) / kDaysInFourCenturies;
-  const uint64_t dayOfCentury = (4 * days + 3) % kDaysInFourCenturies / 4;
+  const auto days = static_cast<std::uint64_t>(day + kSerialZero);
+  const std::uint64_t century = (4 * days + 3) / kDaysInFourCenturies;
+  const std::uint64_t dayOfCentury = (4 * days + 3) % kDaysInFourCenturies / 4;
 
-  const uint64_t years = kYearsPerQuarterDay * (4 * dayOfCentury + 3);
-  const uint64_t yearOfCentury = years >> 32;
-  const uint32_t dayOfYear =
-      static_cast<uint32_t>(years) / static_cast<uint32_t>(kYearsPerQuarterDay) / 4;
+  const std::uint64_t years = kYearsPerQuarterDay * (4 * dayOfCentury + 3);
+  const std::uint64_t yearOfCentury = years >> 32;
+  const std::uint32_t dayOfYear =
+      static_cast<std::uint32_t>(years) / static_cast<std::uint32_t>(kYearsPerQuarterDay) / 4;
 
-  const uint32_t months = kMonthsPerDay * dayOfYear + kFirstOfMarch;
-  const int32_t nextYear = dayOfYear >= kFirstOfJanuary ? 1 : 0;
-  const auto year = static_cast<int64_t>(100 * century + yearOfCentury) - kYearZero;
-  return {static_cast<int32_t>(year) + nextYear, static_cast<int32_t>(months >> 16) - 12 * nextYear,
-          static_cast<int32_t>((months & 0xFFFF) / kMonthsPerDay) + 1};
+  const std::uint32_t months = kMonthsPerDay * dayOfYear + kFirstOfMarch;
+  const std::int32_t nextYear = dayOfYear >= kFirstOfJanuary ? 1 : 0;
+  const auto year = static_cast<std::int64_t>(100 * century + yearOfCentury) - kYearZero;
+  return {static_cast<std::int32_t>(year) + nextYear,
+          static_cast<std::int32_t>(months >> 16) - 12 * nextYear,
+          static_cast<std::int32_t>((months & 0xFFFF) / kMonthsPerDay) + 1};
 }
 
 inline CalendarDate qpsSerialToDate(double serial) {
@@ -102,47 +103,47 @@ inline CalendarDate qpsSerialToDate(double serial) {
 inline TimeOfDay qpsTimeOfDay(double serial) {
   constexpr int kStoredBits = 52;
   constexpr int kScaleBias = 1023 + kStoredBits;
-  const auto bits = std::bit_cast<uint64_t>(serial);
+  const auto bits = std::bit_cast<std::uint64_t>(serial);
   const int exponent = static_cast<int>(bits >> kStoredBits) & 0x7FF;
-  const uint64_t fractionBits = bits & ((uint64_t{1} << kStoredBits) - 1);
+  const std::uint64_t fractionBits = bits & ((std::uint64_t{1} << kStoredBits) - 1);
 
   // The magnitude is m / 2^s. From 2^52 on (s <= 0; an infinite value too) it is a whole number; at
   // s > 70, subnormal numbers among them, it is less than half a second.
   int s = kScaleBias - exponent;
   if (s <= 0 || s > 70) return {0, 0, 0};
-  uint64_t part = fractionBits | uint64_t{1} << kStoredBits;
+  std::uint64_t part = fractionBits | std::uint64_t{1} << kStoredBits;
   if (s <= kStoredBits) {
-    part = (part & ((uint64_t{1} << s) - 1)) << (kStoredBits - s);
+    part = (part & ((std::uint64_t{1} << s) - 1)) << (kStoredBits - s);
     s = kStoredBits;
   }
   // part < 2^53, so part x 675 < 2^63; with the half, at most 2^62, it stays below 2^64.
-  auto total = static_cast<int32_t>((part * 675 + (uint64_t{1} << (s - 8))) >> (s - 7));
+  auto total = static_cast<std::int32_t>((part * 675 + (std::uint64_t{1} << (s - 8))) >> (s - 7));
 
-  constexpr int32_t kSecondsPerDay = 86'400;
+  constexpr std::int32_t kSecondsPerDay = 86'400;
   if (std::signbit(serial) && total > 0) total = kSecondsPerDay - total;
   return {total / 3'600, total / 60 % 60, total % 60};
 }
 
 // The whole part of the serial's magnitude modulo 7.
-inline int32_t weekdayIndex(double serial) {
-  const int64_t days = wholePart(serial);
-  return static_cast<int32_t>((days < 0 ? -days : days) % 7);
+inline std::int32_t weekdayIndex(double serial) {
+  const std::int64_t days = wholePart(serial);
+  return static_cast<std::int32_t>((days < 0 ? -days : days) % 7);
 }
 
 // Where the name of the weekday stands in weekdayNames: the week of a negative serial runs
 // backward.
-constexpr int32_t weekdayNameIndex(int32_t index, bool nonNegative) {
+constexpr std::int32_t weekdayNameIndex(std::int32_t index, bool nonNegative) {
   return nonNegative || index == 0 ? index : 7 - index;
 }
 
 // An hour of 0 to 24 on the dial: 0 and 24 are 12 AM, 12 is 12 PM.
 struct DialHour {
-  int32_t hour;  // 1 to 12
+  std::int32_t hour;  // 1 to 12
   bool pm;
 };
 
-constexpr DialHour dialHour(int32_t hours) {
-  const int32_t onDial = hours % 12;
+constexpr DialHour dialHour(std::int32_t hours) {
+  const std::int32_t onDial = hours % 12;
   return {onDial == 0 ? 12 : onDial, hours >= 12 && hours < 24};
 }
 

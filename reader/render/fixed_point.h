@@ -14,11 +14,11 @@ namespace qps {
 inline constexpr int kMostDecimals = 511;
 
 // Sign, integer digits (309 for the largest double), point and decimals.
-inline constexpr size_t kFixedTextRoom = 1 + 309 + 1 + kMostDecimals;
+inline constexpr std::size_t kFixedTextRoom = 1 + 309 + 1 + kMostDecimals;
 
 // What writeExactFixed may touch: a sign, 20 integer digits with 6 separators, a point, 19
 // decimals, each run of digits rounded up to whole words.
-inline constexpr size_t kExactFixedRoom = 64;
+inline constexpr std::size_t kExactFixedRoom = 64;
 
 // Writes `value` as "%.*f" prints it and returns the end of the text, or null with `out` in any
 // state when the value or the decimals (0 and up) lie outside what the integers hold. `out` has

@@ -12,8 +12,8 @@ namespace qps {
 void qpsInsertThousands(TextBuffer& text, std::string_view number) {
   // One group at a time, so that a number of any length is cut where the text is full.
   std::string_view rest = number;
-  for (size_t left = std::min(number.find('.'), number.size()); left > 0;) {
-    const size_t group = (left - 1) % 3 + 1;
+  for (std::size_t left = std::min(number.find('.'), number.size()); left > 0;) {
+    const std::size_t group = (left - 1) % 3 + 1;
     text.append(rest.substr(0, group));
     rest.remove_prefix(group);
     left -= group;
@@ -23,10 +23,10 @@ void qpsInsertThousands(TextBuffer& text, std::string_view number) {
 }
 
 void qpsFormatTrimmed(TextBuffer& text, double value, int precision) {
-  const size_t start = text.size();
+  const std::size_t start = text.size();
   text.appendFixed(value, precision);
   const std::string_view printed = text.view();
-  size_t end = printed.size();
+  std::size_t end = printed.size();
   if (end > start + 8) end -= endingZeros(&printed[end - 8]);
   while (end > start + 1 && printed[end - 1] == '0')
     --end;

@@ -45,16 +45,16 @@ inline constexpr int kShortDecimals = 5;
 inline constexpr int kMantissaBits = 52;
 inline constexpr int kExponentMask = 0x7FF;
 inline constexpr int kExponentBias = 1023 + kMantissaBits;
-inline constexpr uint64_t kHiddenBit = uint64_t{1} << kMantissaBits;
-inline constexpr uint64_t kFractionMask = kHiddenBit - 1;
+inline constexpr std::uint64_t kHiddenBit = std::uint64_t{1} << kMantissaBits;
+inline constexpr std::uint64_t kFractionMask = kHiddenBit - 1;
 
 inline constexpr int kMostExactDecimals = 19;
-inline constexpr uint64_t kHalf = uint64_t{1} << 63;
+inline constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
 
-inline constexpr std::array<uint64_t, 20> kPowersOfTen = [] {
-  std::array<uint64_t, 20> powers{};
-  uint64_t power = 1;
-  for (uint64_t& entry : powers) {
+inline constexpr std::array<std::uint64_t, 20> kPowersOfTen = [] {
+  std::array<std::uint64_t, 20> powers{};
+  std::uint64_t power = 1;
+  for (std::uint64_t& entry : powers) {
     entry = power;
     power *= 10;
   }
@@ -63,22 +63,22 @@ inline constexpr std::array<uint64_t, 20> kPowersOfTen = [] {
 
 // A value as it is printed: the digits before the point, and those after it as one number.
 struct FixedParts {
-  uint64_t whole;
-  uint64_t q;
+  std::uint64_t whole;
+  std::uint64_t q;
 };
 
 // The parts from whole and part / 2^s, which is given as a 64-bit fraction.
-inline FixedParts roundFraction(uint64_t whole, uint64_t fraction, int decimals) {
-  const uint64_t powerOfTen = kPowersOfTen[static_cast<size_t>(decimals)];
+inline FixedParts roundFraction(std::uint64_t whole, std::uint64_t fraction, int decimals) {
+  const std::uint64_t powerOfTen = kPowersOfTen[static_cast<std::size_t>(decimals)];
   const Product product = multiply(fraction, powerOfTen);
-  const uint64_t odd = (decimals == 0 ? whole : product.high) & 1;
-  const uint64_t q = product.high + (product.low > kHalf - odd ? 1 : 0);
-  const uint64_t carry = q == powerOfTen ? 1 : 0;
+  const std::uint64_t odd = (decimals == 0 ? whole : product.high) & 1;
+  const std::uint64_t q = product.high + (product.low > kHalf - odd ? 1 : 0);
+  const std::uint64_t carry = q == powerOfTen ? 1 : 0;
   return {whole + carry, q & (carry - 1)};
 }
 
 // s of m / 2^s; for a subnormal value kExponentBias, one more than it is.
-inline int fractionBits(uint64_t bits) {
+inline int fractionBits(std::uint64_t bits) {
   return kExponentBias - (static_cast<int>(bits >> kMantissaBits) & kExponentMask);
 }
 
@@ -87,15 +87,15 @@ inline bool isUsual(int s) {
 }
 
 // ".05": the point and `q`, as decimals up to kShortDecimals.
-constexpr TextWord shortDecimals(uint64_t q, int decimals) {
-  const auto digits = static_cast<uint32_t>(q);
+constexpr TextWord shortDecimals(std::uint64_t q, int decimals) {
+  const auto digits = static_cast<std::uint32_t>(q);
   const TextWord word = decimals == 2 ? twoDigits(digits) : lastDigits(digits, decimals);
   return {word.characters << 8 | '.', word.size + 1};
 }
 
 // The magnitude of a value between 2^-11 and 2^52, with at most kMostExactDecimals.
-inline FixedParts usualParts(uint64_t bits, int s, int decimals) {
-  const uint64_t m = (bits & kFractionMask) | kHiddenBit;
+inline FixedParts usualParts(std::uint64_t bits, int s, int decimals) {
+  const std::uint64_t m = (bits & kFractionMask) | kHiddenBit;
   return roundFraction(m >> s, m << (64 - s), decimals);
 }
 
@@ -104,14 +104,14 @@ inline FixedParts usualParts(uint64_t bits, int s, int decimals) {
 // room.
 [[nodiscard]] inline bool appendShortFixed(WordText& text, double value, int decimals,
                                            Separators separators, TextWord after = {}) {
-  const auto bits = std::bit_cast<uint64_t>(value);
+  const auto bits = std::bit_cast<std::uint64_t>(value);
   const int s = fractionBits(bits);
   if (decimals > kShortDecimals || !(isUsual(s) || value == 0)) [[unlikely]]
     return false;
   const FixedParts parts = isUsual(s) ? usualParts(bits, s, decimals) : FixedParts{0, 0};
   if (parts.whole >= kHundredMillion) [[unlikely]]
     return false;
-  const auto whole = static_cast<uint32_t>(parts.whole);
+  const auto whole = static_cast<std::uint32_t>(parts.whole);
 
   WordText longer = text;
   longer.append(signWord(std::signbit(value)));

@@ -10,7 +10,7 @@ namespace qps {
 namespace {
 
 // A point and an exponent of up to three digits with its sign, beside the sign and the first digit.
-constexpr size_t kScientificTextRoom = 2 + 1 + kMostDecimals + 5;
+constexpr std::size_t kScientificTextRoom = 2 + 1 + kMostDecimals + 5;
 
 }  // namespace
 
@@ -29,7 +29,7 @@ void TextBuffer::appendAnyFixed(double value, int decimals, Separators separator
   }
   char text[kFixedTextRoom];
   const char* end = writeFixed(text, value, decimals);
-  const std::string_view number(text, static_cast<size_t>(end - text));
+  const std::string_view number(text, static_cast<std::size_t>(end - text));
   if (separators == Separators::kThousands) {
     qpsInsertThousands(*this, number);
   } else {
@@ -49,7 +49,7 @@ void TextBuffer::appendScientific(double value, int decimals) {
       break;
     }
   }
-  append(std::string_view(text, static_cast<size_t>(end - text)));
+  append(std::string_view(text, static_cast<std::size_t>(end - text)));
 }
 
 }  // namespace qps

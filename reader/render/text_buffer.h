@@ -56,7 +56,9 @@ class TextBuffer {
   }
 
   // As "%.*d" prints with `minDigits` of 0 to 8, but a 0 under 0 is "0".
-  void appendInteger(int32_t value, int minDigits = 1) { append(integerText(value, minDigits)); }
+  void appendInteger(std::int32_t value, int minDigits = 1) {
+    append(integerText(value, minDigits));
+  }
 
   // As "%.*f" prints a finite value, digit for digit; decimals are 0 to 511 (kMostDecimals).
   // Separators are for values that are not below 0: 1,234,567.89.
@@ -78,9 +80,9 @@ class TextBuffer {
   }
 
   // Cuts the text to its first `size` characters; a shorter text stays as it is.
-  void truncateTo(size_t size) { end_ = begin_ + std::min(size, this->size()); }
+  void truncateTo(std::size_t size) { end_ = begin_ + std::min(size, this->size()); }
 
-  size_t size() const { return static_cast<size_t>(end_ - begin_); }
+  std::size_t size() const { return static_cast<std::size_t>(end_ - begin_); }
   bool empty() const { return end_ == begin_; }
   std::string_view view() const { return {begin_, size()}; }
   const char* c_str() const {
@@ -94,7 +96,7 @@ class TextBuffer {
  private:
   void appendCut(WordText text);
   void appendAnyFixed(double value, int decimals, Separators separators);
-  size_t room() const { return static_cast<size_t>(last_ - end_); }
+  std::size_t room() const { return static_cast<std::size_t>(last_ - end_); }
 
   char* begin_;
   char* end_;   // where the next character stands

@@ -64,30 +64,30 @@ static_assert(std::all_of(std::begin(qpsUSERDEFINE), std::end(qpsUSERDEFINE),
 
 // For each first character, the rows that begin with it, row r as bit r. Most characters begin
 // none.
-constexpr std::array<uint32_t, 256> kRowsByFirst = [] {
-  std::array<uint32_t, 256> rows{};
-  for (size_t row = 0; row < QPSUserDefineRows; ++row) {
+constexpr std::array<std::uint32_t, 256> kRowsByFirst = [] {
+  std::array<std::uint32_t, 256> rows{};
+  for (std::size_t row = 0; row < QPSUserDefineRows; ++row) {
     rows[static_cast<unsigned char>(qpsUSERDEFINE[row].token[0])] |= 1U << row;
   }
   return rows;
 }();
 
-constexpr uint32_t kNoRow = QPSUserDefineRows;
+constexpr std::uint32_t kNoRow = QPSUserDefineRows;
 
 // The first row whose token `text`, which is not empty, begins with.
-uint32_t matchToken(std::string_view text) {
-  uint32_t rows = kRowsByFirst[static_cast<unsigned char>(text.front())];
+std::uint32_t matchToken(std::string_view text) {
+  std::uint32_t rows = kRowsByFirst[static_cast<unsigned char>(text.front())];
   for (; rows != 0; rows &= rows - 1) {
-    const auto row = static_cast<uint32_t>(std::countr_zero(rows));
+    const auto row = static_cast<std::uint32_t>(std::countr_zero(rows));
     const QPSUserDefine& define = qpsUSERDEFINE[row];
-    if (text.starts_with({define.token, static_cast<size_t>(define.length)})) return row;
+    if (text.starts_with({define.token, static_cast<std::size_t>(define.length)})) return row;
   }
   return kNoRow;
 }
 
 // Of "%.4d", "%.2d", "%.d" and "%s".
-constexpr uint8_t minDigits(const char* format) {
-  return format[1] == '.' && format[2] != 'd' ? static_cast<uint8_t>(format[2] - '0') : 1;
+constexpr std::uint8_t minDigits(const char* format) {
+  return format[1] == '.' && format[2] != 'd' ? static_cast<std::uint8_t>(format[2] - '0') : 1;
 }
 
 void appendName(TextBuffer& out, std::string_view name, Letters letters, SSHostServices* services) {
@@ -101,8 +101,8 @@ void appendName(TextBuffer& out, std::string_view name, Letters letters, SSHostS
   out.append(std::string_view(convert(services, copy)));
 }
 
-int32_t numberOf(Source source, const UserDateFields& fields) {
-  const int32_t year = fields.date.year;
+std::int32_t numberOf(Source source, const UserDateFields& fields) {
+  const std::int32_t year = fields.date.year;
   switch (source) {
     case Source::kDay:
       return fields.date.day;
@@ -130,15 +130,15 @@ bool isWord(const TextWord& word) {
   return word.size != kNoWord.size;
 }
 
-TextWord numberWord(int32_t number, int minDigits) {
-  const auto value = static_cast<uint32_t>(number);  // one below 0 is too large
+TextWord numberWord(std::int32_t number, int minDigits) {
+  const auto value = static_cast<std::uint32_t>(number);  // one below 0 is too large
   if (value < 100 && minDigits == 2) return twoDigits(value);
   if (value < 10'000 && minDigits == 4) return fourDigits(value);
   return value < kHundredMillion ? upToEightDigits(value, minDigits) : kNoWord;
 }
 
-size_t weekdayOf(const UserDateFields& fields) {
-  return static_cast<size_t>(weekdayNameIndex(fields.weekday, fields.nonNegative));
+std::size_t weekdayOf(const UserDateFields& fields) {
+  return static_cast<std::size_t>(weekdayNameIndex(fields.weekday, fields.nonNegative));
 }
 
 bool isConverted(const DatePiece& piece) {
@@ -153,7 +153,8 @@ TextWord wordOf(const DatePiece& piece, const UserDateFields& fields) {
     case Source::kWeekdayAbbreviation:
       return isConverted(piece) ? kNoWord : kWeekdayWords[weekdayOf(fields)];
     case Source::kMonthAbbreviation:
-      return isConverted(piece) ? kNoWord : kMonthWords[static_cast<size_t>(fields.date.month)];
+      return isConverted(piece) ? kNoWord
+                                : kMonthWords[static_cast<std::size_t>(fields.date.month)];
     case Source::kWeekdayName:
     case Source::kMonthName:
       return kNoWord;
@@ -194,7 +195,7 @@ class DatePrinter {
       out_.append(WordText(word));
       return;
     }
-    const auto month = static_cast<size_t>(fields_.date.month);
+    const auto month = static_cast<std::size_t>(fields_.date.month);
     switch (piece.source) {
       case Source::kLiteral:
         out_.append(scanner.textOf(piece));
@@ -223,13 +224,14 @@ class DatePrinter {
   TextBuffer& out_;
 };
 
-DatePiece literalPiece(std::string_view text, size_t begin, size_t chars) {
-  const uint64_t characters = chars <= 8 ? textWord({text.data() + begin, chars}).characters : 0;
+DatePiece literalPiece(std::string_view text, std::size_t begin, std::size_t chars) {
+  const std::uint64_t characters =
+      chars <= 8 ? textWord({text.data() + begin, chars}).characters : 0;
   return {Source::kLiteral,
           Letters::kAsTheyAre,
           0,
-          static_cast<uint16_t>(begin),
-          static_cast<uint16_t>(chars),
+          static_cast<std::uint16_t>(begin),
+          static_cast<std::uint16_t>(chars),
           characters};
 }
 
@@ -241,33 +243,33 @@ DateScanner::DateScanner(std::string_view text)
 std::optional<DatePiece> DateScanner::next() {
   if (at_ >= text_.size()) return std::nullopt;
   if (text_[at_] == kQuote && !behindLiteral_) return takeQuoted();
-  const uint32_t row = matchToken(text_.substr(at_));
+  const std::uint32_t row = matchToken(text_.substr(at_));
   return row == kNoRow ? takePlain() : takeToken(row);
 }
 
 // 'a''b' is a'b: right behind a literal even a quote is an ordinary character.
 DatePiece DateScanner::takeQuoted() {
-  const size_t begin = at_ + 1;
-  const size_t end = std::min(text_.find(kQuote, begin), text_.size());
+  const std::size_t begin = at_ + 1;
+  const std::size_t end = std::min(text_.find(kQuote, begin), text_.size());
   at_ = end + 1;
   behindLiteral_ = true;
   return literalPiece(text_, begin, end - begin);
 }
 
-DatePiece DateScanner::takeToken(uint32_t row) {
+DatePiece DateScanner::takeToken(std::uint32_t row) {
   const QPSUserDefine& define = qpsUSERDEFINE[row];
   const FieldRule rule = kFieldRules[define.field];
   Source source = rule.source;
   if (source == Source::kMonth && afterHour_) source = Source::kMinute;
   if (source == Source::kHour && dial_) source = Source::kDialHour;
-  at_ += static_cast<size_t>(define.length);
+  at_ += static_cast<std::size_t>(define.length);
   afterHour_ = rule.source == Source::kHour;
   behindLiteral_ = false;
   return {source, rule.letters, minDigits(define.format), 0, 0, 0};
 }
 
 DatePiece DateScanner::takePlain() {
-  const size_t begin = at_;
+  const std::size_t begin = at_;
   do {
     ++at_;
   } while (at_ < text_.size() && text_[at_] != kQuote && matchToken(text_.substr(at_)) == kNoRow);
@@ -303,7 +305,7 @@ WordText shortUserDate(const DateFormat& format, double serial) {
                                     ? UserDateFields{qpsSerialToDate(serial), {}, 0, true}
                                     : userDateFields(serial);
   WordText text;
-  for (size_t i = 0; i < format.keptPieces; ++i) {
+  for (std::size_t i = 0; i < format.keptPieces; ++i) {
     const TextWord word = wordOf(format.pieces[i], fields);
     if (text.size() + word.size > WordText::kMostCharacters) return {};
     text.append(word);
@@ -317,7 +319,7 @@ std::optional<std::string_view> qpsFormatUserDate(const DateFormat& format,
   if (!format.isDate) return std::nullopt;
   TextBuffer out(userDateBuffer);
   DatePrinter printer(fields, services, out);
-  for (size_t i = 0; i < format.keptPieces; ++i)
+  for (std::size_t i = 0; i < format.keptPieces; ++i)
     printer.print(format.pieces[i], format.others);
   if (format.keptPieces == DateFormat::kKeptPieces) {
     // A format's text may be ten times as long as a result.

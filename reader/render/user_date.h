@@ -22,15 +22,15 @@ namespace qps {
 struct UserDateFields {
   CalendarDate date;
   TimeOfDay time;
-  int32_t weekday;   // weekdayIndex: 0 to 6
-  bool nonNegative;  // the serial is not below 0
+  std::int32_t weekday;  // weekdayIndex: 0 to 6
+  bool nonNegative;      // the serial is not below 0
 };
 
 UserDateFields userDateFields(double serial);
 
 // A piece of a format's text: a run of characters that show as they stand, or a token.
 struct DatePiece {
-  enum class Source : uint8_t {
+  enum class Source : std::uint8_t {
     kLiteral,
     kWeekdayName,
     kWeekdayAbbreviation,
@@ -46,14 +46,14 @@ struct DatePiece {
     kYear,
     kShortYear,
   };
-  enum class Letters : uint8_t { kAsTheyAre, kUpper, kLower };
+  enum class Letters : std::uint8_t { kAsTheyAre, kUpper, kLower };
 
   Source source;
-  Letters letters;    // of names
-  uint8_t minDigits;  // of numbers
-  uint16_t begin;     // of a literal, in the format's text
-  uint16_t chars;
-  uint64_t characters;  // of a literal that is a TextWord
+  Letters letters;         // of names
+  std::uint8_t minDigits;  // of numbers
+  std::uint16_t begin;     // of a literal, in the format's text
+  std::uint16_t chars;
+  std::uint64_t characters;  // of a literal that is a TextWord
 };
 
 // Cuts a format's text (behind the "T") into its pieces, from the left.
@@ -70,12 +70,12 @@ class DateScanner {
   }
 
  private:
-  DatePiece takeToken(uint32_t row);
+  DatePiece takeToken(std::uint32_t row);
   DatePiece takeQuoted();
   DatePiece takePlain();
 
   std::string_view text_;
-  size_t at_ = 0;
+  std::size_t at_ = 0;
   bool dial_ = false;           // AMPM occurs: the hours are those of the dial
   bool afterHour_ = false;      // the token before was an hour
   bool behindLiteral_ = false;  // where a quote is an ordinary character
@@ -84,12 +84,12 @@ class DateScanner {
 // A parsed format. `text` is the caller's, which must outlive the format; its first pieces are
 // kept, and the scanner stands where it takes up the others.
 struct DateFormat {
-  static constexpr size_t kKeptPieces = 16;
+  static constexpr std::size_t kKeptPieces = 16;
 
   bool isDate = false;        // the text begins with "T"
   bool isInWords = false;     // every piece may be a TextWord, and all are kept
   bool usesOnlyDate = false;  // no piece shows a time or a weekday
-  uint8_t keptPieces = 0;
+  std::uint8_t keptPieces = 0;
   DatePiece pieces[kKeptPieces] = {};
   DateScanner others;
 };

@@ -12,7 +12,7 @@
 namespace qps {
 namespace {
 
-constexpr size_t kAreaBytes = kMostUserNumberChars + 1;
+constexpr std::size_t kAreaBytes = kMostUserNumberChars + 1;
 
 char userNumberBuffer[kAreaBytes];
 
@@ -89,7 +89,7 @@ class DigitWalk {
 
   // A section without placeholders before its point shows the whole part there, unless it is 0.
   void writeUnplacedWhole() {
-    const std::string_view whole = number_.substr(0, static_cast<size_t>(wholeLeft_));
+    const std::string_view whole = number_.substr(0, static_cast<std::size_t>(wholeLeft_));
     number_.remove_prefix(whole.size());
     excess_ = 0;
     if (whole == "0") return;
@@ -125,7 +125,7 @@ class DigitWalk {
   int zerosLeft_;            // zeros still to come before the number
   bool wholeIsPlaced_;
   bool grouping_;
-  size_t signChars_;
+  std::size_t signChars_;
   bool pastPoint_ = false;
   bool digitWritten_ = false;
 };
@@ -158,10 +158,10 @@ void renderPercent(const NumberSection& section, double value, TextBuffer& out) 
 // Whether the placeholders before the point stand as a grouped number does (9,999 or 99,999,990),
 // or, without grouping, one by one.
 bool isPlainWhole(std::string_view whole, bool grouping) {
-  constexpr size_t kGroupChars = 4;
+  constexpr std::size_t kGroupChars = 4;
   if (!grouping) return whole.find(',') == std::string_view::npos;
   if (whole.size() <= kGroupChars || whole.front() == ',') return false;
-  for (size_t i = 0; i < whole.size(); ++i) {
+  for (std::size_t i = 0; i < whole.size(); ++i) {
     const bool separated = (whole.size() - i) % kGroupChars == 0;
     if (separated != (whole[i] == ',')) return false;
   }
@@ -199,7 +199,7 @@ void findPlainForm(NumberSection& section) {
   if (whole.empty() || !isPlainWhole(whole, section.grouping)) return;
   if (rest.starts_with('.')) {
     rest.remove_prefix(1);
-    const size_t decimals = std::min(rest.find_first_not_of("09"), rest.size());
+    const std::size_t decimals = std::min(rest.find_first_not_of("09"), rest.size());
     if (decimals == 0) return;  // "0." shows a point that the number does not have
     rest.remove_prefix(decimals);
   }
@@ -227,7 +227,7 @@ NumberSection parseNumberSection(std::string_view text) {
   section.form = Form::kDigits;
 
   std::string_view rest = section.text;
-  size_t sincePoint = 0;  // the size of `rest` behind the first point
+  std::size_t sincePoint = 0;  // the size of `rest` behind the first point
   bool pastPoint = false;
   while (!rest.empty()) {
     const char character = rest.front();
@@ -253,7 +253,7 @@ NumberSection parseNumberSection(std::string_view text) {
       case 'E':
         if (section.form == Form::kDigits) section.form = Form::kScientific;
         if (pastPoint)
-          section.exponentPrecision = static_cast<int16_t>(sincePoint - rest.size() - 1);
+          section.exponentPrecision = static_cast<std::int16_t>(sincePoint - rest.size() - 1);
         break;
       default:
         break;
@@ -264,10 +264,10 @@ NumberSection parseNumberSection(std::string_view text) {
 }
 
 std::optional<std::string_view> qpsFormatUserNumber(const NumberSection& section,
-                                                    uint32_t formatSection, double magnitude,
+                                                    std::uint32_t formatSection, double magnitude,
                                                     bool nonNegative) {
   using Form = NumberSection::Form;
-  constexpr uint32_t kNegativeSection = 2;
+  constexpr std::uint32_t kNegativeSection = 2;
   constexpr int kDefaultPrecision = 2;
   if (section.form == Form::kNone) return std::nullopt;
 

@@ -31,7 +31,7 @@ inline constexpr int kMostUserNumberChars = 511;
 
 // A parsed section. `text` is the caller's, which must outlive the section.
 struct NumberSection {
-  enum class Form : uint8_t {
+  enum class Form : std::uint8_t {
     kNone,        // the text does not begin with "N": there is nothing to render
     kDigits,      // the placeholders and literals of the text, one after the other
     kPercent,     // the text has "%" before any "E"
@@ -39,9 +39,9 @@ struct NumberSection {
   };
 
   std::string_view text;  // behind the "N", at most kMostUserNumberChars - 1 characters
-  int16_t integerPlaceholders = 0;
-  int16_t fractionPlaceholders = 0;
-  int16_t exponentPrecision = 0;
+  std::int16_t integerPlaceholders = 0;
+  std::int16_t fractionPlaceholders = 0;
+  std::int16_t exponentPrecision = 0;
   bool grouping = false;
   Form form = Form::kNone;
 
@@ -61,7 +61,7 @@ NumberSection parseNumberSection(std::string_view text);
 // The result, which may be empty, stands zero-terminated in an area that all calls share, and is
 // valid until the next call. There is none when the section's text did not begin with "N".
 std::optional<std::string_view> qpsFormatUserNumber(const NumberSection& section,
-                                                    uint32_t formatSection, double magnitude,
+                                                    std::uint32_t formatSection, double magnitude,
                                                     bool nonNegative);
 
 }  // namespace qps

@@ -9,25 +9,25 @@
 namespace qps {
 
 struct Product {
-  uint64_t high;
-  uint64_t low;
+  std::uint64_t high;
+  std::uint64_t low;
 };
 
 // In halves of 32 bits, as on paper.
-constexpr Product multiplyInHalves(uint64_t a, uint64_t b) {
-  constexpr uint64_t kLow = 0xFFFF'FFFF;
-  const uint64_t lowLow = (a & kLow) * (b & kLow);
-  const uint64_t lowHigh = (a & kLow) * (b >> 32);
-  const uint64_t highLow = (a >> 32) * (b & kLow);
-  const uint64_t middle = (lowLow >> 32) + (lowHigh & kLow) + highLow;  // below 2^64
+constexpr Product multiplyInHalves(std::uint64_t a, std::uint64_t b) {
+  constexpr std::uint64_t kLow = 0xFFFF'FFFF;
+  const std::uint64_t lowLow = (a & kLow) * (b & kLow);
+  const std::uint64_t lowHigh = (a & kLow) * (b >> 32);
+  const std::uint64_t highLow = (a >> 32) * (b & kLow);
+  const std::uint64_t middle = (lowLow >> 32) + (lowHigh & kLow) + highLow;  // below 2^64
   return {(a >> 32) * (b >> 32) + (lowHigh >> 32) + (middle >> 32), middle << 32 | (lowLow & kLow)};
 }
 
-inline Product multiply(uint64_t a, uint64_t b) {
+inline Product multiply(std::uint64_t a, std::uint64_t b) {
 #ifdef __SIZEOF_INT128__
   __extension__ using Wide = unsigned __int128;
   const Wide product = static_cast<Wide>(a) * b;
-  return {static_cast<uint64_t>(product >> 64), static_cast<uint64_t>(product)};
+  return {static_cast<std::uint64_t>(product >> 64), static_cast<std::uint64_t>(product)};
 #else
   return multiplyInHalves(a, b);
 #endif

@@ -17,21 +17,21 @@ namespace qps {
 
 // Up to eight characters, the first in the lowest byte; the bytes behind the last are 0.
 struct TextWord {
-  uint64_t characters;
-  uint64_t size;
+  std::uint64_t characters;
+  std::uint64_t size;
 };
 
 constexpr TextWord textWord(std::string_view text) {
   TextWord word{0, text.size()};
-  for (size_t i = 0; i < text.size(); ++i)
-    word.characters |= uint64_t{static_cast<uint8_t>(text[i])} << (8 * i);
+  for (std::size_t i = 0; i < text.size(); ++i)
+    word.characters |= std::uint64_t{static_cast<std::uint8_t>(text[i])} << (8 * i);
   return word;
 }
 
 class WordText {
  public:
-  static constexpr size_t kMostCharacters = 15;
-  static constexpr size_t kWrittenBytes = 16;
+  static constexpr std::size_t kMostCharacters = 15;
+  static constexpr std::size_t kWrittenBytes = 16;
 
   constexpr WordText() = default;
   constexpr explicit WordText(TextWord word) { append(word); }
@@ -39,17 +39,17 @@ class WordText {
   // The caller knows that there is room for what it appends. No branch depends on the sizes, which
   // differ from cell to cell.
   constexpr void append(TextWord word) {
-    const uint64_t size = high_ >> kSizeShift;
-    const uint64_t shift = 8 * size % 64;
-    const uint64_t inLow = (size / 8 - 1) << shift;  // the bytes of the word that stay below 8
-    const uint64_t turned = std::rotl(word.characters, static_cast<int>(shift));
+    const std::uint64_t size = high_ >> kSizeShift;
+    const std::uint64_t shift = 8 * size % 64;
+    const std::uint64_t inLow = (size / 8 - 1) << shift;  // the bytes of the word that stay below 8
+    const std::uint64_t turned = std::rotl(word.characters, static_cast<int>(shift));
     low_ |= turned & inLow;
     high_ |= turned & ~inLow;
     high_ += word.size << kSizeShift;
   }
-  constexpr void append(char character) { append({static_cast<uint8_t>(character), 1}); }
+  constexpr void append(char character) { append({static_cast<std::uint8_t>(character), 1}); }
 
-  constexpr size_t size() const { return static_cast<size_t>(high_ >> kSizeShift); }
+  constexpr std::size_t size() const { return static_cast<std::size_t>(high_ >> kSizeShift); }
   constexpr bool empty() const { return high_ == 0 && low_ == 0; }
 
   // Copies the characters, and nothing behind them.
@@ -63,10 +63,10 @@ class WordText {
   }
 
  private:
-  static constexpr uint64_t kSizeShift = 56;
+  static constexpr std::uint64_t kSizeShift = 56;
 
-  uint64_t low_ = 0;   // the first eight characters
-  uint64_t high_ = 0;  // the other seven; the highest byte counts all characters
+  std::uint64_t low_ = 0;   // the first eight characters
+  std::uint64_t high_ = 0;  // the other seven; the highest byte counts all characters
 };
 
 }  // namespace qps

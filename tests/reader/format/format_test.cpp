@@ -176,7 +176,7 @@ TEST(Format, NumbersOfUpTo127CharactersAreShown) {
   for (int digits = 93; digits <= 97; ++digits) {  // 127 characters with "$", separators and space
     const std::string text = textOf({.code = 0x30}, 2 * std::pow(10.0, digits));
     const int length = digits + 1 + digits / 3 + 2;
-    EXPECT_EQ(text.size(), length <= 127 ? static_cast<size_t>(length) : 9u) << digits;
+    EXPECT_EQ(text.size(), length <= 127 ? static_cast<std::size_t>(length) : 9u) << digits;
   }
 }
 
@@ -374,7 +374,7 @@ TEST(Format, RandomFormatTextsStayWithinTheResult) {
   const std::string_view alphabet = "TTNN0099,.;'%E+- MDHSYAPonthWeekdayMONAMPM";
   for (int round = 0; round < 400; ++round) {
     std::string text(random() % 2 == 0 ? "N" : "T");
-    for (size_t i = random() % (round % 4 == 0 ? 3000 : 60); i > 0; --i)
+    for (std::size_t i = random() % (round % 4 == 0 ? 3000 : 60); i > 0; --i)
       text += alphabet[random() % alphabet.size()];
     const double value =
         std::ldexp(static_cast<double>(random()), static_cast<int>(random() % 600) - 40);

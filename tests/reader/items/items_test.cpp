@@ -193,11 +193,11 @@ TEST(Cells, ATextEndsAtItsFirstZeroByte) {
   constexpr std::string_view kBytes = "a\x01\x80\xFF\x81z\x7F";
   std::vector<std::string> expected;
   const auto fill = [&](NotebookBuilder& b) {
-    for (size_t size = 0; size <= 40; ++size) {
-      for (size_t zero = 0; zero <= size; ++zero) {
+    for (std::size_t size = 0; size <= 40; ++size) {
+      for (std::size_t zero = 0; zero <= size; ++zero) {
         for (const bool zeroAtEnd : {false, true}) {
           std::string text;
-          for (size_t i = 0; i < size; ++i)
+          for (std::size_t i = 0; i < size; ++i)
             text += i == zero || (zeroAtEnd && i == size - 1) ? '\0' : kBytes[i % kBytes.size()];
           b.record(rec::kLabel, cellBody({0, 0}).u8('x').text(text));
           expected.emplace_back(text.c_str());
@@ -217,7 +217,7 @@ TEST(Cells, APoolThatIsExhaustedAfterTheOpeningLosesNone) {
   reader.services = host.services();
   QPSCloseSheet(
       QPSInitSheet(&reader, &host, book.sheetOffset(), RecordingHost::itemAlloc, nullptr));
-  const size_t opening = host.calls(Step::kPoolBlock) + 1;  // and the handle of readSheet
+  const std::size_t opening = host.calls(Step::kPoolBlock) + 1;  // and the handle of readSheet
   host.fail({.step = Step::kPoolBlock, .nth = opening + 1, .forGood = true});
   EXPECT_EQ(readClean(host, book.sheetOffset()).only(SSItemKindCell), cellsOf(book));
   EXPECT_TRUE(host.faultMet());

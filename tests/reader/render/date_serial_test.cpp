@@ -65,18 +65,18 @@ TEST(DateSerial, EveryDayOfTenThousandYears) {
   }
 }
 
-bool isLeapYear(int64_t year) {
+bool isLeapYear(std::int64_t year) {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
 // The definition: a year at a time from 1900 on, or from 1899 back.
-CalendarDate walkToDate(int64_t serial) {
+CalendarDate walkToDate(std::int64_t serial) {
   constexpr int kMonthLengths[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   const bool forward = serial >= 2;
   const int step = forward ? 1 : -1;
-  int64_t year = forward ? 1900 : 1899;
-  int64_t left = forward ? serial - 1 : 2 - serial;
-  for (int64_t length; left > (length = isLeapYear(year) ? 366 : 365); year += step)
+  std::int64_t year = forward ? 1900 : 1899;
+  std::int64_t left = forward ? serial - 1 : 2 - serial;
+  for (std::int64_t length; left > (length = isLeapYear(year) ? 366 : 365); year += step)
     left -= length;
   int month = forward ? 1 : 12;
   const auto lengthOf = [&](int m) {
@@ -84,26 +84,27 @@ CalendarDate walkToDate(int64_t serial) {
   };
   for (; left > lengthOf(month); month += step)
     left -= lengthOf(month);
-  return {static_cast<int32_t>(year), month,
-          static_cast<int32_t>(forward ? left : lengthOf(month) - left + 1)};
+  return {static_cast<std::int32_t>(year), month,
+          static_cast<std::int32_t>(forward ? left : lengthOf(month) - left + 1)};
 }
 
 TEST(DateSerial, FarDaysAreWhereTheYearWalkEnds) {
-  for (const int64_t serial : {int64_t{INT_MIN}, int64_t{INT_MIN} + 1, int64_t{-1234567890},
-                               int64_t{-693959}, int64_t{2000000000}, int64_t{INT_MAX}}) {
+  for (const std::int64_t serial :
+       {std::int64_t{INT_MIN}, std::int64_t{INT_MIN} + 1, std::int64_t{-1234567890},
+        std::int64_t{-693959}, std::int64_t{2000000000}, std::int64_t{INT_MAX}}) {
     EXPECT_EQ(textOf(qpsSerialToDate(static_cast<double>(serial))), textOf(walkToDate(serial)));
   }
 }
 
 // What holds for ten thousand years holds for all of them.
 TEST(DateSerial, TheCalendarRepeatsEvery400Years) {
-  constexpr int64_t kCycleDays = 146097;
+  constexpr std::int64_t kCycleDays = 146097;
   std::mt19937_64 random(1);
   for (int i = 0; i < 200'000; ++i) {
-    const int64_t serial = static_cast<int32_t>(random());
-    const int64_t cycles = serial / kCycleDays;
+    const std::int64_t serial = static_cast<std::int32_t>(random());
+    const std::int64_t cycles = serial / kCycleDays;
     CalendarDate near = qpsSerialToDate(static_cast<double>(serial - cycles * kCycleDays));
-    near.year += static_cast<int32_t>(cycles * 400);
+    near.year += static_cast<std::int32_t>(cycles * 400);
     ASSERT_EQ(textOf(qpsSerialToDate(static_cast<double>(serial))), textOf(near)) << serial;
   }
 }

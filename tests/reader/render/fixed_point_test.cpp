@@ -28,18 +28,19 @@ void expectDigits(double value, int decimals) {
   ASSERT_EQ(text.view(), grouped(expected.substr(std::signbit(value) ? 1 : 0)));
 }
 
-double moved(double value, int64_t units) {
-  return std::bit_cast<double>(std::bit_cast<int64_t>(value) + units);
+double moved(double value, std::int64_t units) {
+  return std::bit_cast<double>(std::bit_cast<std::int64_t>(value) + units);
 }
 
 // All binades, the largest and the smallest values of each, with every number of decimals that the
 // integers take and the first that they leave.
 TEST(FixedPoint, EveryBinade) {
   std::mt19937_64 random(1);
-  for (uint64_t exponent = 0; exponent < 2047; ++exponent) {
+  for (std::uint64_t exponent = 0; exponent < 2047; ++exponent) {
     const bool far = exponent < 1023 - 140 || exponent > 1023 + 70;
     for (int decimals = 0; decimals <= 20; decimals += far ? 5 : 1) {
-      for (const uint64_t fraction : {uint64_t{0}, ~uint64_t{0}, random(), random(), random()}) {
+      for (const std::uint64_t fraction :
+           {std::uint64_t{0}, ~std::uint64_t{0}, random(), random(), random()}) {
         expectDigits(std::bit_cast<double>(exponent << 52 | fraction >> 12), decimals);
       }
     }
@@ -54,7 +55,7 @@ TEST(FixedPoint, MiddlesAndTheirNeighbours) {
     const double unit = std::pow(10.0, decimals);
     for (int i = 0; i < 10'000; ++i) {
       const auto number = static_cast<double>(random() >> (24 + random() % 40));
-      for (const int64_t units : {-1, 0, 1}) {
+      for (const std::int64_t units : {-1, 0, 1}) {
         expectDigits(moved(std::ldexp(number * 2 + 1, -decimals - 1), units), decimals);
         expectDigits(moved((number + 0.5) / unit, units), decimals);
         expectDigits(-moved(std::floor(number) + 1 - 0.5 / unit, units), decimals);
@@ -80,8 +81,9 @@ TEST(FixedPoint, LeavesToOthersWhatItCannotHold) {
 }
 
 TEST(Digits, EveryLength) {
-  for (uint64_t power = 1; power != 0; power = power > UINT64_MAX / 10 ? 0 : power * 10) {
-    for (const uint64_t value : {power - 1, power, power + 1, power / 3 * 7, UINT64_MAX - power}) {
+  for (std::uint64_t power = 1; power != 0; power = power > UINT64_MAX / 10 ? 0 : power * 10) {
+    for (const std::uint64_t value :
+         {power - 1, power, power + 1, power / 3 * 7, UINT64_MAX - power}) {
       char text[kGroupedDigitsRoom];
       const std::string expected = std::to_string(value);
       EXPECT_EQ(std::string(text, writeDigits(text, value)), expected);
@@ -93,8 +95,8 @@ TEST(Digits, EveryLength) {
 TEST(WideProduct, InHalves) {
   std::mt19937_64 random(4);
   for (int i = 0; i < 100'000; ++i) {
-    const uint64_t a = random() >> random() % 64;
-    const uint64_t b = random() >> random() % 64;
+    const std::uint64_t a = random() >> random() % 64;
+    const std::uint64_t b = random() >> random() % 64;
     const Product product = multiply(a, b);
     const Product inHalves = multiplyInHalves(a, b);
     ASSERT_TRUE(product.high == inHalves.high && product.low == inHalves.low) << a << " x " << b;

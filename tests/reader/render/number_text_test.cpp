@@ -41,7 +41,7 @@ TEST(NumberText, ThreeDigitExponents) {
   }
 }
 
-std::string thousands(std::string_view number, size_t capacity = 511) {
+std::string thousands(std::string_view number, std::size_t capacity = 511) {
   char area[512];
   TextBuffer text(std::span<char>(area).first(capacity + 1));
   qpsInsertThousands(text, number);

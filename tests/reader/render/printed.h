@@ -13,13 +13,13 @@ template <typename Value>
 std::string printed(const char* format, int precision, Value value) {
   char text[1024];
   const int size = std::snprintf(text, sizeof text, format, precision, value);
-  return {text, static_cast<size_t>(size)};
+  return {text, static_cast<std::size_t>(size)};
 }
 
 // A number with "," between each three digits before its point.
 inline std::string grouped(std::string number) {
-  const size_t first = number.front() == '-' ? 1 : 0;
-  for (size_t at = std::min(number.find('.'), number.size()); at > first + 3;) {
+  const std::size_t first = number.front() == '-' ? 1 : 0;
+  for (std::size_t at = std::min(number.find('.'), number.size()); at > first + 3;) {
     number.insert(at -= 3, 1, ',');
   }
   return number;

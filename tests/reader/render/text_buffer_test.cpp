@@ -36,7 +36,7 @@ TEST(TextBuffer, KeepsWhatFits) {
       {[](TextBuffer& text) { text.appendScientific(-12345, 2); }, "-1.23E+04"},
   };
   for (const Row& row : rows) {
-    for (size_t areaBytes = 1; areaBytes < 100; ++areaBytes) {
+    for (std::size_t areaBytes = 1; areaBytes < 100; ++areaBytes) {
       SCOPED_TRACE(std::string(row.whole) + " in " + std::to_string(areaBytes));
       std::vector<char> area(areaBytes + 1, '#');
       TextBuffer text(std::span<char>(area).first(areaBytes));
@@ -72,8 +72,8 @@ TEST(TextBuffer, PrintsNumbersAsFormattedPrintingDoes) {
     EXPECT_EQ(text.view(), printed(format, precision, value));
     text.clear();
   };
-  for (const int32_t value : {0, 1, -1, 9, 10, 99, 100, 123, -12345, 9999999, 99999999, 100000000,
-                              -123456789, 1234567890, INT_MAX, INT_MIN}) {
+  for (const std::int32_t value : {0, 1, -1, 9, 10, 99, 100, 123, -12345, 9999999, 99999999,
+                                   100000000, -123456789, 1234567890, INT_MAX, INT_MIN}) {
     for (int minDigits = 1; minDigits <= 8; ++minDigits) {
       text.appendInteger(value, minDigits);
       expectPrinted("%.*d", minDigits, value);

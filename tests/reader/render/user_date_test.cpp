@@ -162,7 +162,7 @@ TEST(UserDate, TableRows) {
   // Longer tokens come before those that begin them, so that the first match is the longest.
   for (int row = 0; row < QPSUserDefineRows; ++row) {
     const std::string token = qpsUSERDEFINE[row].token;
-    EXPECT_EQ(static_cast<size_t>(qpsUSERDEFINE[row].length), token.size());
+    EXPECT_EQ(static_cast<std::size_t>(qpsUSERDEFINE[row].length), token.size());
     for (int later = row + 1; later < QPSUserDefineRows; ++later) {
       EXPECT_NE(std::string(qpsUSERDEFINE[later].token).rfind(token, 0), 0u) << token;
     }
@@ -187,7 +187,7 @@ TEST(UserDate, LongTextsAreCut) {
                                      "W",  "m", "wd", "x y z", "'MM'",    "YYY"};
   for (int i = 0; i < 500; ++i) {
     std::string format = "T";
-    for (size_t count = random() % (i % 2 == 0 ? 300 : 8); count != 0; --count) {
+    for (std::size_t count = random() % (i % 2 == 0 ? 300 : 8); count != 0; --count) {
       format += pieces[random() % std::size(pieces)];
     }
     const double serial = std::ldexp(static_cast<double>(random()) - 0x1p31, -16);

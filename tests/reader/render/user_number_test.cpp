@@ -15,11 +15,11 @@
 namespace qps {
 namespace {
 
-constexpr uint32_t kFirst = 0;
-constexpr uint32_t kNegative = 2;
+constexpr std::uint32_t kFirst = 0;
+constexpr std::uint32_t kNegative = 2;
 
 // What the renderer gives for a signed value, or "null".
-std::string shown(std::string_view section, double value, uint32_t formatSection = kFirst) {
+std::string shown(std::string_view section, double value, std::uint32_t formatSection = kFirst) {
   const auto text =
       qpsFormatUserNumber(parseNumberSection(section), formatSection, std::fabs(value), value >= 0);
   if (!text) return "null";
@@ -31,7 +31,7 @@ struct Row {
   const char* section;
   double value;
   const char* text;
-  uint32_t formatSection = kFirst;
+  std::uint32_t formatSection = kFirst;
 };
 
 TEST(UserNumber, Sections) {
@@ -133,7 +133,7 @@ TEST(UserNumber, MagnitudesThatFillTheSection) {
 }
 
 // The rules of the language one by one, on plain strings.
-std::string walked(const std::string& text, uint32_t formatSection, double magnitude,
+std::string walked(const std::string& text, std::uint32_t formatSection, double magnitude,
                    bool nonNegative) {
   const std::string section = text.substr(1, 510);
   std::string unquoted = section;
@@ -143,7 +143,7 @@ std::string walked(const std::string& text, uint32_t formatSection, double magni
     if (quote || quoted) c = ' ';
     quoted ^= quote;
   }
-  const size_t point = std::min(unquoted.find('.'), unquoted.size());
+  const std::size_t point = std::min(unquoted.find('.'), unquoted.size());
   const std::string before = unquoted.substr(0, point);
   const std::string behind = unquoted.substr(std::min(point + 1, unquoted.size()));
   const auto isPlaceholder = [](char c) { return c == '0' || c == '9'; };
@@ -152,22 +152,22 @@ std::string walked(const std::string& text, uint32_t formatSection, double magni
   const bool grouping = before.find(',') != std::string::npos;
 
   const double value = nonNegative ? magnitude : -magnitude;
-  const size_t special = unquoted.find_first_of("%E");
+  const std::size_t special = unquoted.find_first_of("%E");
   if (special != std::string::npos && unquoted[special] == '%') {
     return (printed("%.*f", static_cast<int>(decimals), value * 100) + '%').substr(0, 511);
   }
   if (special != std::string::npos) {
-    const size_t precision = behind.find('E') == std::string::npos ? 0 : behind.rfind('E');
+    const std::size_t precision = behind.find('E') == std::string::npos ? 0 : behind.rfind('E');
     return printed("%.*E", precision == 0 ? 2 : static_cast<int>(precision), value).substr(0, 511);
   }
 
   std::string number = printed("%.*f", static_cast<int>(decimals), magnitude).substr(0, 511);
   auto left = static_cast<std::ptrdiff_t>(std::min(number.find('.'), number.size()));
   std::ptrdiff_t excess = left - placeholders;
-  if (excess < 0) number.insert(0, static_cast<size_t>(-excess), '0');
+  if (excess < 0) number.insert(0, static_cast<std::size_t>(-excess), '0');
   std::string out = !nonNegative && formatSection < 2 ? "-" : "";
-  const size_t sign = out.size();
-  size_t next = 0;  // in the number
+  const std::size_t sign = out.size();
+  std::size_t next = 0;  // in the number
   bool digitWritten = false;
   bool pastPoint = false;
   const auto writeExcess = [&](long groupFrom) {
@@ -178,15 +178,16 @@ std::string walked(const std::string& text, uint32_t formatSection, double magni
       if (grouping && left > groupFrom && left % 3 == 0) out += ',';
     }
   };
-  for (size_t i = 0; i < section.size(); ++i) {
+  for (std::size_t i = 0; i < section.size(); ++i) {
     const char c = section[i];
     if (c == '\'') {
       for (++i; i < section.size() && section[i] != '\''; ++i)
         out += section[i];
     } else if (c == '.') {
       if (placeholders == 0 &&
-          number.substr(0, static_cast<size_t>(left)).find_first_not_of('0') == std::string::npos) {
-        next += static_cast<size_t>(excess);
+          number.substr(0, static_cast<std::size_t>(left)).find_first_not_of('0') ==
+              std::string::npos) {
+        next += static_cast<std::size_t>(excess);
         excess = 0;
       }
       writeExcess(0);
@@ -213,7 +214,7 @@ constexpr double kMagnitudes[] = {0,     0.04,    0.5,       0.995,      1,     
 void expectAsWalked(const std::string& section) {
   struct Sign {
     bool nonNegative;
-    uint32_t formatSection;
+    std::uint32_t formatSection;
   };
   const NumberSection parsed = parseNumberSection(section);
   for (const double magnitude : kMagnitudes) {
@@ -247,9 +248,9 @@ TEST(UserNumber, AnySectionAsWalked) {
   const std::string_view alphabet = "000999,,..'''%E+-;$ a";
   for (int i = 0; i < 600; ++i) {
     // The characters that end the walk are rare, so that long sections have something to cut.
-    const size_t letters = i % 3 == 0 ? alphabet.size() : 15;
+    const std::size_t letters = i % 3 == 0 ? alphabet.size() : 15;
     std::string section = "N";
-    for (size_t size = random() % (i % 2 == 0 ? 12 : 700); size != 0; --size) {
+    for (std::size_t size = random() % (i % 2 == 0 ? 12 : 700); size != 0; --size) {
       section += alphabet[random() % letters];
     }
     expectAsWalked(section);

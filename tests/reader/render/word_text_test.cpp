@@ -18,9 +18,9 @@ std::string written(const WordText& text) {
 // Pieces of every size at every place that has room for them.
 TEST(WordText, PutsPiecesTogether) {
   const std::string letters = "abcdefghijklmno";
-  for (size_t before = 0; before <= WordText::kMostCharacters; ++before) {
-    for (size_t size = 0; size <= 8 && before + size <= WordText::kMostCharacters; ++size) {
-      WordText text(textWord(letters.substr(0, std::min<size_t>(before, 8))));
+  for (std::size_t before = 0; before <= WordText::kMostCharacters; ++before) {
+    for (std::size_t size = 0; size <= 8 && before + size <= WordText::kMostCharacters; ++size) {
+      WordText text(textWord(letters.substr(0, std::min<std::size_t>(before, 8))));
       if (before > 8) text.append(textWord(letters.substr(8, before - 8)));
       const std::string piece = std::string(size, 'Z');
       text.append(textWord(piece));
