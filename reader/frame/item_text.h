@@ -5,31 +5,27 @@
 #define QPSREADER_READER_ITEM_TEXT_H
 
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 #include "reader/frame/qps_sheet.h"
-#include "reader/frame/short_text.h"
 
 namespace qps {
 
-// A block from the sheet's itemAlloc, the host's at once. Null when there is none.
-[[nodiscard]] inline char* itemBlock(const QPSSheet& sheet, std::size_t bytes) {
-  return static_cast<char*>(sheet.itemAlloc(sheet.itemAllocContext, nullptr, bytes, 0));
-}
-
-// A block for `size` characters and the zero byte behind them, which is written.
+// A block for `size` characters from the sheet's itemAlloc, with the zero byte after them written. The
+// host's at once. Null when there is none.
 [[nodiscard]] inline char* itemText(const QPSSheet& sheet, std::size_t size) {
-  char* text = itemBlock(sheet, size + 1);
+  auto* text = static_cast<char*>(sheet.itemAlloc(sheet.itemAllocContext, nullptr, size + 1, 0));
   if (text != nullptr) [[likely]]
     text[size] = '\0';
   return text;
 }
 
-// A copy of `text` in such a block.
+// A copy of `text`, which is no null view, in such a block.
 [[nodiscard]] inline char* qpsStrDup(const QPSSheet& sheet, std::string_view text) {
   char* copy = itemText(sheet, text.size());
   if (copy != nullptr) [[likely]]
-    copyText(copy, text.data(), text.size());
+    std::memcpy(copy, text.data(), text.size());
   return copy;
 }
 

@@ -24,7 +24,6 @@
 
 #include <qpsreader/host_tables.h>
 #include "reader/frame/record_types.h"
-#include "reader/frame/short_text.h"
 
 namespace qps {
 
@@ -63,11 +62,10 @@ class BodyView {
   std::uint32_t u32At(std::size_t offset) const { return valueAt<std::uint32_t>(offset); }
   double doubleAt(std::size_t offset) const { return valueAt<double>(offset); }
 
-  // From `offset` up to the first zero byte; empty when the body ends before.
+  // From `offset` up to the first zero byte, in the padding at the latest; empty beyond the body.
   std::string_view textAt(std::size_t offset) const {
-    if (offset >= size()) return {};
-    const auto* text = reinterpret_cast<const char*>(bytes_.data() + offset);
-    return {text, textLength(text, size() - offset)};
+    if (offset >= size()) return "";
+    return reinterpret_cast<const char*>(bytes_.data() + offset);
   }
 
  private:

@@ -52,25 +52,6 @@ CellStep deliverNumber(QPSSheet& sheet, SSItemCell& cell, double value) {
   return CellStep::kDeliver;
 }
 
-[[gnu::noinline]] char* copyAnyLabel(const QPSSheet& sheet) {
-  return qpsStrDup(sheet, sheet.records.body().textAt(kTextOffset));
-}
-
-// The bytes of the label; as good as endless in a body that has none.
-inline std::string_view labelBytes(const QPSSheet& sheet) {
-  const std::span<const std::uint8_t> body = sheet.records.body().bytes();
-  return {reinterpret_cast<const char*>(body.data()) + kTextOffset, body.size() - kTextOffset};
-}
-
-// The label, which fills its record as a rule.
-[[gnu::always_inline]] inline char* copyLabel(const QPSSheet& sheet) {
-  if (!isFilled(labelBytes(sheet))) return copyAnyLabel(sheet);
-  char* copy = itemBlock(sheet, labelBytes(sheet).size());
-  if (copy != nullptr) [[likely]]
-    copyFilled(copy, labelBytes(sheet));
-  return copy;
-}
-
 }  // namespace
 
 CellStep qpsReadBlankCell(QPSSheet& sheet, SSItemCell& cell) {
@@ -92,7 +73,7 @@ CellStep qpsReadNumberCell(QPSSheet& sheet, SSItemCell& cell) {
 // before it.
 CellStep qpsReadTextCell(QPSSheet& sheet, SSItemCell& cell) {
   const QPSAppearance& appearance = placeCell(sheet, cell, kTextCell);
-  cell.text = isHidden(appearance) ? nullptr : copyLabel(sheet);
+  cell.text = isHidden(appearance) ? nullptr : qpsStrDup(sheet, sheet.records.body().textAt(kTextOffset));
   return CellStep::kDeliver;
 }
 

@@ -14,7 +14,6 @@
 #include <span>
 #include <string_view>
 
-#include "reader/frame/short_text.h"
 #include "reader/render/digits.h"
 #include "reader/render/short_fixed.h"
 
@@ -39,12 +38,8 @@ class TextBuffer {
   }
 
   void append(std::string_view text) {
-    if (text.size() > room()) {
-      text = {text.data(), room()};
-      truncated_ = true;
-    }
-    copyText(end_, text.data(), text.size());
-    end_ += text.size();
+    truncated_ |= text.size() > room();
+    end_ += text.copy(end_, room());
   }
 
   void append(WordText text) {

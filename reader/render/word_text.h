@@ -9,11 +9,27 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
-#include "reader/frame/short_text.h"
-
 namespace qps {
+
+// Eight bytes as a number, the first in its lowest byte.
+inline std::uint64_t loadWord(const char* from) {
+  std::uint64_t word;
+  std::memcpy(&word, from, sizeof(word));
+  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+  return word;
+}
+
+// Stores a word whose lowest byte is the first.
+template <typename Word>
+void storeWord(char* to, Word word) {
+  if constexpr (std::endian::native == std::endian::big) {
+    word = sizeof(Word) == 8 ? __builtin_bswap64(word) : __builtin_bswap32(word);
+  }
+  std::memcpy(to, &word, sizeof(word));
+}
 
 // Up to eight characters, the first in the lowest byte; the bytes behind the last are 0.
 struct TextWord {
@@ -26,6 +42,28 @@ constexpr TextWord textWord(std::string_view text) {
   for (std::size_t i = 0; i < text.size(); ++i)
     word.characters |= std::uint64_t{static_cast<std::uint8_t>(text[i])} << (8 * i);
   return word;
+}
+
+// Stores the first `size` (up to 15) of the bytes of `low` and then `high`. From 4 on there
+// is no branch on the size, which differs from cell to cell: two pieces of four from the front and two
+// from the back, which are the same ones below 8 and overlap above.
+inline void copyWords(char* to, std::uint64_t low, std::uint64_t high, std::size_t size) {
+  const auto storeFour = [to](std::size_t at, std::uint64_t word) {
+    storeWord(to + at, static_cast<std::uint32_t>(word));
+  };
+  if (size < 4) {
+    for (std::size_t i = 0; i < size; ++i)
+      to[i] = static_cast<char>(low >> (8 * i) & 0xFF);
+    return;
+  }
+  const std::size_t second = (size & 8) / 2;
+  const std::size_t last = size - 4;
+  const std::size_t shift = 8 * (last - second);  // at most 56
+  const std::uint64_t end = low >> shift | high << 1 << (63 - shift);
+  storeFour(0, low);
+  storeFour(second, low >> 8 * second);
+  storeFour(last - second, end);
+  storeFour(last, end >> 8 * second);
 }
 
 class WordText {
