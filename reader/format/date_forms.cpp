@@ -30,8 +30,8 @@ struct DateForm {
   std::uint64_t year;            // a factor too: 0 for no year
 };
 
-// The factor that puts a piece behind so many characters.
-constexpr std::uint64_t behind(unsigned characters) {
+// The factor that puts a piece after so many characters.
+constexpr std::uint64_t after(unsigned characters) {
   return std::uint64_t{1} << (8 * characters);
 }
 
@@ -39,11 +39,11 @@ constexpr std::uint32_t kAllYears = 10'000, kOneCentury = 100;
 
 constexpr unsigned kFirstDateForm = 5;
 constexpr DateForm kDateForms[] = {
-    {behind(0), 0, behind(3), textWord("\0\0-\0\0\0-"sv), kAllYears, 1},  // 04-Jul-99
-    {behind(0), 0, behind(3), textWord("\0\0-\0\0\0"sv), 0, 0},           // 04-Jul
-    {0, 0, behind(0), textWord("\0\0\0-"sv), kOneCentury, 1},             // Jul-99, Jul-2024
-    {behind(3), behind(0), 0, textWord("\0\0/\0\0/"sv), kAllYears, 1},    // 07/04/99
-    {behind(3), behind(0), 0, textWord("\0\0/\0\0"sv), 0, 0},             // 07/04
+    {after(0), 0, after(3), textWord("\0\0-\0\0\0-"sv), kAllYears, 1},  // 04-Jul-99
+    {after(0), 0, after(3), textWord("\0\0-\0\0\0"sv), 0, 0},           // 04-Jul
+    {0, 0, after(0), textWord("\0\0\0-"sv), kOneCentury, 1},            // Jul-99, Jul-2024
+    {after(3), after(0), 0, textWord("\0\0/\0\0/"sv), kAllYears, 1},    // 07/04/99
+    {after(3), after(0), 0, textWord("\0\0/\0\0"sv), 0, 0},             // 07/04
 };
 
 // A year of 0 to 9999.
@@ -55,23 +55,23 @@ TextWord yearWord(const DateForm& form, std::uint32_t year) {
   return {characters * form.year, (shortened ? 2U : 4U) * form.year};
 }
 
-WordText showDialTime(double value, Seconds seconds) {
-  return dialText(qpsTimeOfDay(value), seconds);
+char* showDialTime(Rendering r, double value, Seconds seconds) {
+  return deliver(r, dialText(qpsTimeOfDay(value), seconds));
 }
 
-WordText showTime(Rendering r, double value, Seconds seconds) {
-  if (r.sheet.formatVersion == kDialHoursVersion) return showDialTime(value, seconds);
+char* showTime(Rendering r, double value, Seconds seconds) {
+  if (r.sheet.formatVersion == kDialHoursVersion) return showDialTime(r, value, seconds);
   const TimeOfDay time = qpsTimeOfDay(value);
-  return clockText(time.hours == 24 ? 0 : time.hours, time, seconds);
+  return deliver(r, clockText(time.hours == 24 ? 0 : time.hours, time, seconds));
 }
 
 }  // namespace
 
-// One road for all dated forms, because they come in any order: a processor that guesses the form
-// wrong loses more time than the few pieces take that are worked out in vain.
-WordText showDatedForm(Rendering r, const QPSAppearance& appearance, double value) {
+// No branch on the form, because the forms come in any order: a branch that the processor guesses
+// wrong takes longer than the pieces that are worked out and not shown.
+char* showDatedForm(Rendering r, const QPSAppearance& appearance, double value) {
   if (value > kLastShownSerial || value < kFirstShownSerial) return showOverflow(r);
-  if (std::isnan(value)) return kErrorMark;
+  if (std::isnan(value)) return deliver(r, kErrorMark);
   const CalendarDate date = dateOfDay(static_cast<std::int32_t>(value));
   const DateForm& form = kDateForms[appearance.formatCode - kFirstDateForm];
   const TextWord& name = kMonthWords[static_cast<std::size_t>(date.month)];
@@ -80,31 +80,31 @@ WordText showDatedForm(Rendering r, const QPSAppearance& appearance, double valu
                      name.characters * form.monthName + form.separators.characters,
                  form.separators.size});
   text.append(yearWord(form, static_cast<std::uint32_t>(date.year)));
-  return text;
+  return deliver(r, text);
 }
 
-WordText showTime12WithSeconds(Rendering /*r*/, const QPSAppearance& /*appearance*/, double value) {
-  return showDialTime(value, Seconds::kShown);
+char* showTime12WithSeconds(Rendering r, const QPSAppearance& /*appearance*/, double value) {
+  return showDialTime(r, value, Seconds::kShown);
 }
-WordText showTime12(Rendering /*r*/, const QPSAppearance& /*appearance*/, double value) {
-  return showDialTime(value, Seconds::kHidden);
+char* showTime12(Rendering r, const QPSAppearance& /*appearance*/, double value) {
+  return showDialTime(r, value, Seconds::kHidden);
 }
-WordText showTime24WithSeconds(Rendering r, const QPSAppearance& /*appearance*/, double value) {
+char* showTime24WithSeconds(Rendering r, const QPSAppearance& /*appearance*/, double value) {
   return showTime(r, value, Seconds::kShown);
 }
-WordText showTime24(Rendering r, const QPSAppearance& /*appearance*/, double value) {
+char* showTime24(Rendering r, const QPSAppearance& /*appearance*/, double value) {
   return showTime(r, value, Seconds::kHidden);
 }
 
-WordText showYear(Rendering /*r*/, const QPSAppearance& /*appearance*/, double value) {
-  return integerText(qpsSerialToDate(value).year, 2);
+char* showYear(Rendering r, const QPSAppearance& /*appearance*/, double value) {
+  return deliver(r, integerText(qpsSerialToDate(value).year, 2));
 }
 
-WordText showMonthAbbreviation(Rendering /*r*/, const QPSAppearance& /*appearance*/, double value) {
-  return WordText(kMonthWords[static_cast<std::size_t>(qpsSerialToDate(value).month)]);
+char* showMonthAbbreviation(Rendering r, const QPSAppearance& /*appearance*/, double value) {
+  return deliver(r, WordText(kMonthWords[static_cast<std::size_t>(qpsSerialToDate(value).month)]));
 }
 
-WordText showShortNumericDate(Rendering r, const QPSAppearance& /*appearance*/, double value) {
+char* showShortNumericDate(Rendering r, const QPSAppearance& /*appearance*/, double value) {
   const CalendarDate date = qpsSerialToDate(value);
   ResultText text;
   text.appendInteger(date.month);
@@ -112,14 +112,14 @@ WordText showShortNumericDate(Rendering r, const QPSAppearance& /*appearance*/, 
   text.appendInteger(date.day);
   text.append('/');
   text.appendInteger(date.year % 100, 2);
-  return r.deliver(text.view());
+  return deliver(r, text);
 }
 
-WordText showNamedDate(Rendering r, const QPSAppearance& appearance, double value) {
+char* showNamedDate(Rendering r, const QPSAppearance& appearance, double value) {
   return appearance.isDate ? showLongDate(r, appearance, value) : showGeneral(r, appearance, value);
 }
 
-WordText showLongDate(Rendering r, const QPSAppearance& /*appearance*/, double value) {
+char* showLongDate(Rendering r, const QPSAppearance& /*appearance*/, double value) {
   const CalendarDate date = qpsSerialToDate(value);
   ResultText text;
   text.append(monthNames[static_cast<std::size_t>(date.month)]);
@@ -127,7 +127,7 @@ WordText showLongDate(Rendering r, const QPSAppearance& /*appearance*/, double v
   text.appendInteger(date.day);
   text.append(", ");
   text.appendInteger(date.year, 4);
-  return r.deliver(text.view());
+  return deliver(r, text);
 }
 
 }  // namespace qps

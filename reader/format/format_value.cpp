@@ -5,14 +5,16 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "reader/frame/item_text.h"
+
 namespace qps {
 
 namespace {
 
 // A form for finite values, made one for all values.
 template <Form kForm>
-WordText finite(Rendering r, const QPSAppearance& appearance, double value) {
-  return std::isfinite(value) ? kForm(r, appearance, value) : kErrorMark;
+char* finite(Rendering r, const QPSAppearance& appearance, double value) {
+  return std::isfinite(value) ? kForm(r, appearance, value) : deliver(r, kErrorMark);
 }
 
 struct FormRow {
@@ -45,6 +47,17 @@ constexpr FormRow kFormRows[] = {
 };
 
 }  // namespace
+
+char* deliver(Rendering r, WordText text) {
+  char* copy = itemText(r.sheet, text.size());
+  if (copy != nullptr) [[likely]]
+    text.copyTo(copy);
+  return copy;
+}
+
+char* deliver(Rendering r, const ResultText& text) {
+  return text.empty() ? nullptr : qpsStrDup(r.sheet, text.view());
+}
 
 constexpr std::array<Form, 256> kFormByCode = [] {
   std::array<Form, 256> forms{};

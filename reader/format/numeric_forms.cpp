@@ -35,10 +35,10 @@ bool fits(Rendering r, const QPSAppearance& appearance, std::size_t characters) 
   return r.columnWidth() + 6 * size >= 12 * size * characters;
 }
 
-WordText showScientificFallback(Rendering r, double value) {
+char* showScientificFallback(Rendering r, double value) {
   ResultText text;
   appendScientificFallback(text, value);
-  return r.deliver(text.view());
+  return deliver(r, text);
 }
 
 bool isInt32(double value) {
@@ -66,8 +66,8 @@ bool fitGeneral(TextBuffer& text, std::size_t width) {
 }
 
 // A text, unless it was cut: then the General form's last resort.
-WordText showLong(Rendering r, double value, const ResultText& text) {
-  return text.truncated() ? showScientificFallback(r, value) : r.deliver(text.view());
+char* showLong(Rendering r, double value, const ResultText& text) {
+  return text.truncated() ? showScientificFallback(r, value) : deliver(r, text);
 }
 
 // What stands around grouped digits; a negative value has marks of its own instead of a sign.
@@ -75,85 +75,99 @@ struct Marks {
   TextWord before, after;
 };
 
-WordText showGrouped(Rendering r, const QPSAppearance& appearance, double value,
-                     const Marks& marks) {
-  const double magnitude = value < 0 ? -value : value;
-  const int decimals = appearance.decimals;
-  WordText text(marks.before);
-  if (appendShortFixed(text, magnitude, decimals, Separators::kThousands, marks.after)) [[likely]]
-    return text;
-  if (!std::isfinite(value)) return kErrorMark;
-  ResultText result;
-  result.append(text);
-  appendGrouped(result, magnitude, decimals);
-  result.append(WordText(marks.after));
-  return showLong(r, value, result);
+// Of -0.0 too the sign shows: it is not below 0.
+double magnitudeOf(double value) {
+  return value < 0 ? -value : value;
 }
 
-// Digits with a sign, and a mark behind them. `value` is what they say of the cell's value.
-[[gnu::always_inline]] inline WordText showDecimal(Rendering r, const QPSAppearance& appearance,
-                                                   double cellValue, double value, TextWord mark) {
-  const int decimals = appearance.decimals;
+// The forms of digits have two functions each, one for the few texts that are longer than a
+// WordText: its area on the stack would cost every cell.
+[[gnu::noinline]] char* showLongGrouped(Rendering r, double value, int decimals,
+                                        const Marks& marks) {
+  if (!std::isfinite(value)) return deliver(r, kErrorMark);
+  ResultText text;
+  text.append(WordText(marks.before));
+  appendGrouped(text, magnitudeOf(value), decimals);
+  text.append(WordText(marks.after));
+  return showLong(r, value, text);
+}
+
+char* showGrouped(Rendering r, const QPSAppearance& appearance, double value, const Marks& marks) {
+  WordText text(marks.before);
+  if (appendShortFixed(text, magnitudeOf(value), appearance.decimals, Separators::kThousands,
+                       marks.after))
+    return deliver(r, text);
+  return showLongGrouped(r, value, appearance.decimals, marks);
+}
+
+// `value` is what the digits say of the cell's value.
+[[gnu::noinline]] char* showLongDecimal(Rendering r, double cellValue, double value, int decimals,
+                                        TextWord mark) {
+  if (!std::isfinite(cellValue)) return deliver(r, kErrorMark);
+  if (!std::isfinite(value)) return showScientificFallback(r, cellValue);
+  ResultText text;
+  text.appendFixed(value, decimals);
+  text.append(WordText(mark));
+  return showLong(r, cellValue, text);
+}
+
+// Digits with a sign, and a mark after them.
+char* showDecimal(Rendering r, const QPSAppearance& appearance, double cellValue, double value,
+                  TextWord mark) {
   WordText text;
-  if (appendShortFixed(text, value, decimals, Separators::kNone, mark)) [[likely]]
-    return text;
-  if (!std::isfinite(value)) {
-    return std::isfinite(cellValue) ? showScientificFallback(r, cellValue) : kErrorMark;
-  }
-  ResultText result;
-  result.appendFixed(value, decimals);
-  result.append(WordText(mark));
-  return showLong(r, cellValue, result);
+  if (appendShortFixed(text, value, appearance.decimals, Separators::kNone, mark))
+    return deliver(r, text);
+  return showLongDecimal(r, cellValue, value, appearance.decimals, mark);
 }
 
 }  // namespace
 
-WordText showGeneral(Rendering r, const QPSAppearance& appearance, double value) {
+char* showGeneral(Rendering r, const QPSAppearance& appearance, double value) {
   if (isInt32(value)) {
     const WordText text = integerText(static_cast<std::int32_t>(value));
-    return fits(r, appearance, text.size()) ? text : showScientificFallback(r, value);
+    return fits(r, appearance, text.size()) ? deliver(r, text) : showScientificFallback(r, value);
   }
-  if (!std::isfinite(value)) return kErrorMark;
+  if (!std::isfinite(value)) return deliver(r, kErrorMark);
   ResultText text;
   qpsFormatTrimmed(text, value, kGeneralDecimals);
   if (!fitGeneral(text, widthInCharacters(r, appearance))) return showScientificFallback(r, value);
-  return r.deliver(text.view());
+  return deliver(r, text);
 }
 
-WordText showBars(Rendering r, const QPSAppearance& appearance, double value) {
+char* showBars(Rendering r, const QPSAppearance& appearance, double value) {
   r.cell.alignment = kBarAlignment;
   const double magnitude = std::fabs(value);
-  if (std::isnan(magnitude)) return kErrorMark;
-  if (magnitude == 0) return WordText(textWord("."));
+  if (std::isnan(magnitude)) return deliver(r, kErrorMark);
+  if (magnitude == 0) return deliver(r, WordText(textWord(".")));
   if (magnitude > widthInCharacters(r, appearance) || magnitude > kMostBars) return showOverflow(r);
   const char sign = value > 0 ? '+' : '-';
   ResultText bars;
   for (int i = 0; i < magnitude; ++i)
     bars.append(sign);
-  return r.deliver(bars.view());
+  return deliver(r, bars);
 }
 
-WordText showFixed(Rendering r, const QPSAppearance& appearance, double value) {
+char* showFixed(Rendering r, const QPSAppearance& appearance, double value) {
   return showDecimal(r, appearance, value, value, {});
 }
 
-WordText showScientific(Rendering r, const QPSAppearance& appearance, double value) {
+char* showScientific(Rendering r, const QPSAppearance& appearance, double value) {
   ResultText text;
   text.appendScientific(value, appearance.decimals);
   return showLong(r, value, text);
 }
 
-WordText showCurrency(Rendering r, const QPSAppearance& appearance, double value) {
+char* showCurrency(Rendering r, const QPSAppearance& appearance, double value) {
   constexpr Marks kMarks[] = {{textWord("$"), textWord(" ")}, {textWord("($"), textWord(") ")}};
   return showGrouped(r, appearance, value, kMarks[value < 0 ? 1 : 0]);
 }
 
-WordText showComma(Rendering r, const QPSAppearance& appearance, double value) {
+char* showComma(Rendering r, const QPSAppearance& appearance, double value) {
   constexpr Marks kMarks[] = {{{}, textWord(" ")}, {textWord("("), textWord(") ")}};
   return showGrouped(r, appearance, value, kMarks[value < 0 ? 1 : 0]);
 }
 
-WordText showPercent(Rendering r, const QPSAppearance& appearance, double value) {
+char* showPercent(Rendering r, const QPSAppearance& appearance, double value) {
   return showDecimal(r, appearance, value, value * 100.0, textWord("%"));
 }
 

@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// What a form writes to, and the names of the forms. A form is one way to show a value. It returns
-// its text when that is short, as most are; otherwise it returns what Rendering::deliver does.
+// The forms by name, and what a form hands over. A form is one way to show a value: it returns the
+// cell's text, a block from the sheet's itemAlloc that is the host's at once, or null for none.
 #ifndef QPSREADER_FORMAT_RENDERING_H
 #define QPSREADER_FORMAT_RENDERING_H
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 
 #include <qpsreader/ss_item.h>
-#include "reader/frame/item_text.h"
 #include "reader/frame/qps_sheet.h"
 #include "reader/render/text_buffer.h"
 
@@ -29,54 +26,53 @@ class ResultText : public TextBuffer {
   char area_[kMostResultCharacters + 1];
 };
 
-// Passed by value, in two registers.
+// The cell that a form works for. Passed by value, in two registers.
 struct Rendering {
   const QPSSheet& sheet;
-  SSItemCell& cell;  // only its text and its alignment change
+  SSItemCell& cell;  // only its alignment changes
 
   std::uint32_t columnWidth() const { return sheet.columnWidths[cell.column - 1]; }
-
-  // Gives the host a text of any length, cut if need be; none for an empty one.
-  WordText deliver(std::string_view text) const {
-    const std::size_t size = std::min(text.size(), kMostResultCharacters);
-    if (size != 0) cell.text = qpsStrDup(sheet, {text.data(), size});
-    return {};
-  }
 };
 
-using Form = WordText (*)(Rendering, const QPSAppearance&, double value);
+using Form = char* (*)(Rendering, const QPSAppearance&, double value);
+
+// Hands a finished text over; there is none for an empty one. What is longer than a display text
+// was cut by its ResultText.
+char* deliver(Rendering r, WordText text);
+char* deliver(Rendering r, const ResultText& text);
 
 inline constexpr WordText kErrorMark{textWord("ERR")};
+inline constexpr WordText overflowMark{textWord("*")};
 
 // Shows that the value does not fit or lies outside what the form can show.
-inline WordText showOverflow(Rendering r) {
+inline char* showOverflow(Rendering r) {
   constexpr std::uint8_t kOverflowAlignment = 28;
   r.cell.alignment = kOverflowAlignment;
-  return WordText(textWord("*"));
+  return deliver(r, overflowMark);
 }
 
 // Forms for any value: numeric_forms.cpp, and the dates of codes 5 to 9 (date_forms.cpp).
-WordText showGeneral(Rendering r, const QPSAppearance& appearance, double value);
-WordText showBars(Rendering r, const QPSAppearance& appearance, double value);
-WordText showFixed(Rendering r, const QPSAppearance& appearance, double value);
-WordText showCurrency(Rendering r, const QPSAppearance& appearance, double value);
-WordText showPercent(Rendering r, const QPSAppearance& appearance, double value);
-WordText showComma(Rendering r, const QPSAppearance& appearance, double value);
-WordText showDatedForm(Rendering r, const QPSAppearance& appearance, double value);
+char* showGeneral(Rendering r, const QPSAppearance& appearance, double value);
+char* showBars(Rendering r, const QPSAppearance& appearance, double value);
+char* showFixed(Rendering r, const QPSAppearance& appearance, double value);
+char* showCurrency(Rendering r, const QPSAppearance& appearance, double value);
+char* showPercent(Rendering r, const QPSAppearance& appearance, double value);
+char* showComma(Rendering r, const QPSAppearance& appearance, double value);
+char* showDatedForm(Rendering r, const QPSAppearance& appearance, double value);
 
 // Forms for finite values: numeric_forms.cpp, date_forms.cpp and, for the notebook's own formats,
 // user_forms.cpp. A named date is the long date under a style named "Date", and General else.
-WordText showScientific(Rendering r, const QPSAppearance& appearance, double value);
-WordText showTime12WithSeconds(Rendering r, const QPSAppearance& appearance, double value);
-WordText showTime12(Rendering r, const QPSAppearance& appearance, double value);
-WordText showTime24WithSeconds(Rendering r, const QPSAppearance& appearance, double value);
-WordText showTime24(Rendering r, const QPSAppearance& appearance, double value);
-WordText showYear(Rendering r, const QPSAppearance& appearance, double value);
-WordText showMonthAbbreviation(Rendering r, const QPSAppearance& appearance, double value);
-WordText showShortNumericDate(Rendering r, const QPSAppearance& appearance, double value);
-WordText showNamedDate(Rendering r, const QPSAppearance& appearance, double value);
-WordText showLongDate(Rendering r, const QPSAppearance& appearance, double value);
-WordText showUserDefined(Rendering r, const QPSAppearance& appearance, double value);
+char* showScientific(Rendering r, const QPSAppearance& appearance, double value);
+char* showTime12WithSeconds(Rendering r, const QPSAppearance& appearance, double value);
+char* showTime12(Rendering r, const QPSAppearance& appearance, double value);
+char* showTime24WithSeconds(Rendering r, const QPSAppearance& appearance, double value);
+char* showTime24(Rendering r, const QPSAppearance& appearance, double value);
+char* showYear(Rendering r, const QPSAppearance& appearance, double value);
+char* showMonthAbbreviation(Rendering r, const QPSAppearance& appearance, double value);
+char* showShortNumericDate(Rendering r, const QPSAppearance& appearance, double value);
+char* showNamedDate(Rendering r, const QPSAppearance& appearance, double value);
+char* showLongDate(Rendering r, const QPSAppearance& appearance, double value);
+char* showUserDefined(Rendering r, const QPSAppearance& appearance, double value);
 
 }  // namespace qps
 

@@ -9,6 +9,7 @@
 #include "reader/format/date_text.h"
 #include "reader/format/rendering.h"
 #include "reader/format/user_format_plan.h"
+#include "reader/frame/item_text.h"
 #include "reader/frame/pool.h"
 #include "reader/render/date_serial.h"
 #include "reader/render/name_tables.h"
@@ -26,18 +27,18 @@ std::size_t weekdayOf(double value) {
   return static_cast<std::size_t>(weekdayNameIndex(weekdayIndex(value), !(value < 0)));
 }
 
-WordText showFourDigitYear(Rendering /*r*/, const QPSAppearance& /*appearance*/, double value) {
-  return integerText(qpsSerialToDate(value).year, 4);
+char* showFourDigitYear(Rendering r, const QPSAppearance& /*appearance*/, double value) {
+  return deliver(r, integerText(qpsSerialToDate(value).year, 4));
 }
-WordText showWeekday(Rendering r, const QPSAppearance& /*appearance*/, double value) {
-  return r.deliver(weekdayNames[weekdayOf(value)]);
+char* showWeekday(Rendering r, const QPSAppearance& /*appearance*/, double value) {
+  return qpsStrDup(r.sheet, weekdayNames[weekdayOf(value)]);
 }
-WordText showWeekdayAbbreviation(Rendering r, const QPSAppearance& /*appearance*/, double value) {
-  return r.deliver(weekdayAbbreviations[weekdayOf(value)]);
+char* showWeekdayAbbreviation(Rendering r, const QPSAppearance& /*appearance*/, double value) {
+  return qpsStrDup(r.sheet, weekdayAbbreviations[weekdayOf(value)]);
 }
 
 // The years 1900 to 1999 are shown in two digits, all others whole.
-WordText showDateAndTime(Rendering r, const QPSAppearance& /*appearance*/, double value) {
+char* showDateAndTime(Rendering r, const QPSAppearance& /*appearance*/, double value) {
   const CalendarDate date = qpsSerialToDate(value);
   const bool shortened = isInThe1900s(date.year);
   WordText monthAndDay;
@@ -50,11 +51,11 @@ WordText showDateAndTime(Rendering r, const QPSAppearance& /*appearance*/, doubl
   text.appendInteger(date.year - (shortened ? 1900 : 0), shortened ? 2 : 4);
   text.append(' ');
   text.append(dialText(qpsTimeOfDay(value), Seconds::kShown));
-  return r.deliver(text.view());
+  return deliver(r, text);
 }
 
-WordText showSign(Rendering r, const QPSAppearance& /*appearance*/, double value) {
-  return r.deliver(value > 0 ? "Positive" : value == 0 ? "Zero" : "Negative");
+char* showSign(Rendering r, const QPSAppearance& /*appearance*/, double value) {
+  return qpsStrDup(r.sheet, value > 0 ? "Positive" : value == 0 ? "Zero" : "Negative");
 }
 
 struct Template {
@@ -93,11 +94,10 @@ void planSections(UserFormatPlan& plan) {
   ++plan.sections;  // one more, or many: they are not told apart
 }
 
-WordText showUserDate(Rendering r, double value, const UserFormatPlan& plan) {
-  const WordText inWords = shortUserDate(plan.date, value);
-  if (!inWords.empty()) return inWords;
-  const auto text = qpsFormatUserDate(plan.date, userDateFields(value), r.sheet.services);
-  return r.deliver(text.value_or(std::string_view()));
+char* showUserDate(Rendering r, double value, const UserFormatPlan& plan) {
+  ResultText text;
+  qpsFormatUserDate(text, plan.date, userDateFields(value), r.sheet.services);
+  return deliver(r, text);
 }
 
 struct SectionChoice {
@@ -113,16 +113,17 @@ SectionChoice chooseSection(std::size_t sections, double value) {
   return sections == 2 ? SectionChoice{0, kFirstSection} : SectionChoice{1, kZeroSection};
 }
 
-WordText showUserNumber(Rendering r, double value, const UserFormatPlan& plan) {
-  if (plan.sections > UserFormatPlan::kMostSections) return {};
+char* showUserNumber(Rendering r, double value, const UserFormatPlan& plan) {
+  if (plan.sections > UserFormatPlan::kMostSections) return nullptr;
   const SectionChoice choice = chooseSection(plan.sections, value);
-  const auto text = qpsFormatUserNumber(plan.section[choice.index], choice.formatSection,
-                                        std::fabs(value), !(value < 0));
-  return r.deliver(text.value_or(std::string_view()));
+  ResultText text;
+  qpsFormatUserNumber(text, plan.section[choice.index], choice.formatSection, std::fabs(value),
+                      !(value < 0));
+  return deliver(r, text);
 }
 
-WordText showPlan(Rendering r, const QPSAppearance& appearance, double value,
-                  const UserFormatPlan& plan) {
+char* showPlan(Rendering r, const QPSAppearance& appearance, double value,
+               const UserFormatPlan& plan) {
   if (plan.templateForm != nullptr) return plan.templateForm(r, appearance, value);
   if (appearance.isDate) return showLongDate(r, appearance, value);
   switch (plan.language) {
@@ -151,7 +152,7 @@ UserFormatPlan planUserFormat(std::string_view text) {
 
 // The plan is made for the first cell and kept beside the text, unless the pool has no room. A cell
 // that no format was found for counts as one with an empty text.
-WordText showUserDefined(Rendering r, const QPSAppearance& appearance, double value) {
+char* showUserDefined(Rendering r, const QPSAppearance& appearance, double value) {
   QPSUserFormat* format = appearance.userFormat;
   if (format == nullptr || format->text == nullptr)
     return showPlan(r, appearance, value, planUserFormat({}));

@@ -12,8 +12,8 @@
 
 namespace qps {
 
-// A block for `size` characters from the sheet's itemAlloc, with the zero byte after them written. The
-// host's at once. Null when there is none.
+// A block for `size` characters from the sheet's itemAlloc, with the zero byte after them written.
+// The host's at once. Null when there is none.
 [[nodiscard]] inline char* itemText(const QPSSheet& sheet, std::size_t size) {
   auto* text = static_cast<char*>(sheet.itemAlloc(sheet.itemAllocContext, nullptr, size + 1, 0));
   if (text != nullptr) [[likely]]

@@ -134,11 +134,11 @@ struct QPSRowHeight {
 using RowBitmap = std::uint8_t[kRows / 8];
 
 enum ItemState : std::uint32_t {
-  kItemStateStart = 0,
-  kItemStateWidths = 1,
-  kItemStateRecords = 3,
-  kItemStateCells = 5,  // the last part of kItemStateRecords: nothing but cells is left
-  kItemStateEnd = 4,
+  ItemStateStart = 0,
+  ItemStateWidths = 1,
+  ItemStateRecords = 3,
+  ItemStateCells = 5,  // the last part of ItemStateRecords: nothing but cells is left
+  ItemStateEnd = 4,
 };
 
 }  // namespace qps

@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string_view>
 
 #include "reader/format/format_value.h"
@@ -26,29 +25,27 @@ bool isHidden(const QPSAppearance& appearance) {
   return appearance.formatCode == kHiddenFormatCode;
 }
 
-// Writes the position and the style, and returns what the style means.
+// Writes all of the cell but its text, and returns what its style means. Inline: a call would cost
+// each cell 20 instructions.
 [[gnu::always_inline]] inline const QPSAppearance& placeCell(QPSSheet& sheet, SSItemCell& cell,
                                                              CellKind kind) {
-  const BodyView body = sheet.records.body();
-  cell.column = body.u8At(0) + 1U;
-  cell.row = body.u16At(2) + 1U;
-  return qpsApplyCellStyle(sheet, cell, kind, styleFieldOf(body));
+  const BodyView recordBody = sheet.records.body();
+  cell.kind = SSItemKindCell;
+  cell.column = recordBody.u8At(0) + 1U;
+  cell.row = recordBody.u16At(2) + 1U;
+  cell.spare3 = 0;
+  return qpsApplyCellStyle(sheet, cell, kind, styleFieldOf(recordBody));
 }
 
 CellStep deliverNumber(QPSSheet& sheet, SSItemCell& cell, double value) {
   const QPSAppearance& appearance = placeCell(sheet, cell, kNumericCell);
-  if (isHidden(appearance)) {
-    cell.text = nullptr;
-  } else {
-    qpsFormatValue(sheet, appearance, cell, value);
-  }
+  cell.text = isHidden(appearance) ? nullptr : qpsFormatValue(sheet, appearance, cell, value);
   return CellStep::kDeliver;
 }
 
-[[gnu::always_inline]] inline CellStep deliverText(QPSSheet& sheet, SSItemCell& cell, CellKind kind,
-                                                   std::string_view text) {
-  const QPSAppearance& appearance = placeCell(sheet, cell, kind);
-  cell.text = isHidden(appearance) ? nullptr : qpsStrDup(sheet, text);
+CellStep deliverError(QPSSheet& sheet, SSItemCell& cell) {
+  const QPSAppearance& appearance = placeCell(sheet, cell, kNumericCell);
+  cell.text = isHidden(appearance) ? nullptr : qpsStrDup(sheet, kErrorText);
   return CellStep::kDeliver;
 }
 
@@ -69,27 +66,31 @@ CellStep qpsReadNumberCell(QPSSheet& sheet, SSItemCell& cell) {
   return deliverNumber(sheet, cell, sheet.records.body().doubleAt(kValueOffset));
 }
 
-// A label, or the text result of a formula, which shows like one whether or not the formula came
-// before it.
-CellStep qpsReadTextCell(QPSSheet& sheet, SSItemCell& cell) {
+CellStep qpsReadLabelCell(QPSSheet& sheet, SSItemCell& cell) {
   const QPSAppearance& appearance = placeCell(sheet, cell, kTextCell);
-  cell.text = isHidden(appearance) ? nullptr : qpsStrDup(sheet, sheet.records.body().textAt(kTextOffset));
+  cell.text =
+      isHidden(appearance) ? nullptr : qpsStrDup(sheet, sheet.records.body().textAt(kTextOffset));
   return CellStep::kDeliver;
 }
 
+// The text result of a formula shows like a label, whether or not a formula came before it.
+CellStep qpsReadStringCell(QPSSheet& sheet, SSItemCell& cell) {
+  return qpsReadLabelCell(sheet, cell);
+}
+
 CellStep qpsReadFormulaCell(QPSSheet& sheet, SSItemCell& cell) {
-  const BodyView body = sheet.records.body();
-  const std::uint16_t marker = body.u16At(kResultMarkerOffset);
+  const BodyView recordBody = sheet.records.body();
+  const std::uint16_t marker = recordBody.u16At(kResultMarkerOffset);
   if (marker == kResultIsText) return CellStep::kNoCell;
   if (!isSpecialResult(marker)) {
-    return deliverNumber(sheet, cell, body.doubleAt(kValueOffset));
+    return deliverNumber(sheet, cell, recordBody.doubleAt(kValueOffset));
   }
-  switch (body.u16At(kSpecialKindOffset)) {
+  switch (recordBody.u16At(kSpecialKindOffset)) {
     case kSpecialError:
-      return deliverText(sheet, cell, kNumericCell, kErrorText);
+      return deliverError(sheet, cell);
     case kSpecialInteger:
       return deliverNumber(sheet, cell,
-                           static_cast<std::int32_t>(body.u32At(kSpecialIntegerOffset)));
+                           static_cast<std::int32_t>(recordBody.u32At(kSpecialIntegerOffset)));
     default:
       return CellStep::kNoCell;
   }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The six records that carry cells. A handler fills a cell item from the body in the record
-// buffer: position, style, display text.
+// buffer: position, style, display text. It writes nothing when the record yields no cell.
 #ifndef QPSREADER_ITEMS_CELL_RECORDS_H
 #define QPSREADER_ITEMS_CELL_RECORDS_H
 
@@ -17,7 +17,8 @@ CellStep qpsReadBlankCell(QPSSheet& sheet, SSItemCell& cell);
 CellStep qpsReadIntegerCell(QPSSheet& sheet, SSItemCell& cell);
 CellStep qpsReadNumberCell(QPSSheet& sheet, SSItemCell& cell);
 CellStep qpsReadFormulaCell(QPSSheet& sheet, SSItemCell& cell);
-CellStep qpsReadTextCell(QPSSheet& sheet, SSItemCell& cell);
+CellStep qpsReadLabelCell(QPSSheet& sheet, SSItemCell& cell);
+CellStep qpsReadStringCell(QPSSheet& sheet, SSItemCell& cell);
 
 }  // namespace qps
 

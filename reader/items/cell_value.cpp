@@ -82,7 +82,7 @@ void setFormat(QPSCellValue& value, const QPSSheet& sheet, std::uint16_t styleFi
 // ends it.
 uint32_t QPSGetCellValue(QPSSheet* sheet, QPSCellValue* value) {
   using namespace qps;
-  if (sheet == nullptr || sheet->itemState != kItemStateCells) return 1;
+  if (sheet == nullptr || sheet->itemState != ItemStateCells) return 1;
   const BodyView body = sheet->records.body();
   *value = {};
   setContents(*value, sheet->records.type(), body);

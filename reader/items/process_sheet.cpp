@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// QPSProcessSheet: one item per call. Everything before the cells comes from what the opening left
-// in the sheet; the cells come from reading the worksheet's records again, one cell record per
-// call.
+// QPSProcessSheet: one item per call. What comes before the cells is what the opening left in the
+// sheet; the cells come from reading the worksheet's records again, one cell record per call.
 #include <algorithm>
 #include <cstring>
 #include <iterator>
-#include <optional>
 #include <string_view>
 
 #include <qpsreader/ss_item.h>
@@ -30,9 +28,9 @@ constexpr RecordRule<CellHandler> kCellRules[] = {
     {RecordType::kBlankCell, qpsReadBlankCell, OnFailure::kIgnore},
     {RecordType::kIntegerCell, qpsReadIntegerCell, OnFailure::kStop},
     {RecordType::kNumberCell, qpsReadNumberCell, OnFailure::kStop},
-    {RecordType::kLabelCell, qpsReadTextCell, OnFailure::kStop},
+    {RecordType::kLabelCell, qpsReadLabelCell, OnFailure::kStop},
     {RecordType::kFormulaCell, qpsReadFormulaCell, OnFailure::kStop},
-    {RecordType::kStringCell, qpsReadTextCell, OnFailure::kStop},
+    {RecordType::kStringCell, qpsReadStringCell, OnFailure::kStop},
 };
 
 constexpr RecordTable<kCellRules> kCellTable;
@@ -61,7 +59,7 @@ void normaliseColumnWidths(QPSSheet& sheet) {
   }
 }
 
-std::uint32_t deliverSheetInfo(QPSSheet& sheet, SSItemSheetInfo& info) {
+void deliverSheetInfo(QPSSheet& sheet, SSItemSheetInfo& info) {
   info.marker = 1;
   info.rowCount = sheet.rowCount;
   info.columnCount = sheet.columnCount;
@@ -77,12 +75,11 @@ std::uint32_t deliverSheetInfo(QPSSheet& sheet, SSItemSheetInfo& info) {
   info.font.extra1 = kDefaultFontExtra1;
   info.columnColour = sharedColumnColour(sheet);
   info.kind = SSItemKindSheetInfo;
-  sheet.itemState = kItemStateWidths;
+  sheet.itemState = ItemStateWidths;
   normaliseColumnWidths(sheet);
-  return kItemDelivered;
 }
 
-std::uint32_t deliverColumnWidths(QPSSheet& sheet, SSItemRun& run) {
+void deliverColumnWidths(QPSSheet& sheet, SSItemRun& run) {
   const auto* widths = std::begin(sheet.columnWidths);
   const auto* end = std::end(sheet.columnWidths);
   const auto* first = widths + sheet.nextWidthColumn - 1;
@@ -95,15 +92,13 @@ std::uint32_t deliverColumnWidths(QPSSheet& sheet, SSItemRun& run) {
   const auto* next = std::find_if(
       afterRun, end, [&](std::uint32_t width) { return width != sheet.defaultColumnWidth; });
   sheet.nextWidthColumn = next == end ? 0 : static_cast<std::uint32_t>(next - widths + 1);
-  return kItemDelivered;
 }
 
-std::uint32_t deliverRowHeight(SSItemRun& run, const RowHeight& rowHeight) {
+void deliverRowHeight(SSItemRun& run, const RowHeight& rowHeight) {
   run.first = rowHeight.row;
   run.last = rowHeight.row;
   run.value = rowHeight.height;
   run.kind = SSItemKindRowHeight;
-  return kItemDelivered;
 }
 
 bool hasText(const char* text) {
@@ -111,17 +106,47 @@ bool hasText(const char* text) {
 }
 
 // Offers a notebook text once, whether or not the pool has room for the host's copy.
-std::uint32_t deliverNotebookText(QPSSheet& sheet, SSItemNotebookText& item, char* text,
-                                  std::uint32_t kind) {
+void deliverNotebookText(QPSSheet& sheet, SSItemNotebookText& item, char* text,
+                         std::uint32_t kind) {
   item.text = poolCopyText(sheet.services, text);
   text[0] = '\0';
   item.kind = kind;
-  return kItemDelivered;
 }
 
-// A record without a rule: false at the end of the worksheet. Out of line, as is all that few
-// records need, which keeps what runs once per cell short.
-[[gnu::noinline]] bool passOtherRecord(RecordStream& records) {
+// Delivers the next item that comes before the cells. False when none is left: the state is then
+// ItemStateCells, or ItemStateEnd when the worksheet's records cannot be read. Out of line,
+// which keeps what runs once a cell short.
+[[gnu::noinline]] bool deliverBeforeCells(QPSSheet& sheet, SSItem& item) {
+  if (sheet.itemState == ItemStateStart) {
+    deliverSheetInfo(sheet, item.sheetInfo);
+    return true;
+  }
+  if (sheet.nextWidthColumn != 0) {
+    deliverColumnWidths(sheet, item.columnWidths);
+    return true;
+  }
+  if (sheet.itemState == ItemStateWidths) {
+    sheet.itemState = sheet.records.seekTo(sheet.sheetStart) ? ItemStateRecords : ItemStateEnd;
+  }
+  if (sheet.itemState == ItemStateEnd) return false;
+  if (RowHeight rowHeight; takeRowHeight(sheet, rowHeight)) {
+    deliverRowHeight(item.rowHeight, rowHeight);
+    return true;
+  }
+  if (hasText(sheet.record38Text)) {
+    deliverNotebookText(sheet, item.notebookText, sheet.record38Text, SSItemKindRecord38Text);
+    return true;
+  }
+  if (hasText(sheet.record37Text)) {
+    deliverNotebookText(sheet, item.notebookText, sheet.record37Text, SSItemKindRecord37Text);
+    return true;
+  }
+  sheet.itemState = ItemStateCells;
+  return false;
+}
+
+// Passes over a record that is no cell. False at the end of the worksheet.
+bool passOtherRecord(RecordStream& records) {
   if (records.type() == RecordType::kEndOfFile) return false;
   if (records.type() != RecordType::kSheetEnd) return records.skipBody();
   // The body belongs to the worksheet; what it holds, or that it is cut short, changes nothing.
@@ -129,71 +154,20 @@ std::uint32_t deliverNotebookText(QPSSheet& sheet, SSItemNotebookText& item, cha
   return false;
 }
 
-// What a record of the worksheet came to.
-enum class RecordOutcome : std::uint8_t { kCell, kNoCell, kEnd };
-
-[[gnu::always_inline]] inline RecordOutcome takeRecord(QPSSheet& sheet, SSItemCell& cell) {
+// Delivers the next cell. False at the end of the worksheet.
+bool deliverCell(QPSSheet& sheet, SSItemCell& cell) {
   RecordStream& records = sheet.records;
-  if (!records.readHeader()) [[unlikely]]
-    return RecordOutcome::kEnd;
-  const auto* rule = kCellTable.find(records.recordType);
-  if (rule == nullptr) [[unlikely]]
-    return passOtherRecord(records) ? RecordOutcome::kNoCell : RecordOutcome::kEnd;
-  if (!records.readBody()) [[unlikely]]
-    return rule->onFailure == OnFailure::kStop ? RecordOutcome::kEnd : RecordOutcome::kNoCell;
-  if (rule->handler(sheet, cell) == CellStep::kNoCell) [[unlikely]]
-    return RecordOutcome::kNoCell;
-  cell.spare3 = 0;
-  cell.kind = SSItemKindCell;
-  return RecordOutcome::kCell;
-}
-
-// The next cell, when the records before it came to `outcome`.
-[[gnu::noinline]] std::uint32_t deliverCellAfter(RecordOutcome outcome, QPSSheet& sheet,
-                                                 SSItemCell& cell) {
-  while (outcome == RecordOutcome::kNoCell)
-    outcome = takeRecord(sheet, cell);
-  return outcome == RecordOutcome::kCell ? kItemDelivered : kSheetEnded;
-}
-
-// What comes before the cells. None when nothing of that is left.
-std::optional<std::uint32_t> deliverBeforeCells(QPSSheet& sheet, SSItem& item) {
-  if (sheet.itemState == kItemStateEnd) return kSheetEnded;
-  if (sheet.itemState == kItemStateStart) return deliverSheetInfo(sheet, item.sheetInfo);
-  if (sheet.nextWidthColumn != 0) return deliverColumnWidths(sheet, item.columnWidths);
-  if (sheet.itemState == kItemStateWidths) {
-    sheet.itemState = kItemStateRecords;
-    if (!sheet.records.seekTo(sheet.sheetStart)) return kSheetEnded;
+  while (records.readHeader()) {
+    const auto* rule = kCellTable.find(records.recordType);
+    if (rule == nullptr) {
+      if (!passOtherRecord(records)) return false;
+    } else if (!records.readBody()) {
+      if (rule->onFailure == OnFailure::kStop) return false;
+    } else if (rule->handler(sheet, cell) == CellStep::kDeliver) [[likely]] {
+      return true;
+    }
   }
-  if (sheet.rowHeightList != nullptr) {
-    RowHeight rowHeight;
-    if (takeRowHeight(sheet, rowHeight)) return deliverRowHeight(item.rowHeight, rowHeight);
-  }
-  if (hasText(sheet.record38Text)) {
-    return deliverNotebookText(sheet, item.notebookText, sheet.record38Text,
-                               SSItemKindRecord38Text);
-  }
-  if (hasText(sheet.record37Text)) {
-    return deliverNotebookText(sheet, item.notebookText, sheet.record37Text,
-                               SSItemKindRecord37Text);
-  }
-  return std::nullopt;
-}
-
-[[gnu::noinline]] std::uint32_t deliverFirstItems(QPSSheet& sheet, SSItem& item) {
-  if (const auto result = deliverBeforeCells(sheet, item)) return *result;
-  sheet.itemState = kItemStateCells;
-  return deliverCellAfter(RecordOutcome::kNoCell, sheet, item.cell);
-}
-
-// The road of most calls has no loop, and one test of what its record came to.
-std::uint32_t processSheet(QPSSheet& sheet, SSItem& item) {
-  if (sheet.itemState != kItemStateCells) [[unlikely]]
-    return deliverFirstItems(sheet, item);
-  const RecordOutcome outcome = takeRecord(sheet, item.cell);
-  if (outcome == RecordOutcome::kCell) [[likely]]
-    return kItemDelivered;
-  return deliverCellAfter(outcome, sheet, item.cell);
+  return false;
 }
 
 }  // namespace
@@ -201,7 +175,11 @@ std::uint32_t processSheet(QPSSheet& sheet, SSItem& item) {
 }  // namespace qps
 
 uint32_t QPSProcessSheet(QPSSheet* sheet, SSItem* item) {
-  const uint32_t result = qps::processSheet(*sheet, *item);
-  if (result == qps::kSheetEnded) sheet->itemState = qps::kItemStateEnd;
-  return result;
+  if (sheet->itemState != qps::ItemStateCells) {
+    if (qps::deliverBeforeCells(*sheet, *item)) return qps::kItemDelivered;
+    if (sheet->itemState == qps::ItemStateEnd) return qps::kSheetEnded;
+  }
+  if (qps::deliverCell(*sheet, item->cell)) return qps::kItemDelivered;
+  sheet->itemState = qps::ItemStateEnd;
+  return qps::kSheetEnded;
 }

@@ -27,16 +27,13 @@ inline constexpr std::array<std::string_view, 7> weekdayAbbreviations = {"Sat", 
 inline constexpr std::array<std::string_view, 7> weekdayNames = {
     "Saturday", "Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday"};
 
-// The abbreviations once more, for texts in registers.
-template <std::size_t Count>
-constexpr std::array<TextWord, Count> wordsOf(const std::array<std::string_view, Count>& names) {
-  std::array<TextWord, Count> words{};
-  for (std::size_t i = 0; i < Count; ++i)
-    words[i] = textWord(names[i]);
+// The abbreviations of the months once more, for texts in registers.
+inline constexpr std::array<TextWord, 13> kMonthWords = [] {
+  std::array<TextWord, 13> words{};
+  for (std::size_t month = 0; month < words.size(); ++month)
+    words[month] = textWord(monthAbbreviations[month]);
   return words;
-}
-inline constexpr auto kMonthWords = wordsOf(monthAbbreviations);
-inline constexpr auto kWeekdayWords = wordsOf(weekdayAbbreviations);
+}();
 
 }  // namespace qps
 

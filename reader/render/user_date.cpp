@@ -5,12 +5,10 @@
 #include <array>
 #include <bit>
 #include <cstddef>
-#include <span>
 
 #include <qpsreader/qps_reader.h>
 #include "reader/render/literal.h"
 #include "reader/render/name_tables.h"
-#include "reader/render/text_buffer.h"
 
 constexpr QPSUserDefine qpsUSERDEFINE[QPSUserDefineRows] = {
     {"WEEKDAY", 7, "%s", 0}, {"Weekday", 7, "%s", 1}, {"weekday", 7, "%s", 2},
@@ -28,8 +26,6 @@ namespace {
 
 using Source = DatePiece::Source;
 using Letters = DatePiece::Letters;
-
-char userDateBuffer[512];
 
 struct FieldRule {
   Source source;
@@ -123,116 +119,38 @@ std::int32_t numberOf(Source source, const UserDateFields& fields) {
   }
 }
 
-// For what is longer than a word.
-constexpr TextWord kNoWord{0, WordText::kMostCharacters + 1};
-
-bool isWord(const TextWord& word) {
-  return word.size != kNoWord.size;
-}
-
-TextWord numberWord(std::int32_t number, int minDigits) {
-  const auto value = static_cast<std::uint32_t>(number);  // one below 0 is too large
-  if (value < 100 && minDigits == 2) return twoDigits(value);
-  if (value < 10'000 && minDigits == 4) return fourDigits(value);
-  return value < kHundredMillion ? upToEightDigits(value, minDigits) : kNoWord;
-}
-
-std::size_t weekdayOf(const UserDateFields& fields) {
-  return static_cast<std::size_t>(weekdayNameIndex(fields.weekday, fields.nonNegative));
-}
-
-bool isConverted(const DatePiece& piece) {
-  return piece.letters != Letters::kAsTheyAre;
-}
-
-// What a piece shows, if that is one of the short things that most pieces show.
-TextWord wordOf(const DatePiece& piece, const UserDateFields& fields) {
+void appendPiece(TextBuffer& out, const DatePiece& piece, const UserDateFields& fields,
+                 SSHostServices* services) {
+  const auto month = static_cast<std::size_t>(fields.date.month);
+  const auto weekday =
+      static_cast<std::size_t>(weekdayNameIndex(fields.weekday, fields.nonNegative));
   switch (piece.source) {
     case Source::kLiteral:
-      return piece.chars <= 8 ? TextWord{piece.characters, piece.chars} : kNoWord;
-    case Source::kWeekdayAbbreviation:
-      return isConverted(piece) ? kNoWord : kWeekdayWords[weekdayOf(fields)];
-    case Source::kMonthAbbreviation:
-      return isConverted(piece) ? kNoWord
-                                : kMonthWords[static_cast<std::size_t>(fields.date.month)];
+      out.append(piece.literal);
+      break;
     case Source::kWeekdayName:
+      appendName(out, weekdayNames[weekday], piece.letters, services);
+      break;
+    case Source::kWeekdayAbbreviation:
+      appendName(out, weekdayAbbreviations[weekday], piece.letters, services);
+      break;
     case Source::kMonthName:
-      return kNoWord;
-    case Source::kHalfDay:
-      return dialHour(fields.time.hours).pm ? textWord("PM") : textWord("AM");
-    default:
-      return numberWord(numberOf(piece.source, fields), piece.minDigits);
-  }
-}
-
-// Whether wordOf gives a word, but for large numbers.
-bool mayBeWord(const DatePiece& piece) {
-  return isWord(wordOf(piece, {{1, 1, 1}, {1, 1, 1}, 1, true}));
-}
-
-bool showsTimeOrWeekday(const DatePiece& piece) {
-  switch (piece.source) {
-    case Source::kLiteral:
-    case Source::kMonthName:
+      appendName(out, monthNames[month], piece.letters, services);
+      break;
     case Source::kMonthAbbreviation:
-    case Source::kDay:
-    case Source::kMonth:
-    case Source::kYear:
-    case Source::kShortYear:
-      return false;
+      appendName(out, monthAbbreviations[month], piece.letters, services);
+      break;
+    case Source::kHalfDay:
+      out.append(dialHour(fields.time.hours).pm ? "PM" : "AM");
+      break;
     default:
-      return true;
+      out.appendInteger(numberOf(piece.source, fields), piece.minDigits);
+      break;
   }
 }
 
-class DatePrinter {
- public:
-  DatePrinter(const UserDateFields& fields, SSHostServices* services, TextBuffer& out)
-      : fields_(fields), services_(services), out_(out) {}
-
-  void print(const DatePiece& piece, const DateScanner& scanner) {
-    if (const TextWord word = wordOf(piece, fields_); isWord(word)) {
-      out_.append(WordText(word));
-      return;
-    }
-    const auto month = static_cast<std::size_t>(fields_.date.month);
-    switch (piece.source) {
-      case Source::kLiteral:
-        out_.append(scanner.textOf(piece));
-        break;
-      case Source::kWeekdayName:
-        appendName(out_, weekdayNames[weekdayOf(fields_)], piece.letters, services_);
-        break;
-      case Source::kWeekdayAbbreviation:
-        appendName(out_, weekdayAbbreviations[weekdayOf(fields_)], piece.letters, services_);
-        break;
-      case Source::kMonthName:
-        appendName(out_, monthNames[month], piece.letters, services_);
-        break;
-      case Source::kMonthAbbreviation:
-        appendName(out_, monthAbbreviations[month], piece.letters, services_);
-        break;
-      default:
-        out_.appendInteger(numberOf(piece.source, fields_), piece.minDigits);
-        break;
-    }
-  }
-
- private:
-  const UserDateFields& fields_;
-  SSHostServices* services_;
-  TextBuffer& out_;
-};
-
-DatePiece literalPiece(std::string_view text, std::size_t begin, std::size_t chars) {
-  const std::uint64_t characters =
-      chars <= 8 ? textWord({text.data() + begin, chars}).characters : 0;
-  return {Source::kLiteral,
-          Letters::kAsTheyAre,
-          0,
-          static_cast<std::uint16_t>(begin),
-          static_cast<std::uint16_t>(chars),
-          characters};
+DatePiece literalPiece(std::string_view literal) {
+  return {.source = Source::kLiteral, .literal = literal};
 }
 
 }  // namespace
@@ -242,18 +160,18 @@ DateScanner::DateScanner(std::string_view text)
 
 std::optional<DatePiece> DateScanner::next() {
   if (at_ >= text_.size()) return std::nullopt;
-  if (text_[at_] == kQuote && !behindLiteral_) return takeQuoted();
+  if (text_[at_] == kQuote && !afterLiteral_) return takeQuoted();
   const std::uint32_t row = matchToken(text_.substr(at_));
   return row == kNoRow ? takePlain() : takeToken(row);
 }
 
-// 'a''b' is a'b: right behind a literal even a quote is an ordinary character.
+// 'a''b' is a'b: right after a literal even a quote is an ordinary character.
 DatePiece DateScanner::takeQuoted() {
   const std::size_t begin = at_ + 1;
   const std::size_t end = std::min(text_.find(kQuote, begin), text_.size());
   at_ = end + 1;
-  behindLiteral_ = true;
-  return literalPiece(text_, begin, end - begin);
+  afterLiteral_ = true;
+  return literalPiece(text_.substr(begin, end - begin));
 }
 
 DatePiece DateScanner::takeToken(std::uint32_t row) {
@@ -264,8 +182,8 @@ DatePiece DateScanner::takeToken(std::uint32_t row) {
   if (source == Source::kHour && dial_) source = Source::kDialHour;
   at_ += static_cast<std::size_t>(define.length);
   afterHour_ = rule.source == Source::kHour;
-  behindLiteral_ = false;
-  return {source, rule.letters, minDigits(define.format), 0, 0, 0};
+  afterLiteral_ = false;
+  return {source, rule.letters, minDigits(define.format), {}};
 }
 
 DatePiece DateScanner::takePlain() {
@@ -273,8 +191,8 @@ DatePiece DateScanner::takePlain() {
   do {
     ++at_;
   } while (at_ < text_.size() && text_[at_] != kQuote && matchToken(text_.substr(at_)) == kNoRow);
-  behindLiteral_ = false;
-  return literalPiece(text_, begin, at_ - begin);
+  afterLiteral_ = false;
+  return literalPiece(text_.substr(begin, at_ - begin));
 }
 
 DateFormat parseDateFormat(std::string_view text) {
@@ -288,10 +206,6 @@ DateFormat parseDateFormat(std::string_view text) {
     if (!piece) break;
     format.pieces[format.keptPieces++] = *piece;
   }
-  const std::span pieces(format.pieces, format.keptPieces);
-  format.isInWords =
-      format.keptPieces < DateFormat::kKeptPieces && std::ranges::all_of(pieces, mayBeWord);
-  format.usesOnlyDate = std::ranges::none_of(pieces, showsTimeOrWeekday);
   return format;
 }
 
@@ -299,38 +213,20 @@ UserDateFields userDateFields(double serial) {
   return {qpsSerialToDate(serial), qpsTimeOfDay(serial), weekdayIndex(serial), !(serial < 0)};
 }
 
-WordText shortUserDate(const DateFormat& format, double serial) {
-  if (!format.isInWords) return {};
-  const UserDateFields fields = format.usesOnlyDate
-                                    ? UserDateFields{qpsSerialToDate(serial), {}, 0, true}
-                                    : userDateFields(serial);
-  WordText text;
-  for (std::size_t i = 0; i < format.keptPieces; ++i) {
-    const TextWord word = wordOf(format.pieces[i], fields);
-    if (text.size() + word.size > WordText::kMostCharacters) return {};
-    text.append(word);
-  }
-  return text;
-}
-
-std::optional<std::string_view> qpsFormatUserDate(const DateFormat& format,
-                                                  const UserDateFields& fields,
-                                                  SSHostServices* services) {
-  if (!format.isDate) return std::nullopt;
-  TextBuffer out(userDateBuffer);
-  DatePrinter printer(fields, services, out);
+bool qpsFormatUserDate(TextBuffer& out, const DateFormat& format, const UserDateFields& fields,
+                       SSHostServices* services) {
+  if (!format.isDate) return false;
   for (std::size_t i = 0; i < format.keptPieces; ++i)
-    printer.print(format.pieces[i], format.others);
-  if (format.keptPieces == DateFormat::kKeptPieces) {
-    // A format's text may be ten times as long as a result.
-    DateScanner others = format.others;
-    while (!out.truncated()) {
-      const std::optional<DatePiece> piece = others.next();
-      if (!piece) break;
-      printer.print(*piece, others);
-    }
+    appendPiece(out, format.pieces[i], fields, services);
+  if (format.keptPieces < DateFormat::kKeptPieces) return true;
+  // A format's text may be ten times as long as what it shows.
+  DateScanner others = format.others;
+  while (!out.truncated()) {
+    const std::optional<DatePiece> piece = others.next();
+    if (!piece) break;
+    appendPiece(out, *piece, fields, services);
   }
-  return std::string_view(out.c_str(), out.size());
+  return true;
 }
 
 }  // namespace qps

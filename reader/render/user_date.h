@@ -14,7 +14,7 @@
 
 #include <qpsreader/host_tables.h>
 #include "reader/render/date_serial.h"
-#include "reader/render/word_text.h"
+#include "reader/render/text_buffer.h"
 
 namespace qps {
 
@@ -49,14 +49,12 @@ struct DatePiece {
   enum class Letters : std::uint8_t { kAsTheyAre, kUpper, kLower };
 
   Source source;
-  Letters letters;         // of names
-  std::uint8_t minDigits;  // of numbers
-  std::uint16_t begin;     // of a literal, in the format's text
-  std::uint16_t chars;
-  std::uint64_t characters;  // of a literal that is a TextWord
+  Letters letters = Letters::kAsTheyAre;  // of names
+  std::uint8_t minDigits = 0;             // of numbers
+  std::string_view literal;               // in the format's text
 };
 
-// Cuts a format's text (behind the "T") into its pieces, from the left.
+// Cuts a format's text (after the "T") into its pieces, from the left.
 class DateScanner {
  public:
   DateScanner() = default;
@@ -65,10 +63,6 @@ class DateScanner {
   // The next piece, or none at the end.
   std::optional<DatePiece> next();
 
-  std::string_view textOf(const DatePiece& literal) const {
-    return {text_.data() + literal.begin, literal.chars};
-  }
-
  private:
   DatePiece takeToken(std::uint32_t row);
   DatePiece takeQuoted();
@@ -76,9 +70,9 @@ class DateScanner {
 
   std::string_view text_;
   std::size_t at_ = 0;
-  bool dial_ = false;           // AMPM occurs: the hours are those of the dial
-  bool afterHour_ = false;      // the token before was an hour
-  bool behindLiteral_ = false;  // where a quote is an ordinary character
+  bool dial_ = false;          // AMPM occurs: the hours are those of the dial
+  bool afterHour_ = false;     // the token before was an hour
+  bool afterLiteral_ = false;  // where a quote is an ordinary character
 };
 
 // A parsed format. `text` is the caller's, which must outlive the format; its first pieces are
@@ -86,9 +80,7 @@ class DateScanner {
 struct DateFormat {
   static constexpr std::size_t kKeptPieces = 16;
 
-  bool isDate = false;        // the text begins with "T"
-  bool isInWords = false;     // every piece may be a TextWord, and all are kept
-  bool usesOnlyDate = false;  // no piece shows a time or a weekday
+  bool isDate = false;  // the text begins with "T"
   std::uint8_t keptPieces = 0;
   DatePiece pieces[kKeptPieces] = {};
   DateScanner others;
@@ -97,24 +89,10 @@ struct DateFormat {
 // Of a text, the first 65535 characters count.
 DateFormat parseDateFormat(std::string_view text);
 
-// What most formats show, which is short: the same text as qpsFormatUserDate gives. An empty text
-// when it is not short.
-WordText shortUserDate(const DateFormat& format, double serial);
-
-// Renders a format; upper and lower case of names are the host's (slots 74 and 75 of `services`).
-//
-// The result, at most 511 characters and perhaps empty, stands zero-terminated in an area that all
-// calls share, and is valid until the next call. There is none when the text does not begin with
-// "T".
-std::optional<std::string_view> qpsFormatUserDate(const DateFormat& format,
-                                                  const UserDateFields& fields,
-                                                  SSHostServices* services);
-
-inline std::optional<std::string_view> qpsFormatUserDate(std::string_view formatText,
-                                                         const UserDateFields& fields,
-                                                         SSHostServices* services) {
-  return qpsFormatUserDate(parseDateFormat(formatText), fields, services);
-}
+// Appends what a format shows; upper and lower case of names are the host's (slots 74 and 75 of
+// `services`). False, and nothing is appended, when the format's text does not begin with "T".
+bool qpsFormatUserDate(TextBuffer& out, const DateFormat& format, const UserDateFields& fields,
+                       SSHostServices* services);
 
 }  // namespace qps
 

@@ -7,14 +7,9 @@
 
 #include "reader/render/literal.h"
 #include "reader/render/number_text.h"
-#include "reader/render/text_buffer.h"
 
 namespace qps {
 namespace {
-
-constexpr std::size_t kAreaBytes = kMostUserNumberChars + 1;
-
-char userNumberBuffer[kAreaBytes];
 
 // One walk over a section with placeholders, writing a number's digits where they stand.
 //
@@ -139,7 +134,7 @@ void renderDigits(const NumberSection& section, bool minus, double magnitude, Te
     out.append(section.suffix);
     return;
   }
-  char area[kAreaBytes];
+  char area[kMostUserNumberChars + 1];
   TextBuffer number(area);
   number.appendFixed(magnitude, section.fractionPlaceholders);
   DigitWalk(section, number.view(), out).run(section.text);
@@ -263,25 +258,26 @@ NumberSection parseNumberSection(std::string_view text) {
   return section;
 }
 
-std::optional<std::string_view> qpsFormatUserNumber(const NumberSection& section,
-                                                    std::uint32_t formatSection, double magnitude,
-                                                    bool nonNegative) {
-  using Form = NumberSection::Form;
+bool qpsFormatUserNumber(TextBuffer& out, const NumberSection& section, std::uint32_t formatSection,
+                         double magnitude, bool nonNegative) {
   constexpr std::uint32_t kNegativeSection = 2;
   constexpr int kDefaultPrecision = 2;
-  if (section.form == Form::kNone) return std::nullopt;
-
-  TextBuffer out(userNumberBuffer);
   const double value = nonNegative ? magnitude : -magnitude;
-  if (section.form == Form::kPercent) {
-    renderPercent(section, value, out);
-  } else if (section.form == Form::kScientific) {
-    const int precision = section.exponentPrecision;
-    out.appendScientific(value, precision == 0 ? kDefaultPrecision : precision);
-  } else {
-    renderDigits(section, !nonNegative && formatSection < kNegativeSection, magnitude, out);
+  switch (section.form) {
+    case NumberSection::Form::kNone:
+      return false;
+    case NumberSection::Form::kPercent:
+      renderPercent(section, value, out);
+      break;
+    case NumberSection::Form::kScientific:
+      out.appendScientific(
+          value, section.exponentPrecision == 0 ? kDefaultPrecision : section.exponentPrecision);
+      break;
+    case NumberSection::Form::kDigits:
+      renderDigits(section, !nonNegative && formatSection < kNegativeSection, magnitude, out);
+      break;
   }
-  return std::string_view(out.c_str(), out.size());
+  return true;
 }
 
 }  // namespace qps

@@ -21,8 +21,9 @@
 
 #include <cstdint>
 #include <limits>
-#include <optional>
 #include <string_view>
+
+#include "reader/render/text_buffer.h"
 
 namespace qps {
 
@@ -54,15 +55,12 @@ struct NumberSection {
 
 NumberSection parseNumberSection(std::string_view text);
 
-// Renders the finite `magnitude` of a value that is not below 0 when `nonNegative`. `formatSection`
+// Appends the finite `magnitude` of a value that is not below 0 when `nonNegative`. `formatSection`
 // is 0 for the first section, 1 for the zero section and 2 for the negative section; in the first
-// two a negative value gets a "-".
-//
-// The result, which may be empty, stands zero-terminated in an area that all calls share, and is
-// valid until the next call. There is none when the section's text did not begin with "N".
-std::optional<std::string_view> qpsFormatUserNumber(const NumberSection& section,
-                                                    std::uint32_t formatSection, double magnitude,
-                                                    bool nonNegative);
+// two a negative value gets a "-". False, and nothing is appended, when the section's text did not
+// begin with "N".
+bool qpsFormatUserNumber(TextBuffer& out, const NumberSection& section, std::uint32_t formatSection,
+                         double magnitude, bool nonNegative);
 
 }  // namespace qps
 

@@ -45,8 +45,8 @@ constexpr TextWord textWord(std::string_view text) {
 }
 
 // Stores the first `size` (up to 15) of the bytes of `low` and then `high`. From 4 on there
-// is no branch on the size, which differs from cell to cell: two pieces of four from the front and two
-// from the back, which are the same ones below 8 and overlap above.
+// is no branch on the size, which differs from cell to cell: two pieces of four from the front and
+// two from the back, which are the same ones below 8 and overlap above.
 inline void copyWords(char* to, std::uint64_t low, std::uint64_t high, std::size_t size) {
   const auto storeFour = [to](std::size_t at, std::uint64_t word) {
     storeWord(to + at, static_cast<std::uint32_t>(word));
