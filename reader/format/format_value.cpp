@@ -55,7 +55,7 @@ char* deliver(Rendering r, WordText text) {
   return copy;
 }
 
-char* deliver(Rendering r, const ResultText& text) {
+char* deliver(Rendering r, const TextBuffer& text) {
   return text.empty() ? nullptr : qpsStrDup(r.sheet, text.view());
 }
 

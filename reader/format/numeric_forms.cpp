@@ -128,7 +128,8 @@ char* showGeneral(Rendering r, const QPSAppearance& appearance, double value) {
     return fits(r, appearance, text.size()) ? deliver(r, text) : showScientificFallback(r, value);
   }
   if (!std::isfinite(value)) return deliver(r, kErrorMark);
-  ResultText text;
+  char area[kMostResultCharacters + 1 + kGeneralDecimals + 1];  // what is trimmed does not count
+  TextBuffer text(area);
   qpsFormatTrimmed(text, value, kGeneralDecimals);
   if (!fitGeneral(text, widthInCharacters(r, appearance))) return showScientificFallback(r, value);
   return deliver(r, text);

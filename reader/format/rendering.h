@@ -36,10 +36,9 @@ struct Rendering {
 
 using Form = char* (*)(Rendering, const QPSAppearance&, double value);
 
-// Hands a finished text over; there is none for an empty one. What is longer than a display text
-// was cut by its ResultText.
+// Hands a finished text over; none for an empty one.
 char* deliver(Rendering r, WordText text);
-char* deliver(Rendering r, const ResultText& text);
+char* deliver(Rendering r, const TextBuffer& text);
 
 inline constexpr WordText kErrorMark{textWord("ERR")};
 inline constexpr WordText overflowMark{textWord("*")};

@@ -173,6 +173,11 @@ TEST(Format, NumbersOfUpTo127CharactersAreShown) {
     const std::string expected = length <= 127 ? exact : textOf(general(1), value);
     EXPECT_EQ(textOf({.code = 0x1F}, value), expected);
   }
+  const Format wide{.width = 0x7FFF};  // General: 2^421 has 127 digits, and zeros that go
+  EXPECT_EQ(textOf(wide, 0x1p421).size(), 127u);
+  EXPECT_EQ(textOf(wide, 0x1p421).substr(0, 8), "54153704");
+  EXPECT_EQ(textOf(wide, -0x1p421), "-5.42E+126");
+  EXPECT_EQ(textOf(wide, 0x1p422), "1.08E+127");
   for (int digits = 93; digits <= 97; ++digits) {  // 127 characters with "$", separators and space
     const std::string text = textOf({.code = 0x30}, 2 * std::pow(10.0, digits));
     const int length = digits + 1 + digits / 3 + 2;
