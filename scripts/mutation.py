@@ -44,7 +44,7 @@ PROGRAMS = {
 # Headers with code that runs for each cell; most of the others hold declarations.
 HEADERS = ["reader/" + header for header in (
     "format/date_text.h", "format/format_value.h", "format/rendering.h", "frame/item_text.h",
-    "render/date_serial.h", "render/digits.h", "render/short_fixed.h",
+    "frame/short_text.h", "render/date_serial.h", "render/digits.h", "render/short_fixed.h",
     "render/text_buffer.h", "render/word_text.h", "styles/apply_style.h")]
 ROOMS = ["reader/frame", "reader/scan", "reader/items", "reader/styles", "reader/format", "reader/render",
          "reader/sheetinfo", "olefio"]

@@ -5,7 +5,6 @@
 #define QPSREADER_READER_ITEM_TEXT_H
 
 #include <cstddef>
-#include <cstring>
 #include <string_view>
 
 #include "reader/frame/qps_sheet.h"
@@ -21,11 +20,11 @@ namespace qps {
   return text;
 }
 
-// A copy of `text`, which is no null view, in such a block.
+// A copy of `text` in such a block.
 [[nodiscard]] inline char* qpsStrDup(const QPSSheet& sheet, std::string_view text) {
   char* copy = itemText(sheet, text.size());
   if (copy != nullptr) [[likely]]
-    std::memcpy(copy, text.data(), text.size());
+    text.copy(copy, text.size());
   return copy;
 }
 

@@ -24,6 +24,7 @@
 
 #include <qpsreader/host_tables.h>
 #include "reader/frame/record_types.h"
+#include "reader/frame/short_text.h"
 
 namespace qps {
 
@@ -62,10 +63,11 @@ class BodyView {
   std::uint32_t u32At(std::size_t offset) const { return valueAt<std::uint32_t>(offset); }
   double doubleAt(std::size_t offset) const { return valueAt<double>(offset); }
 
-  // From `offset` up to the first zero byte, in the padding at the latest; empty beyond the body.
+  // From `offset` up to the first zero byte; empty when the body ends before.
   std::string_view textAt(std::size_t offset) const {
-    if (offset >= size()) return "";
-    return reinterpret_cast<const char*>(bytes_.data() + offset);
+    if (offset >= size()) return {};
+    const auto* text = reinterpret_cast<const char*>(bytes_.data() + offset);
+    return {text, textLength(text, size() - offset)};
   }
 
  private:

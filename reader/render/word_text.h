@@ -9,27 +9,11 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
+#include "reader/frame/short_text.h"
+
 namespace qps {
-
-// Eight bytes as a number, the first in its lowest byte.
-inline std::uint64_t loadWord(const char* from) {
-  std::uint64_t word;
-  std::memcpy(&word, from, sizeof(word));
-  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
-  return word;
-}
-
-// Stores a word whose lowest byte is the first.
-template <typename Word>
-void storeWord(char* to, Word word) {
-  if constexpr (std::endian::native == std::endian::big) {
-    word = sizeof(Word) == 8 ? __builtin_bswap64(word) : __builtin_bswap32(word);
-  }
-  std::memcpy(to, &word, sizeof(word));
-}
 
 // Up to eight characters, the first in the lowest byte; the bytes behind the last are 0.
 struct TextWord {
