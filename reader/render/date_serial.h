@@ -42,7 +42,7 @@ inline std::int32_t wholePart(double serial) {
 }
 
 // The calendar repeats every 400 years. Before the year 0 stand as many whole cycles as it takes to
-// have every 32-bit day number behind their beginning: from there the days are counted without a
+// have every 32-bit day number after their beginning: from there the days are counted without a
 // sign. Years are counted from 1 March, which puts the leap day at a year's end.
 inline constexpr std::int64_t kCycles = 14'704;
 inline constexpr std::int64_t kYearZero = 400 * kCycles;

@@ -39,11 +39,6 @@ constexpr TextWord twoDigits(std::uint32_t value) {
   return {kDigitPairs[value], 2};
 }
 
-// `value` below 10^4, as four digits.
-constexpr TextWord fourDigits(std::uint32_t value) {
-  return {kDigitPairs[value / 100] | std::uint64_t{kDigitPairs[value % 100]} << 16, 4};
-}
-
 // The eight decimal digits of `value` below 10^8 as numbers 0 to 9, one a byte, the first digit in
 // the lowest byte. The value is split in halves of four, two and one digits, all parts of a step in
 // one multiplication: floor(x / 100) = x * 10486 >> 20 for x < 10^4, floor(x / 10) = x * 103 >> 10

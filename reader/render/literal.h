@@ -12,7 +12,7 @@ namespace qps {
 
 inline constexpr char kQuote = '\'';
 
-// Takes a literal off `rest`, which begins behind the opening quote: returns the characters up to
+// Takes a literal off `rest`, which begins after the opening quote: returns the characters up to
 // the closing quote, which is taken off too, or up to the end when there is none.
 constexpr std::string_view takeLiteral(std::string_view& rest) {
   const std::string_view literal = rest.substr(0, rest.find(kQuote));

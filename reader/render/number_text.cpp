@@ -49,7 +49,7 @@ void qps2to3E(char* text) {
   constexpr size_t kMostChars = 273;
   const size_t length = std::strlen(text);
   const char* e = std::strchr(text, 'E');
-  // The exponent's two digits stand two characters behind the E, at the end.
+  // The exponent's two digits stand two characters after the E, at the end.
   if (length > kMostChars || e == nullptr || text + length - e != 4) return;
   char* digits = text + length - 2;
   std::memmove(digits + 1, digits, 3);

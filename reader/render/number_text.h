@@ -21,7 +21,7 @@ inline void appendGrouped(TextBuffer& text, double value, int decimals) {
 }
 
 // Appends "%.*f" of a finite value without the zeros that end it, and without the point if nothing
-// is left behind it: with precision 8, 2.5 gives 2.5, 3 gives 3 and -1e-9 gives -0. Under precision
+// is left after it: with precision 8, 2.5 gives 2.5, 3 gives 3 and -1e-9 gives -0. Under precision
 // 0 zeros of the whole part go too, except a first character.
 void qpsFormatTrimmed(TextBuffer& text, double value, int precision);
 

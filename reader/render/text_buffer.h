@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// TextBuffer: text built in a fixed area of the caller's, cut at its capacity. Every display text
-// of the reader is made through it, and no other place in render/ or format/ needs to know about
-// bounds. Numbers are printed exactly and always with "." for the point, whatever the process's
-// locale.
+// TextBuffer: text built in a fixed area of the caller's, cut at its capacity. What may be longer
+// than a WordText is made through it. Numbers are printed exactly and always with "." for the
+// point, whatever the process's locale.
 #ifndef QPSREADER_RENDER_TEXT_BUFFER_H
 #define QPSREADER_RENDER_TEXT_BUFFER_H
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -69,11 +67,6 @@ class TextBuffer {
   // As "%.*E" prints a finite value: 1.23E+05.
   void appendScientific(double value, int decimals);
 
-  void clear() {
-    end_ = begin_;
-    truncated_ = false;
-  }
-
   // Cuts the text to its first `size` characters; a shorter text stays as it is.
   void truncateTo(std::size_t size) { end_ = begin_ + std::min(size, this->size()); }
 
@@ -85,7 +78,7 @@ class TextBuffer {
     return begin_;
   }
 
-  // Something did not fit since the construction or the last clear().
+  // Something did not fit.
   bool truncated() const { return truncated_; }
 
  private:

@@ -13,7 +13,7 @@ namespace {
 
 // One walk over a section with placeholders, writing a number's digits where they stand.
 //
-// The number is printed with as many decimals as there are placeholders behind the point. Zeros
+// The number is printed with as many decimals as there are placeholders after the point. Zeros
 // fill it up before the point when the section has more placeholders there than the number has
 // digits; when it has fewer, the first of them takes all the digits that have none of their own.
 class DigitWalk {
@@ -48,7 +48,7 @@ class DigitWalk {
         case ';':
           break;
         default:
-          // The sign is no text for a separator to stand behind: N9,999 shows -5, not -,5.
+          // The sign is no text that a separator could follow: N9,999 shows -5, not -,5.
           if (out_.size() > signChars_) out_.append(character);
       }
     }
@@ -222,7 +222,7 @@ NumberSection parseNumberSection(std::string_view text) {
   section.form = Form::kDigits;
 
   std::string_view rest = section.text;
-  std::size_t sincePoint = 0;  // the size of `rest` behind the first point
+  std::size_t sincePoint = 0;  // the size of `rest` after the first point
   bool pastPoint = false;
   while (!rest.empty()) {
     const char character = rest.front();

@@ -7,9 +7,8 @@
 //   0 9    a digit; 9 leaves out zeros that lead the number before the point
 //   ,      anywhere before the point: thousands are grouped
 //   .      the point
-//   %      the whole result is the value in percent, with as many decimals as the section has
-//   digits
-//          after its point
+//   %      the whole result is the value in percent, with as many decimals as the section has 0
+//          and 9 after its point
 //   E      the whole result is "%.*E", with as many decimals as characters stand between the point
 //          and the last E (2 when there are none)
 //   '...'  copied as it stands; nothing in it counts
@@ -27,7 +26,7 @@
 
 namespace qps {
 
-// The characters of a section, and of a rendered text, that are kept.
+// The characters of a section, and of the digits of a value, that are kept.
 inline constexpr int kMostUserNumberChars = 511;
 
 // A parsed section. `text` is the caller's, which must outlive the section.
@@ -39,7 +38,7 @@ struct NumberSection {
     kScientific,  // the text has "E" before any "%"
   };
 
-  std::string_view text;  // behind the "N", at most kMostUserNumberChars - 1 characters
+  std::string_view text;  // after the "N", at most kMostUserNumberChars - 1 characters
   std::int16_t integerPlaceholders = 0;
   std::int16_t fractionPlaceholders = 0;
   std::int16_t exponentPrecision = 0;

@@ -15,7 +15,7 @@
 
 namespace qps {
 
-// Up to eight characters, the first in the lowest byte; the bytes behind the last are 0.
+// Up to eight characters, the first in the lowest byte; the bytes after the last are 0.
 struct TextWord {
   std::uint64_t characters;
   std::uint64_t size;
@@ -72,9 +72,8 @@ class WordText {
   constexpr void append(char character) { append({static_cast<std::uint8_t>(character), 1}); }
 
   constexpr std::size_t size() const { return static_cast<std::size_t>(high_ >> kSizeShift); }
-  constexpr bool empty() const { return high_ == 0 && low_ == 0; }
 
-  // Copies the characters, and nothing behind them.
+  // Copies the characters, and nothing after them.
   void copyTo(char* out) const { copyWords(out, low_, high_, size()); }
 
   // Writes kWrittenBytes, of which the characters are the first; gives the end of those.

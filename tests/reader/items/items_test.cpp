@@ -116,7 +116,7 @@ TEST(Cells, EachRecordGivesItsPositionAndText) {
          b.record(15, cellBody({0, 0}).u8('x').text("abc")).label({0, 1}, "d");
        },
        {"1,1 abc", "1,2 d"}},
-      {"text behind a zero byte",
+      {"text after a zero byte",
        [](auto& b) {
          b.record(51, cellBody({0, 0}).u8('x').zeroText("abc").text("def, and then more"));
        },

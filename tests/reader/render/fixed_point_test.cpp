@@ -23,9 +23,9 @@ void expectDigits(double value, int decimals) {
   text.appendFixed(value, decimals);
   const std::string expected = printed("%.*f", decimals, value);
   ASSERT_EQ(text.view(), expected) << std::hexfloat << value << " with " << decimals;
-  text.clear();
-  text.appendFixed(std::fabs(value), decimals, Separators::kThousands);
-  ASSERT_EQ(text.view(), grouped(expected.substr(std::signbit(value) ? 1 : 0)));
+  TextBuffer withSeparators(area);
+  withSeparators.appendFixed(std::fabs(value), decimals, Separators::kThousands);
+  ASSERT_EQ(withSeparators.view(), grouped(expected.substr(std::signbit(value) ? 1 : 0)));
 }
 
 double moved(double value, std::int64_t units) {

@@ -61,7 +61,7 @@ TEST(UserDate, Formats) {
                          {"TH:M", "15:4"},
                          {"TH:M:S", "15:4:9"},
                          {"TMM/DD/YYYY", "03/07/1999"},
-                         // The minute only right behind an hour, whatever literals stand between.
+                         // The minute only right after an hour, whatever literals stand between.
                          {"THH':'MM", "15:04"},
                          {"THH:MM:SS MM", "15:04:09 03"},
                          {"THH MM MM", "15 04 03"},
@@ -151,19 +151,24 @@ TEST(UserDate, CaseIsTheHosts) {
   EXPECT_EQ(shown("TWEEKDAY MON", kSunday, elsewhere), "Sunday[\xC9] Mar[\xC9]");
 }
 
+// The exported table, which hosts read.
 TEST(UserDate, TableRows) {
-  // Longer tokens come before those that begin them, so that the first match is the longest.
-  for (int row = 0; row < QPSUserDefineRows; ++row) {
-    const std::string token = qpsUSERDEFINE[row].token;
-    EXPECT_EQ(static_cast<std::size_t>(qpsUSERDEFINE[row].length), token.size());
-    for (int later = row + 1; later < QPSUserDefineRows; ++later) {
-      EXPECT_NE(std::string(qpsUSERDEFINE[later].token).rfind(token, 0), 0u) << token;
-    }
+  constexpr QPSUserDefine kRows[] = {
+      {"WEEKDAY", 7, "%s", 0}, {"Weekday", 7, "%s", 1}, {"weekday", 7, "%s", 2},
+      {"MONTH", 5, "%s", 3},   {"Month", 5, "%s", 4},   {"month", 5, "%s", 5},
+      {"AMPM", 4, "%s", 6},    {"WDAY", 4, "%s", 7},    {"Wday", 4, "%s", 8},
+      {"wday", 4, "%s", 9},    {"YYYY", 4, "%.4d", 17}, {"MON", 3, "%s", 10},
+      {"Mon", 3, "%s", 11},    {"mon", 3, "%s", 12},    {"DD", 2, "%.2d", 13},
+      {"HH", 2, "%.2d", 14},   {"MM", 2, "%.2d", 15},   {"SS", 2, "%.2d", 16},
+      {"YY", 2, "%.2d", 18},   {"D", 1, "%.d", 13},     {"H", 1, "%.d", 14},
+      {"M", 1, "%.d", 15},     {"S", 1, "%.d", 16}};
+  ASSERT_EQ(std::size(kRows), std::size(qpsUSERDEFINE));
+  for (std::size_t row = 0; row < std::size(kRows); ++row) {
+    EXPECT_STREQ(qpsUSERDEFINE[row].token, kRows[row].token);
+    EXPECT_EQ(qpsUSERDEFINE[row].length, kRows[row].length) << row;
+    EXPECT_STREQ(qpsUSERDEFINE[row].format, kRows[row].format) << row;
+    EXPECT_EQ(qpsUSERDEFINE[row].field, kRows[row].field) << row;
   }
-  EXPECT_STREQ(qpsUSERDEFINE[10].token, "YYYY");
-  EXPECT_EQ(qpsUSERDEFINE[10].field, 17u);
-  EXPECT_STREQ(qpsUSERDEFINE[18].format, "%.2d");
-  EXPECT_STREQ(qpsUSERDEFINE[22].format, "%.d");
 }
 
 TEST(UserDate, LongTextsAreCut) {

@@ -61,7 +61,7 @@ TEST(UserNumber, Sections) {
                          {"N999,999,999", 1234567, "1,234,567"},
                          {"N9,9", 1234567, "1,23456,7"},  // separators of its own
                          {"N9,,,9,,,", 1234567, "1,23456,,,7,,,"},
-                         {"N0.0,0", 1234.5, "1234.5,0"},  // behind the point they do not group
+                         {"N0.0,0", 1234.5, "1234.5,0"},  // after the point they do not group
                          {"N", 5, ""},
                          {"N", -5, "-"},
                          {"N;+-", 5, ""},
@@ -99,7 +99,7 @@ TEST(UserNumber, Sections) {
                          {"N'1.5 'x0.0", 2.25, "1.5 x2.2"},
                          {"N'E%,'0", 1234, "E%,1234"},
                          {"N0.0'E'0", 12345, "12345.0E0"},
-                         // A sign is no text: no separator stands behind it.
+                         // A sign is no text: no separator follows it.
                          {"N9,999", -5, "-5"},
                          {"N9,999", -1005, "-1,005"},
                          {"N$9", -5, "-5"},
@@ -149,10 +149,10 @@ std::string walked(const std::string& text, std::uint32_t formatSection, double 
   }
   const std::size_t point = std::min(unquoted.find('.'), unquoted.size());
   const std::string before = unquoted.substr(0, point);
-  const std::string behind = unquoted.substr(std::min(point + 1, unquoted.size()));
+  const std::string after = unquoted.substr(std::min(point + 1, unquoted.size()));
   const auto isPlaceholder = [](char c) { return c == '0' || c == '9'; };
   const auto placeholders = std::count_if(before.begin(), before.end(), isPlaceholder);
-  const auto decimals = std::count_if(behind.begin(), behind.end(), isPlaceholder);
+  const auto decimals = std::count_if(after.begin(), after.end(), isPlaceholder);
   const bool grouping = before.find(',') != std::string::npos;
 
   const double value = nonNegative ? magnitude : -magnitude;
@@ -161,7 +161,7 @@ std::string walked(const std::string& text, std::uint32_t formatSection, double 
     return (printed("%.*f", static_cast<int>(decimals), value * 100) + '%').substr(0, 511);
   }
   if (special != std::string::npos) {
-    const std::size_t precision = behind.find('E') == std::string::npos ? 0 : behind.rfind('E');
+    const std::size_t precision = after.find('E') == std::string::npos ? 0 : after.rfind('E');
     return printed("%.*E", precision == 0 ? 2 : static_cast<int>(precision), value).substr(0, 511);
   }
 
@@ -237,8 +237,8 @@ TEST(UserNumber, UsualSectionsAsWalked) {
          {"", "0", "9", "990", "909", "9,999", "9,990", "0,000", "99,999", "999,999", "9,999,990",
           ",999", "9,,999999", "9999,999", "9,9999", "9,99", "00000000000000000000", "999,"}) {
       for (const char* fraction : {"", ".", ".0", ".99", ".00000", ".0,0", ".0.0"}) {
-        for (const char* behind : {"", "' kg'", " kg", "'a'b", " 0", "-", ",", "'", "%", "E"}) {
-          expectAsWalked(std::string("N") + before + core + fraction + behind);
+        for (const char* after : {"", "' kg'", " kg", "'a'b", " 0", "-", ",", "'", "%", "E"}) {
+          expectAsWalked(std::string("N") + before + core + fraction + after);
           if (HasFatalFailure()) return;
         }
       }

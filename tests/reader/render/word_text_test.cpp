@@ -27,8 +27,7 @@ TEST(WordText, PutsPiecesTogether) {
       const std::string expected = letters.substr(0, before) + piece;
       ASSERT_EQ(written(text), expected);
       ASSERT_EQ(text.size(), expected.size());
-      ASSERT_EQ(text.empty(), expected.empty());
-      std::string copy(expected.size() + 1, '#');  // nothing behind the text is touched
+      std::string copy(expected.size() + 1, '#');  // nothing after the text is touched
       text.copyTo(copy.data());
       ASSERT_EQ(copy, expected + '#');
     }
