@@ -53,11 +53,12 @@ TEST(Items, OfARangeOfRowsAskTheStreamForNothing) {
 }
 
 // "column,row text" of every cell, "(null)" for no text; `style` 2 is the hidden format.
-std::vector<std::string> cells(const Add& fill) {
+std::vector<std::string> cells(const NotebookBuilder& records) {
   std::vector<std::string> result;
   const auto define = [](NotebookBuilder& b) {
     b.style().style({.format = 4}).style({.format = 0x12}).style({.format = 1});
   };
+  const auto fill = [&](NotebookBuilder& b) { b.raw(records.bytes()); };
   for (const Item& cell : cellsOf(bookOf(define, fill))) {
     result.push_back(std::to_string(cell.column()) + "," + std::to_string(cell.row()) + " " +
                      cell.text.value_or("(null)"));
@@ -65,127 +66,83 @@ std::vector<std::string> cells(const Add& fill) {
   return result;
 }
 
+// clang-format off
+
 TEST(Cells, EachRecordGivesItsPositionAndText) {
+  using Book = NotebookBuilder;
   const unsigned kHidden = 2, kFixed2 = 3, kBars = 4;
   const Body integerBody = cellBody({1, 1}).u8(42).u8(1);
   const struct {
     const char* name;
-    Add fill;
+    NotebookBuilder records;
     std::vector<std::string> expected;
   } rows[] = {
-      {"blank",
-       [](auto& b) {
-         b.blank({2, 3, kFixed2});
-       },
-       {"3,4 (null)"}},
-      {"the last position",
-       [](auto& b) {
-         b.blank({255, 65535});
-       },
-       {"256,65536 (null)"}},
-      {"integer",
-       [](auto& b) {
-         b.integer({0, 0}, 1).integer({1, 0}, -1).integer({2, 0}, -32768);
-       },
+      {"blank", Book().blank({2, 3, kFixed2}), {"3,4 (null)"}},
+      {"the last position", Book().blank({255, 65535}), {"256,65536 (null)"}},
+      {"integer", Book().integer({0, 0}, 1).integer({1, 0}, -1).integer({2, 0}, -32768),
        {"1,1 1", "2,1 -1", "3,1 -32768"}},
-      {"number",
-       [](auto& b) {
-         b.number({0, 0}, 1.5).number({2, 4, kFixed2}, -1234.5);
-       },
+      {"number", Book().number({0, 0}, 1.5).number({2, 4, kFixed2}, -1234.5),
        {"1,1 1.5", "3,5 -1234.50"}},
       {"number by its bytes",
-       [](auto& b) { b.record(14, Body().u8(2).u8(9).u16(4).u16(8).fill(6).u8(0xF8).u8(0x3F)); },
-       {"3,5 1.5"}},
-      {"label",
-       [](auto& b) {
-         b.label({0, 0, 0}, "abc").label({0, 1}, "").label({0, 2}, " a 'b' ");
-       },
+       Book().record(14, Body().u8(2).u8(9).u16(4).u16(8).fill(6).u8(0xF8).u8(0x3F)), {"3,5 1.5"}},
+      {"label", Book().label({0, 0, 0}, "abc").label({0, 1}, "").label({0, 2}, " a 'b' "),
        {"1,1 abc", "1,2 ", "1,3  a 'b' "}},
-      {"string",
-       [](auto& b) {
-         b.string({5, 6}, "result");
-       },
-       {"6,7 result"}},
+      {"string", Book().string({5, 6}, "result"), {"6,7 result"}},
       {"the byte before a text does not matter",
-       [](auto& b) {
-         b.record(15, cellBody({0, 0}).u8(0).zeroText("abc"));
-       },
-       {"1,1 abc"}},
+       Book().record(15, cellBody({0, 0}).u8(0).zeroText("abc")), {"1,1 abc"}},
       {"a text without a zero byte",
-       [](auto& b) {
-         b.record(15, cellBody({0, 0}).u8('x').text("abc")).label({0, 1}, "d");
-       },
+       Book().record(15, cellBody({0, 0}).u8('x').text("abc")).label({0, 1}, "d"),
        {"1,1 abc", "1,2 d"}},
       {"text after a zero byte",
-       [](auto& b) {
-         b.record(51, cellBody({0, 0}).u8('x').zeroText("abc").text("def, and then more"));
-       },
+       Book().record(51, cellBody({0, 0}).u8('x').zeroText("abc").text("def, and then more")),
        {"1,1 abc"}},
-      {"formula",
-       [](auto& b) {
-         b.formula({0, 2, kFixed2}, 2.345);
-       },
-       {"1,3 2.35"}},
-      {"formula with a string",
-       [](auto& b) {
-         b.formulaWithString({0, 0}).string({7, 8}, "text");
-       },
+      {"formula", Book().formula({0, 2, kFixed2}, 2.345), {"1,3 2.35"}},
+      {"formula with a string", Book().formulaWithString({0, 0}).string({7, 8}, "text"),
        {"8,9 text"}},
       {"formula with a string that is missing",
-       [](auto& b) {
-         b.formulaWithString({0, 0}).integer({1, 1}, 5);
-       },
-       {"2,2 5"}},
+       Book().formulaWithString({0, 0}).integer({1, 1}, 5), {"2,2 5"}},
       {"formula errors",
-       [](auto& b) {
-         b.formulaSpecial({0, 0}, 0).formulaSpecial({1, 0, kFixed2}, 0, 7, 0xFFF0);
-       },
+       Book().formulaSpecial({0, 0}, 0).formulaSpecial({1, 0, kFixed2}, 0, 7, 0xFFF0),
        {"1,1 ERR", "2,1 ERR"}},
       {"formula integers",
-       [](auto& b) {
-         b.formulaSpecial({0, 0}, 3, 42).formulaSpecial({0, 1, kFixed2}, 3, 0xFFFF, 0xFFF0);
-       },
+       Book().formulaSpecial({0, 0}, 3, 42).formulaSpecial({0, 1, kFixed2}, 3, 0xFFFF, 0xFFF0),
        {"1,1 196650", "1,2 262143.00"}},
       {"formulas without a value",
-       [](auto& b) {
-         b.formulaSpecial({0, 0}, 1).formulaSpecial({0, 1}, 2, 0, 0xFFF0);
-         b.formulaSpecial({0, 2}, 0xFFFF).blank({0, 3});
-       },
+       Book().formulaSpecial({0, 0}, 1).formulaSpecial({0, 1}, 2, 0, 0xFFF0)
+           .formulaSpecial({0, 2}, 0xFFFF).blank({0, 3}),
        {"1,4 (null)"}},
       {"a special word with another sign is a number",
-       [](auto& b) {
-         b.formulaSpecial({0, 0}, 0, 0, 0xFFF8).formulaSpecial({0, 1}, 0, 0, 0x7FF1);
-       },
+       Book().formulaSpecial({0, 0}, 0, 0, 0xFFF8).formulaSpecial({0, 1}, 0, 0, 0x7FF1),
        {"1,1 ERR", "1,2 ERR"}},
       {"the format without text",
-       [](auto& b) {
-         b.integer({0, 0, kHidden}, 1).number({1, 0, kHidden}, 1).label({2, 0, kHidden}, "x");
-         b.formula({3, 0, kHidden}, 1).formulaSpecial({4, 0, kHidden}, 0);
-         b.formulaSpecial({5, 0, kHidden}, 3).string({6, 0, kHidden}, "x").blank({7, 0, kHidden});
-       },
+       Book().integer({0, 0, kHidden}, 1).number({1, 0, kHidden}, 1).label({2, 0, kHidden}, "x")
+           .formula({3, 0, kHidden}, 1).formulaSpecial({4, 0, kHidden}, 0)
+           .formulaSpecial({5, 0, kHidden}, 3).string({6, 0, kHidden}, "x").blank({7, 0, kHidden}),
        {"1,1 (null)", "2,1 (null)", "3,1 (null)", "4,1 (null)", "5,1 (null)", "6,1 (null)",
         "7,1 (null)", "8,1 (null)"}},
       {"each value has its own column's width",
-       [](auto& b) {
-         b.columnWidth(0, 240).columnWidth(1, 360).columnWidth(2, 0).columnWidth(3, 480);
-         b.integer({0, 0, kBars}, 3).number({1, 0, kBars}, 3).integer({2, 0}, 3);
-         b.formula({3, 0, kBars}, 4).formula({0, 1, kBars}, 4).formulaSpecial({2, 1}, 0);
-         b.formulaSpecial({2, 2}, 3).label({2, 3}, "shown");
-       },
+       Book().columnWidth(0, 240).columnWidth(1, 360).columnWidth(2, 0).columnWidth(3, 480)
+           .integer({0, 0, kBars}, 3).number({1, 0, kBars}, 3).integer({2, 0}, 3)
+           .formula({3, 0, kBars}, 4).formula({0, 1, kBars}, 4).formulaSpecial({2, 1}, 0)
+           .formulaSpecial({2, 2}, 3).label({2, 3}, "shown"),
        {"1,1 *", "2,1 +++", "3,1 (null)", "4,1 ++++", "1,2 *", "3,2 ERR", "3,3 (null)",
         "3,4 shown"}},
       {"bodies without their last bytes",
-       [&](auto& b) {
-         b.record(12, Body().u8(4)).record(13, integerBody).record(13, cellBody({0, 0}));
-         b.record(14, cellBody({0, 1})).record(15, cellBody({0, 2})).record(51, Body());
-         b.record(16, cellBody({0, 3})).record(14, cellBody({0, 4}).u8(1));
-       },
-       {"5,1 (null)", "2,2 298", "1,1 0", "1,2 0", "1,3 ", "1,1 ", "1,4 0", "1,5 4.94E-324"}}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    EXPECT_EQ(cells(row.fill), row.expected);
-  }
+       Book().record(12, Body().u8(4)).record(13, integerBody).record(13, cellBody({0, 0}))
+           .record(14, cellBody({0, 1})).record(15, cellBody({0, 2})).record(51, Body())
+           .record(16, cellBody({0, 3})).record(14, cellBody({0, 4}).u8(1)),
+       {"5,1 (null)", "2,2 298", "1,1 0", "1,2 0", "1,3 ", "1,1 ", "1,4 0", "1,5 4.94E-324"}},
+      // The attribute word's upper 13 bits are the style.
+      {"style 0 is style 1", Book().record(14, Body().u32(0).u16(0x0000).f64(2.5)), {"1,1 2.5"}},
+      {"style 0, lower bits", Book().record(14, Body().u32(0).u16(0x0007).f64(2.5)), {"1,1 2.5"}},
+      {"style 2", Book().record(14, Body().u32(0).u16(0x0015).f64(2.5)), {"1,1 (null)"}},
+      {"style 3", Book().record(14, Body().u32(0).u16(0x0018).f64(2.5)), {"1,1 2.50"}},
+      {"no such style", Book().record(14, Body().u32(0).u16(0xFFF8).f64(2.5)), {"1,1 2.5"}},
+  };
+  for (const auto& row : rows) EXPECT_EQ(cells(row.records), row.expected) << row.name;
 }
+
+// clang-format on
 
 // Of every size up to 40 bytes, with a zero byte at every place and perhaps one at the end. Bytes
 // beyond ASCII and those beside zero are where a search by words goes wrong.
@@ -221,18 +178,6 @@ TEST(Cells, APoolThatIsExhaustedAfterTheOpeningLosesNone) {
   host.fail({.step = Step::kPoolBlock, .nth = opening + 1, .forGood = true});
   EXPECT_EQ(readClean(host, book.sheetOffset()).only(SSItemKindCell), cellsOf(book));
   EXPECT_TRUE(host.faultMet());
-}
-
-TEST(Cells, TheAttributeWordsUpperBitsAreTheStyle) {
-  const auto cell = [](unsigned attributes) {
-    return
-        [attributes](NotebookBuilder& b) { b.record(14, Body().u32(0).u16(attributes).f64(2.5)); };
-  };
-  EXPECT_THAT(cells(cell(0x0000)), ElementsAre("1,1 2.5"));
-  EXPECT_THAT(cells(cell(0x0007)), ElementsAre("1,1 2.5"));
-  EXPECT_THAT(cells(cell(0x0015)), ElementsAre("1,1 (null)"));
-  EXPECT_THAT(cells(cell(0x0018)), ElementsAre("1,1 2.50"));
-  EXPECT_THAT(cells(cell(0xFFF8)), ElementsAre("1,1 2.5")) << "no such style: the General form";
 }
 
 }  // namespace
