@@ -6,15 +6,17 @@
 //   0       1     column, from 0
 //   2       2     row, from 0
 //   4       2     style number in bits 3 to 15; 0 stands for style 1
-//   6             the value, by record: 13 a signed 16-bit integer, 14 a double, 16 the cached
-//                 result (below), 15 and 51 a byte of no interest and, from byte 7, the text
+//   6             the value, by record:
+//                 13: a signed 16-bit integer
+//                 14: a double
+//                 15, 51: a byte that is not used and, from byte 7, the text
+//                 16: the cached result
 //
-// The cached result of a formula is eight bytes, a double as a rule. The word at 12 tells the
-// others:
+// The cached result of a formula has eight bytes. The word at 12 says what they are:
 //
-//   0x7FF8            a text, which the record 51 after this one carries
-//   0x7FF0 or 0xFFF0  by the word at 10: 0 an error, 3 the 32-bit integer at 8, else nothing to
-//                     show
+//   0x7FF8            nothing: the record 51 after this one has the result, a text
+//   0x7FF0 or 0xFFF0  by the word at 10: 0 an error, 3 the 32-bit integer at 8, else no value
+//   any other         a double
 #ifndef QPSREADER_ITEMS_CELL_LAYOUT_H
 #define QPSREADER_ITEMS_CELL_LAYOUT_H
 
