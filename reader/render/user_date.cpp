@@ -119,20 +119,22 @@ std::int32_t numberOf(Source source, const UserDateFields& fields) {
   }
 }
 
+std::size_t weekdayOf(const UserDateFields& fields) {
+  return static_cast<std::size_t>(weekdayNameIndex(fields.weekday, fields.nonNegative));
+}
+
 void appendPiece(TextBuffer& out, const DatePiece& piece, const UserDateFields& fields,
                  SSHostServices* services) {
   const auto month = static_cast<std::size_t>(fields.date.month);
-  const auto weekday =
-      static_cast<std::size_t>(weekdayNameIndex(fields.weekday, fields.nonNegative));
   switch (piece.source) {
     case Source::kLiteral:
       out.append(piece.literal);
       break;
     case Source::kWeekdayName:
-      appendName(out, weekdayNames[weekday], piece.letters, services);
+      appendName(out, weekdayNames[weekdayOf(fields)], piece.letters, services);
       break;
     case Source::kWeekdayAbbreviation:
-      appendName(out, weekdayAbbreviations[weekday], piece.letters, services);
+      appendName(out, weekdayAbbreviations[weekdayOf(fields)], piece.letters, services);
       break;
     case Source::kMonthName:
       appendName(out, monthNames[month], piece.letters, services);
