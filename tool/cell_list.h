@@ -68,7 +68,7 @@ class CellList {
   // NOLINTNEXTLINE(readability-identifier-naming)
   void push_back(const Cell& cell) { cells_[size_++] = cell; }
 
-  // At most capacity(); cells up to there must have been written.
+  // At most size().
   void setSize(std::size_t size) { size_ = size; }
 
   void swap(CellList& other) noexcept {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Puts cells into rows. Notebooks hold them column by column, so this is the usual case for a large
-// sheet: three counting passes instead of a comparison sort, and one spare copy of the cells.
+// Puts cells into rows. Notebooks hold them column by column, so a large sheet usually needs it.
 #ifndef QPSREADER_TOOL_CELL_ORDER_H
 #define QPSREADER_TOOL_CELL_ORDER_H
 
@@ -11,8 +10,8 @@
 
 namespace qps {
 
-// Sorts by place, row by row. Of several cells in one place the last one stays; returns how many
-// others there were.
+// Sorts by place, row by row, with a spare copy of at most all cells. Of several cells in one place
+// the last one stays; returns how many others there were.
 std::size_t putInRows(CellList& cells);
 
 }  // namespace qps

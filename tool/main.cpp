@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// qps: lists, prints and converts Quattro Pro for Windows notebooks. The road of a run: the command
-// line becomes a Command with Settings (command_line.cpp); run.cpp reads each file into a Document
-// (document.cpp) and hands it to the command's writer.
+// qps: lists, prints and converts Quattro Pro for Windows notebooks. The command line becomes a
+// Command with Settings (command_line.cpp); run.cpp reads each file into a Document (document.cpp)
+// and hands it to the command's writer.
 #include <cerrno>
 #include <cstdio>
 

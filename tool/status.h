@@ -30,13 +30,6 @@ struct UsageError {
   std::string reason;
 };
 
-// Standard output can take no more, so that nothing further is worth doing. A reader that has
-// closed its pipe is no error to speak of: `quiet` is then set.
-struct OutputClosed {
-  std::string reason;
-  bool quiet = false;
-};
-
 }  // namespace qps
 
 #endif  // QPSREADER_TOOL_STATUS_H
