@@ -19,7 +19,7 @@
 namespace qps {
 namespace {
 
-constexpr std::size_t kUsualBytes = 8192;  // longer texts take the longer road
+constexpr std::size_t kUsualBytes = 8192;  // longer texts are written by writeAnyField
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // The bytes that end what is copied as it is: those given here, the zero byte, and all beyond
