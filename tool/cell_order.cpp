@@ -6,9 +6,8 @@
 namespace qps {
 
 std::size_t putInRows(CellList& cells) {
-  std::stable_sort(cells.begin(), cells.end(), [](const Cell& a, const Cell& b) {
-    return a.place.key() < b.place.key();
-  });
+  std::stable_sort(cells.begin(), cells.end(),
+                   [](const Cell& a, const Cell& b) { return a.place.key() < b.place.key(); });
   Cell* kept = cells.begin();
   for (const Cell& cell : cells) {
     const bool repeats = kept != cells.begin() && kept[-1].place.key() == cell.place.key();

@@ -48,7 +48,7 @@ class IconvConverter final : public Converter {
 
 }  // namespace
 
-std::unique_ptr<Converter> Converter::open(const std::string& encoding) {
+std::unique_ptr<Converter> Converter::openOfSystem(const std::string& encoding) {
   // "//IGNORE" and its kin would drop characters without a word.
   if (encoding.find('/') != std::string::npos) return nullptr;
   const iconv_t handle = iconv_open("UTF-8", encoding.c_str());

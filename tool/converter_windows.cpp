@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Knows "windows-1252", "cp850", "ISO-8859-2" and "UTF-8", in any case of letters.
+// Knows "windows-1250", "cp850" and "ISO-8859-2", in any case of letters.
 #include <windows.h>
 
 #include <array>
@@ -22,7 +22,6 @@ constexpr std::array<PrefixRow, 3> kPrefixes = {{{"windows-", 0}, {"cp", 0}, {"i
 UINT codePageOf(std::string encoding) {
   for (char& c : encoding)
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  if (encoding == "utf-8") return CP_UTF8;
   for (const PrefixRow& row : kPrefixes) {
     if (!encoding.starts_with(row.prefix)) continue;
     UINT number = 0;
@@ -51,7 +50,6 @@ class CodePageConverter final : public Converter {
  private:
   std::size_t bytesOfFirst(char lead) const {
     const auto byte = static_cast<unsigned char>(lead);
-    if (codePage_ == CP_UTF8) return byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
     return IsDBCSLeadByteEx(codePage_, byte) != 0 ? 2 : 1;
   }
 
@@ -74,7 +72,7 @@ class CodePageConverter final : public Converter {
 
 }  // namespace
 
-std::unique_ptr<Converter> Converter::open(const std::string& encoding) {
+std::unique_ptr<Converter> Converter::openOfSystem(const std::string& encoding) {
   const UINT codePage = codePageOf(encoding);
   if (codePage == 0) return nullptr;
   return std::make_unique<CodePageConverter>(codePage);

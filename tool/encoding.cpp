@@ -6,11 +6,19 @@
 #include "tool/encoding.h"
 
 #include "tool/status.h"
+#include "tool/utf8.h"
 
 namespace qps {
 namespace {
 
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD";  // U+FFFD
+bool isWellFormed(std::string_view utf8) {
+  while (!utf8.empty()) {
+    const Decoded first = firstCharacter(utf8);
+    if (!first.valid) return false;
+    utf8.remove_prefix(first.size);
+  }
+  return true;
+}
 
 }  // namespace
 
@@ -24,6 +32,7 @@ Decoder::Decoder(const std::string& encoding)
     std::string_view rest(&text, 1);
     if (converter_->convert(rest, single_[byte]) == Converter::Result::kUnfinished)
       multibyte_ = true;
+    if (!isWellFormed(single_[byte])) single_[byte].clear();
     plain_[byte] = byte < 0x80 && single_[byte] == std::string_view(&text, 1);
   }
   for (const char needed : std::string_view("09AZaz +-.,%$():/"))
@@ -53,17 +62,40 @@ std::string Decoder::decode(std::string_view text) const {
 void Decoder::appendByTable(std::string_view text, std::string& result) const {
   for (const char byte : text) {
     const std::string& character = single_[static_cast<unsigned char>(byte)];
-    result.append(character.empty() ? kReplacement : std::string_view(character));
-    undefinedBytes_ += character.empty() ? 1 : 0;
+    if (character.empty())
+      appendUndefined(result);
+    else
+      result.append(character);
   }
 }
 
 void Decoder::appendByConverter(std::string_view text, std::string& result) const {
-  while (converter_->convert(text, result) != Converter::Result::kDone) {
-    result.append(kReplacement);
-    ++undefinedBytes_;
+  std::string part;
+  for (;;) {
+    part.clear();
+    const bool done = converter_->convert(text, part) == Converter::Result::kDone;
+    appendWellFormed(part, result);
+    if (done) return;
+    appendUndefined(result);
+    if (text.empty()) return;
     text.remove_prefix(1);
   }
+}
+
+void Decoder::appendWellFormed(std::string_view utf8, std::string& result) const {
+  while (!utf8.empty()) {
+    const Decoded first = firstCharacter(utf8);
+    if (first.valid)
+      result.append(utf8.substr(0, first.size));
+    else
+      appendUndefined(result);
+    utf8.remove_prefix(first.size);
+  }
+}
+
+void Decoder::appendUndefined(std::string& result) const {
+  appendCharacter(kReplacement, result);
+  ++undefinedBytes_;
 }
 
 }  // namespace qps

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The notebook's bytes become UTF-8. A notebook does not say which character set its texts are in,
-// so the user does (--encoding), and the system knows the rest.
+// so the user does (--encoding).
 #ifndef QPSREADER_TOOL_ENCODING_H
 #define QPSREADER_TOOL_ENCODING_H
 
@@ -18,8 +18,8 @@ namespace qps {
 
 class Decoder {
  public:
-  // Throws UsageError when the system does not know the encoding, or when its digits and letters
-  // are not those of ASCII: the reader writes numbers in ASCII.
+  // Throws UsageError when the encoding is not known (see converter.h), or when its digits and
+  // letters are not those of ASCII: the reader writes numbers in ASCII.
   explicit Decoder(const std::string& encoding);
   const std::string& name() const { return name_; }
 
@@ -27,7 +27,8 @@ class Decoder {
   bool isPlain(unsigned char byte) const { return plain_[byte]; }
   bool isPlain(std::string_view text) const;
 
-  // Appends the text in UTF-8. A byte that the encoding does not define becomes U+FFFD and counts.
+  // Appends the text in UTF-8, well formed whatever a system's converter makes of it. A byte that
+  // the encoding does not define becomes U+FFFD and counts.
   void append(std::string_view text, std::string& result) const;
   std::string decode(std::string_view text) const;
 
@@ -37,6 +38,8 @@ class Decoder {
  private:
   void appendByTable(std::string_view text, std::string& result) const;
   void appendByConverter(std::string_view text, std::string& result) const;
+  void appendWellFormed(std::string_view utf8, std::string& result) const;
+  void appendUndefined(std::string& result) const;
 
   std::string name_;
   std::unique_ptr<Converter> converter_;
