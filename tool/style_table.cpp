@@ -1,8 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "tool/style_table.h"
-
-#include <cstring>
-
 namespace qps {
 
 std::uint32_t StyleTable::numberOf(const SSItemCell& cell) {

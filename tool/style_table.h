@@ -7,9 +7,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <string_view>
-#include <unordered_map>
+#include <cstring>
+#include <map>
 #include <vector>
 
 #include <qpsreader/host/item.hpp>
@@ -27,23 +26,25 @@ class StyleTable {
   // A cell item that has this style, and neither place nor text.
   const SSItemCell& record(std::uint32_t number) const { return styles_[number]->second.record; }
 
-  // What one style costs, near enough for a memory limit.
-  static constexpr std::size_t kBytesPerStyle = 384;
+  // What one style costs here and in a writer, near enough for a memory limit.
+  static constexpr std::size_t kBytesPerStyle = 1024;
 
  private:
   static constexpr std::size_t kFirstByte = offsetof(SSItemCell, alignment);
   using Key = std::array<char, SSItemBytes - kFirstByte>;
 
-  struct Hash {
-    std::size_t operator()(const Key& key) const {
-      return std::hash<std::string_view>{}(std::string_view(key.data(), key.size()));
+  struct IsBefore {
+    bool operator()(const Key& a, const Key& b) const {
+      return std::memcmp(a.data(), b.data(), a.size()) < 0;
     }
   };
   struct Entry {
     std::uint32_t number;
     SSItemCell record;
   };
-  using Map = std::unordered_map<Key, Entry, Hash>;
+  // In order: a file chooses its styles, and could choose such as meet in one place of a hash
+  // table.
+  using Map = std::map<Key, Entry, IsBefore>;
 
   Map numbers_;
   std::vector<const Map::value_type*> styles_;  // by number
