@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Comma-separated values: a record for each row from the first to the last that shows something,
-// all with the same number of fields, the empty rows and columns before them included.
+// all with the same number of fields, the empty rows and columns before them included. On a
+// terminal control characters become visible ones; in a file they stay what they are.
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -85,6 +86,8 @@ class CsvWriter {
   bool copies_;                    // whether any text goes to the output as it is
   std::uint32_t columnCount_ = 0;  // of the sheet
   std::string scratch_;
+  std::string visible_;
+  std::string guarded_;
 };
 
 CsvWriter::CsvWriter(Output& out, const Decoder& decoder, const Settings& settings)
@@ -94,7 +97,7 @@ CsvWriter::CsvWriter(Output& out, const Decoder& decoder, const Settings& settin
       lineEnd_(settings.crlf ? "\r\n" : "\n"),
       stops_({settings.delimiter, '"', '\r', '\n'}),
       stopsInQuotes_({'"', '"', '"', '"'}),
-      copies_(!settings.trim && !settings.csvSafe) {
+      copies_(!settings.trim && !settings.csvSafe && !out.isTerminal()) {
   for (unsigned char byte = 1; byte < 0x80; ++byte)
     copies_ = copies_ && decoder.isPlain(byte);
 }
@@ -144,17 +147,23 @@ void CsvWriter::writeAnyField(std::string_view text) {
     field = scratch_;
   }
   if (settings_.trim) field = trimmed(field);
+  if (out_.isTerminal()) {
+    visible_.clear();
+    appendVisible(field, visible_);
+    field = visible_;
+  }
 
-  const bool guarded = settings_.csvSafe && looksLikeFormula(field);
+  if (settings_.csvSafe) {
+    guarded_.clear();
+    appendGuarded(field, settings_.delimiter, guarded_);
+    field = guarded_;
+  }
   const char special[] = {settings_.delimiter, '"', '\r', '\n'};
   if (field.find_first_of({special, sizeof special}) == std::string_view::npos) {
-    if (guarded) out_.put('\'');
-    out_.write(field);
-    return;
+    return out_.write(field);
   }
   char* to = out_.reserve(2 * field.size() + 3);  // every byte may be a quote
   *to++ = '"';
-  if (guarded) *to++ = '\'';
   for (const char byte : field) {
     if (byte == '"') *to++ = '"';
     *to++ = byte;

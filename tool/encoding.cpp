@@ -72,12 +72,14 @@ void Decoder::appendByTable(std::string_view text, std::string& result) const {
 void Decoder::appendByConverter(std::string_view text, std::string& result) const {
   std::string part;
   for (;;) {
+    const std::string_view rest = text;
     part.clear();
     const bool done = converter_->convert(text, part) == Converter::Result::kDone;
+    // Where the fault was is not known then; byte by byte nothing is dropped.
+    if (!done && text.empty()) return appendByTable(rest, result);
     appendWellFormed(part, result);
     if (done) return;
     appendUndefined(result);
-    if (text.empty()) return;
     text.remove_prefix(1);
   }
 }

@@ -42,10 +42,25 @@ bool isNumber(std::string_view text) {
 }  // namespace
 
 bool looksLikeFormula(std::string_view utf8) {
+  for (const std::string_view wide : {"\uFF1D", "\uFF0B", "\uFF0D", "\uFF20"})  // = + - @
+    if (utf8.starts_with(wide)) return true;
   if (utf8.empty() || std::string_view("=@+-\t\r\n").find(utf8.front()) == kNone) return false;
   const std::size_t afterSigns = utf8.find_first_not_of("+-");
   if (afterSigns == kNone) return false;  // a bar
   return afterSigns == 0 || !isNumber(utf8.substr(afterSigns));
+}
+
+void appendGuarded(std::string_view utf8, char delimiter, std::string& result) {
+  if (looksLikeFormula(utf8)) result += '\'';
+  bool mayBegin = false;
+  for (; !utf8.empty(); utf8.remove_prefix(1)) {
+    const char byte = utf8.front();
+    const bool endsLine = byte == '\r' || byte == '\n';
+    const bool separates = std::string_view(";,\t").find(byte) != kNone && byte != delimiter;
+    if (mayBegin && !endsLine && !separates && looksLikeFormula(utf8)) result += '\'';
+    result += byte;
+    mayBegin = endsLine || separates;
+  }
 }
 
 }  // namespace qps

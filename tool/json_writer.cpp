@@ -15,6 +15,7 @@
 #include "tool/document.h"
 #include "tool/output.h"
 #include "tool/text_forms.h"
+#include "tool/utf8.h"
 
 namespace qps {
 namespace {
@@ -136,6 +137,25 @@ std::string valueOf(const Put& put) {
   return buffer.GetString();
 }
 
+// Writes JSON with DEL and U+0080 to U+009F escaped: a terminal might obey them, and RapidJSON
+// leaves them as they are. They only occur in strings.
+void writeEscaped(Output& out, std::string_view json) {
+  constexpr auto kNone = std::string_view::npos;
+  for (std::size_t at; (at = json.find_first_of("\x7F\xC2")) != kNone;) {
+    out.write(json.substr(0, at));
+    const Decoded found = firstCharacter(json.substr(at));
+    if (found.character > 0x9F) {
+      out.write(json.substr(at, found.size));
+    } else {
+      char escape[8];
+      std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(found.character));
+      out.write(escape);
+    }
+    json.remove_prefix(at + found.size);
+  }
+  out.write(json);
+}
+
 class JsonWriter {
  public:
   JsonWriter(Output& out, const Document& document)
@@ -210,7 +230,7 @@ void JsonWriter::begin(const char* kind, const SheetData& sheet) {
 
 void JsonWriter::end() {
   json_.EndObject();
-  out_.write({line_.GetString(), line_.GetSize()});
+  writeEscaped(out_, {line_.GetString(), line_.GetSize()});
   out_.put('\n');
 }
 

@@ -8,11 +8,15 @@
 #include <system_error>
 #include <utility>
 
+#include "tool/status.h"
+
 #if defined(_WIN32)
 #include <fcntl.h>
 #include <io.h>
 #include <process.h>
+#define fileno _fileno
 #define getpid _getpid
+#define isatty _isatty
 #else
 #include <unistd.h>
 #endif
@@ -50,6 +54,7 @@ std::string WriteError::message() const {
 
 Output::Output(std::FILE* file)
     : file_(file),
+      terminal_(isatty(fileno(file)) != 0),
       capacity_(kBlockBytes),
       block_(new char[kBlockBytes]),
       cursor_(block_.get()),
@@ -59,6 +64,15 @@ Output::Output(std::FILE* file)
   _setmode(_fileno(file), _O_BINARY);
 #endif
 }
+
+Output::Output(const Output& real, std::uint64_t most)
+    : file_(nullptr),
+      terminal_(real.terminal_),
+      bytesLeft_(most),
+      capacity_(kBlockBytes),
+      block_(new char[kBlockBytes]),
+      cursor_(block_.get()),
+      end_(block_.get() + kBlockBytes) {}
 
 void Output::makeRoom(std::size_t size) {
   flush();
@@ -81,6 +95,12 @@ void Output::fill(std::size_t count, char byte) {
 void Output::flush() {
   const auto size = static_cast<std::size_t>(cursor_ - block_.get());
   cursor_ = block_.get();
+  if (file_ == nullptr) {
+    if (size > bytesLeft_)
+      throw Failure{Status::kLimit, "the limit of output was reached (--max-output)"};
+    bytesLeft_ -= size;
+    return;
+  }
   errno = 0;
   if (size > 0 && std::fwrite(block_.get(), 1, size, file_) != size) throw WriteError{errno};
 }

@@ -6,6 +6,7 @@
 #define QPSREADER_TOOL_OUTPUT_H
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -25,6 +26,10 @@ class Output {
  public:
   // Writes to `file`, past its own buffer; the file stays the caller's.
   explicit Output(std::FILE* file);
+
+  // Writes nowhere: for a rehearsal of what will be written to `real`. Throws Failure as soon as it
+  // is more than `most` bytes.
+  Output(const Output& real, std::uint64_t most);
 
   // Room for at least `size` bytes. What was written there counts once `commit` is told its end.
   char* reserve(std::size_t size) {
@@ -47,10 +52,15 @@ class Output {
   // Hands everything to the system. This, and whatever needs room, may throw WriteError.
   void flush();
 
+  // Whether people see it as it is written, on a terminal.
+  bool isTerminal() const { return terminal_; }
+
  private:
   void makeRoom(std::size_t size);
 
-  std::FILE* file_;
+  std::FILE* file_;  // null: a rehearsal
+  bool terminal_;
+  std::uint64_t bytesLeft_ = 0;  // of a rehearsal
   std::size_t capacity_;
   std::unique_ptr<char[]> block_;
   char* cursor_;

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <filesystem>
 
+#include "tool/letter_case.h"
 #include "tool/text_forms.h"
 
 namespace qps {
@@ -17,13 +17,6 @@ bool isAllowed(char c) {
   const auto byte = static_cast<unsigned char>(c);
   return byte >= 0x20 && byte != 0x7F &&
          std::string_view("/\\:*?\"<>|").find(c) == std::string_view::npos;
-}
-
-std::string lowerCase(std::string_view text) {
-  std::string result(text);
-  for (char& c : result)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return result;
 }
 
 // Names that Windows keeps for devices, whatever follows their first dot.
