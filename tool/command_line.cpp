@@ -6,6 +6,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
+#include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <sstream>
@@ -53,7 +55,7 @@ const std::string& notEmpty(const char* option, const std::string& value) {
 }
 
 // "4M" and the like.
-std::uint64_t parseSize(const std::string& text) {
+std::uint64_t parseSize(const char* option, const std::string& text) {
   std::uint64_t number = 0;
   const char* const end = text.data() + text.size();
   const auto [suffix, error] = std::from_chars(text.data(), end, number);
@@ -63,8 +65,19 @@ std::uint64_t parseSize(const std::string& text) {
     shift = 10 * (static_cast<unsigned>(units.find(*suffix)) + 1);  // npos + 1 is 0
   const bool known = suffix == end || shift > 0;
   if (error != std::errc() || !known || (number << shift >> shift) != number)
-    throw UsageError{"--max-memory: '" + text + "' is not a size such as 500M or 2G"};
+    throw UsageError{std::string(option) + ": '" + text + "' is not a size such as 500M or 2G"};
   return number << shift;
+}
+
+// "60" or "0.5".
+std::chrono::milliseconds parseSeconds(const std::string& text) {
+  constexpr double kMostSeconds = 1e9;
+  double seconds = 0;
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, seconds, std::chars_format::fixed);
+  if (error != std::errc() || rest != end || !(seconds >= 0 && seconds <= kMostSeconds))
+    throw UsageError{"--max-time: '" + text + "' is not a number of seconds"};
+  return std::chrono::milliseconds(std::llround(std::ceil(seconds * 1000)));
 }
 
 // The escapes that a shell does not offer everywhere.
@@ -126,7 +139,14 @@ constexpr OptionRow kOptions[] = {
      "Print what can be read of a damaged notebook (the exit status stays 5)",
      [](Settings& s, const std::string&) { s.salvage = true; }},
     {"--max-memory", "SIZE", kEvery, "Give up beyond SIZE bytes (K, M, G; default 1G; 0: no limit)",
-     [](Settings& s, const std::string& value) { s.maxMemory = parseSize(value); }},
+     [](Settings& s, const std::string& value) { s.maxMemory = parseSize("--max-memory", value); }},
+    {"--max-output", "SIZE", kEvery,
+     "Give up on more than SIZE bytes of output (default 64M and 256 for each byte of the file; "
+     "0: no limit)",
+     [](Settings& s, const std::string& value) { s.maxOutput = parseSize("--max-output", value); }},
+    {"--max-time", "SECONDS", kEvery,
+     "Give up after SECONDS of processor time (default 60; 0: no limit)",
+     [](Settings& s, const std::string& value) { s.maxTime = parseSeconds(value); }},
     {"--quiet", nullptr, kEvery, "No warnings and no progress; failures are still reported",
      [](Settings& s, const std::string&) { s.quiet = true; }},
     {"--skip-empty", nullptr, kRows, "Leave out rows in which nothing shows",

@@ -7,6 +7,8 @@
 #include <charconv>
 
 #include "tool/cell_order.h"
+#include "tool/inputs.h"
+#include "tool/limits.h"
 #include "tool/progress.h"
 #include "tool/settings.h"
 #include "tool/text_forms.h"
@@ -51,19 +53,18 @@ void keepEachRowOnce(std::vector<Run>& heights) {
   heights.erase(std::unique(heights.begin(), heights.end(), same), heights.end());
 }
 
-// A notebook numbers its worksheets with one byte. A file that lists more is no honest one, and as
-// the definitions are read again for each worksheet it could cost far more than its size.
-constexpr std::ptrdiff_t kMostSheets = 256;
-
 class Loader {
  public:
-  Loader(Document& document, const Command& command, const Settings& settings, Progress& progress)
+  Loader(Document& document, const OpenedFile& opened, const Command& command,
+         const Settings& settings, const TimeLimit& time, Progress& progress)
       : document_(document),
         need_(command.need),
         salvage_(settings.salvage),
         trims_(settings.trim),
+        time_(time),
         progress_(progress),
-        budget_(document.notebook, settings.maxMemory) {}
+        budget_(document.notebook, opened.maxMemory),
+        rowHeightsLeft_(mostRowHeights(opened.size)) {}
 
   void readSheet(const Sheet& sheet, std::string name);
   void meetDamage(const Error& error);
@@ -71,6 +72,7 @@ class Loader {
  private:
   void take(const Item& item, SheetData& sheet);
   void takeCell(const SSItemCell& item, SheetData& sheet);
+  void takeRowHeight(const Run& height, SheetData& sheet);
   void takeNotebookText(std::uint32_t record, std::string_view text);
   std::uint32_t styleOf(const SSItemCell& item);
   void finish(SheetData& sheet);
@@ -80,8 +82,12 @@ class Loader {
   bool salvage_;
   bool inRows_ = true;  // the cells of this worksheet came row by row, each place once
   bool trims_;
+  const TimeLimit& time_;
   Progress& progress_;
   Budget budget_;
+  std::uint64_t rowHeightsLeft_;         // of the notebook
+  std::uint64_t rowHeightsOfSheet_ = 0;  // so far
+  std::uint32_t items_ = 0;
 };
 
 void Loader::readSheet(const Sheet& sheet, std::string name) {
@@ -91,6 +97,8 @@ void Loader::readSheet(const Sheet& sheet, std::string name) {
   data.name = std::move(name);
   data.startOffset = sheet.startOffset;
   inRows_ = true;
+  rowHeightsOfSheet_ = 0;
+  time_.check();
 
   const Notebook& notebook = document_.notebook;
   ItemRange items =
@@ -108,6 +116,8 @@ void Loader::meetDamage(const Error& error) {
 }
 
 void Loader::take(const Item& item, SheetData& sheet) {
+  constexpr std::uint32_t kItemsBetweenChecks = 0x4000;
+  if (++items_ % kItemsBetweenChecks == 0) time_.check();
   switch (item.kind()) {
     case Item::Kind::kCell:
       takeCell(item.raw().cell, sheet);
@@ -120,7 +130,7 @@ void Loader::take(const Item& item, SheetData& sheet) {
       append(sheet.columnWidths, *item.columnWidths(), budget_);
       break;
     case Item::Kind::kRowHeight:
-      if (need_ != Need::kTexts) append(sheet.rowHeights, *item.rowHeight(), budget_);
+      takeRowHeight(*item.rowHeight(), sheet);
       break;
     case Item::Kind::kRecord38Text:
       takeNotebookText(38, item.notebookText().value_or(""));
@@ -129,6 +139,13 @@ void Loader::take(const Item& item, SheetData& sheet) {
       takeNotebookText(37, item.notebookText().value_or(""));
       break;
   }
+}
+
+void Loader::takeRowHeight(const Run& height, SheetData& sheet) {
+  if (++rowHeightsOfSheet_ > kMostRowHeightsOfSheet || rowHeightsLeft_ == 0)
+    throw Failure{Status::kLimit, "lists more row heights than a notebook has"};
+  --rowHeightsLeft_;
+  if (need_ != Need::kTexts) append(sheet.rowHeights, height, budget_);
 }
 
 void Loader::takeCell(const SSItemCell& item, SheetData& sheet) {
@@ -166,12 +183,14 @@ void Loader::takeNotebookText(std::uint32_t record, std::string_view text) {
 
 void Loader::finish(SheetData& sheet) {
   if (need_ == Need::kItems) return;
-  keepEachRowOnce(sheet.rowHeights);
-  if (inRows_) return;
-  const std::size_t spareCopy = sheet.cells.size() * sizeof(Cell);
-  budget_.charge(spareCopy);
-  sheet.repeatedCells = putInRows(sheet.cells);
-  budget_.refund(spareCopy);
+  const auto withSpareCopyOf = [this](const auto& list, const auto& sort) {
+    const std::size_t bytes = list.size() * sizeof *list.begin();
+    budget_.charge(bytes);
+    sort();
+    budget_.refund(bytes);
+  };
+  withSpareCopyOf(sheet.rowHeights, [&] { keepEachRowOnce(sheet.rowHeights); });
+  if (!inRows_) withSpareCopyOf(sheet.cells, [&] { sheet.repeatedCells = putInRows(sheet.cells); });
 }
 
 std::optional<std::uint32_t> numberIn(std::string_view text) {
@@ -242,9 +261,10 @@ std::uint32_t SheetData::hiddenColumns() const {
   return count;
 }
 
-Document readDocument(const std::string& file, Notebook notebook, const Command& command,
-                      const Settings& settings, const Decoder& decoder, Progress& progress) {
-  Document document(std::move(notebook), decoder);
+Document readDocument(const std::string& file, OpenedFile& opened, const Command& command,
+                      const Settings& settings, const Decoder& decoder, const TimeLimit& time,
+                      Progress& progress) {
+  Document document(std::move(opened.notebook), decoder);
   document.name = file;
   document.many = settings.manyFiles();
   const std::uint64_t undefinedBefore = decoder.undefinedBytes();
@@ -260,10 +280,11 @@ Document readDocument(const std::string& file, Notebook notebook, const Command&
     throw Failure{Status::kLimit, "lists " + std::to_string(sheets.size()) +
                                       " worksheets, more than a notebook has; --sheet can choose"};
 
-  Loader loader(document, command, settings, progress);
+  Loader loader(document, opened, command, settings, time, progress);
   if (const auto damage = document.notebook.damage()) loader.meetDamage(*damage);
   for (const Sheet& sheet : sheets)
     if (chosen[sheet.index]) loader.readSheet(sheet, std::move(names[sheet.index]));
+  time.check();
   if (settings.strict) checkStrictly(document, undefinedBefore);
   return document;
 }

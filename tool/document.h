@@ -24,6 +24,8 @@
 namespace qps {
 
 class Progress;
+class TimeLimit;
+struct OpenedFile;
 
 // The smallest rectangle around some cells; empty as long as lastRow is 0.
 struct Area {
@@ -74,8 +76,9 @@ struct Document {
 };
 
 // Reads what `command` needs of the notebook. Throws Failure.
-Document readDocument(const std::string& file, Notebook notebook, const Command& command,
-                      const Settings& settings, const Decoder& decoder, Progress& progress);
+Document readDocument(const std::string& file, OpenedFile& opened, const Command& command,
+                      const Settings& settings, const Decoder& decoder, const TimeLimit& time,
+                      Progress& progress);
 
 // What --strict takes for a failure, and what is a warning otherwise; "" when there is none.
 std::string undefinedBytesMessage(const Document& document, std::uint64_t undefinedBytes);

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "tool/inputs.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <filesystem>
-#include <iostream>
+#include <limits>
+#include <new>
 #include <system_error>
+#include <utility>
 
 #include "tool/document.h"
 #include "tool/status.h"
@@ -18,24 +20,46 @@
 namespace qps {
 namespace {
 
-std::vector<std::byte> readStandardInput(std::uint64_t limit) {
+namespace fs = std::filesystem;
+
+// No system has longer names; a "list" without zero bytes is something else.
+constexpr std::size_t kLongestName = std::size_t{64} << 10;
+
+std::string systemMessage() {
+  return std::generic_category().message(errno);
+}
+
+void readBinary([[maybe_unused]] std::FILE* file) {
 #if defined(_WIN32)
-  _setmode(_fileno(stdin), _O_BINARY);
+  _setmode(_fileno(file), _O_BINARY);
 #endif
-  constexpr std::size_t kBlock = std::size_t{1} << 20;
-  std::vector<std::byte> bytes;
+}
+
+void resize(InputBytes& bytes, std::size_t size) {
+  void* const resized = std::realloc(bytes.get(), std::max<std::size_t>(size, 1));
+  if (resized == nullptr) throw std::bad_alloc();
+  static_cast<void>(bytes.release());
+  bytes.reset(static_cast<std::byte*>(resized));
+}
+
+// Reads to the end, or one byte more than `most`.
+std::size_t readStandardInput(std::uint64_t most, InputBytes& bytes) {
+  constexpr std::size_t kFirstBlock = std::size_t{64} << 10;
+  const std::uint64_t mostRoom =
+      std::min<std::uint64_t>(most, std::numeric_limits<std::size_t>::max() - 1) + 1;
+  readBinary(stdin);
+  errno = 0;
   std::size_t size = 0;
-  for (;;) {
-    bytes.resize(size + kBlock);
-    const std::size_t got = std::fread(bytes.data() + size, 1, kBlock, stdin);
-    size += got;
-    if (limit != 0 && size > limit) throw Failure{Status::kLimit, "the memory limit was reached"};
-    if (got == 0) break;
+  std::size_t room = 0;
+  while (size == room && room < mostRoom) {
+    room = static_cast<std::size_t>(
+        std::min<std::uint64_t>(mostRoom, std::max(kFirstBlock, 2 * room)));
+    resize(bytes, room);
+    size += std::fread(bytes.get() + size, 1, room - size, stdin);
   }
-  if (std::ferror(stdin) != 0)
-    throw Failure{Status::kFailed, std::generic_category().message(errno)};
-  bytes.resize(size);
-  return bytes;
+  if (std::ferror(stdin) != 0) throw Failure{Status::kFailed, systemMessage()};
+  resize(bytes, size);
+  return size;
 }
 
 Notebook valueOrThrow(Expected<Notebook> notebook) {
@@ -43,40 +67,79 @@ Notebook valueOrThrow(Expected<Notebook> notebook) {
   return *std::move(notebook);
 }
 
+OpenedFile openStandardInput(const Settings& settings) {
+  // The reader's offsets have 32 bits.
+  constexpr std::uint64_t kMostBytes = 0xFFFFFFFF;
+  const std::uint64_t limit = settings.maxMemory;
+  InputBytes bytes;
+  const std::size_t size =
+      readStandardInput(limit == 0 ? kMostBytes : std::min(limit, kMostBytes), bytes);
+  if (limit != 0 && size >= limit) throw failureOf(memoryLimitError());
+  if (size > kMostBytes) throw Failure{Status::kLimit, "longer than 4 GiB"};
+
+  const std::uint64_t left = limit == 0 ? 0 : limit - size;
+  Notebook notebook = valueOrThrow(Notebook::open(std::span<const std::byte>(bytes.get(), size),
+                                                  {static_cast<std::size_t>(left)}));
+  return {std::move(bytes), std::move(notebook), size, left};
+}
+
+// A pipe with a name in a folder would be waited for without end. Those below /dev are the shell's,
+// which were named on purpose.
+void refuseNamedPipe(const std::string& name) {
+  std::error_code ignored;
+  if (!fs::is_fifo(fs::status(name, ignored)) || name.starts_with("/dev/")) return;
+  throw Failure{Status::kFailed, "a named pipe, which is only read as standard input (-)"};
+}
+
+std::uint64_t sizeOf(const std::string& name) {
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(name, error);
+  return error ? 0 : size;
+}
+
 }  // namespace
 
 Inputs::Inputs(const Settings& settings) : settings_(settings) {
   if (settings.files0From.empty()) return;
-  list_ = &std::cin;
-  if (settings.files0From == "-") return;
-  listFile_.open(settings.files0From, std::ios::binary);
-  if (!listFile_)
-    throw UsageError{"--files0-from: " + settings.files0From + ": " +
-                     std::generic_category().message(errno)};
-  list_ = &listFile_;
+  const bool standardInput = settings.files0From == "-";
+  names_.reset(standardInput ? stdin : std::fopen(settings.files0From.c_str(), "rb"));
+  if (names_ == nullptr)
+    throw UsageError{"--files0-from: " + settings.files0From + ": " + systemMessage()};
+  readBinary(names_.get());
 }
 
 std::optional<std::string> Inputs::next() {
-  if (list_ == nullptr) {
+  if (settings_.files0From.empty()) {
     if (nextFile_ == settings_.files.size()) return std::nullopt;
     return settings_.files[nextFile_++];
   }
+  if (names_ == nullptr) return std::nullopt;
   std::string name;
-  if (!std::getline(*list_, name, '\0')) return std::nullopt;
-  return name;
+  errno = 0;
+  for (int byte; (byte = std::getc(names_.get())) != EOF; name += static_cast<char>(byte)) {
+    if (byte == '\0') return name;
+    if (name.size() < kLongestName) continue;
+    names_.reset();
+    throw Failure{Status::kFailed, "not a list of names that end in zero bytes"};
+  }
+  const bool failed = std::ferror(names_.get()) != 0;
+  const std::string message = failed ? systemMessage() : "";
+  names_.reset();
+  if (failed) throw Failure{Status::kFailed, message};
+  return name.empty() ? std::nullopt : std::optional(std::move(name));
 }
 
 OpenedFile openInput(const std::string& name, const Settings& settings) {
   if (name.empty()) throw Failure{Status::kFailed, "the file's name is empty"};
+  if (name == "-") {
+    if (settings.files0From == "-")
+      throw Failure{Status::kFailed, "standard input already holds the names of the files"};
+    return openStandardInput(settings);
+  }
+  refuseNamedPipe(name);
   const OpenOptions options{static_cast<std::size_t>(settings.maxMemory)};
-  if (name != "-")
-    return OpenedFile{{}, valueOrThrow(Notebook::open(std::filesystem::path(name), options))};
-
-  if (settings.files0From == "-")
-    throw Failure{Status::kFailed, "standard input already holds the names of the files"};
-  std::vector<std::byte> bytes = readStandardInput(settings.maxMemory);
-  Notebook notebook = valueOrThrow(Notebook::open(std::span<const std::byte>(bytes), options));
-  return OpenedFile{std::move(bytes), std::move(notebook)};
+  return {nullptr, valueOrThrow(Notebook::open(fs::path(name), options)), sizeOf(name),
+          settings.maxMemory};
 }
 
 }  // namespace qps

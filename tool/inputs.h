@@ -6,11 +6,12 @@
 #define QPSREADER_TOOL_INPUTS_H
 
 #include <cstddef>
-#include <fstream>
-#include <istream>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include <qpsreader/host/notebook.hpp>
 #include "tool/settings.h"
@@ -22,20 +23,37 @@ class Inputs {
   // Throws UsageError when the file of names cannot be opened.
   explicit Inputs(const Settings& settings);
 
+  // None after the last one. Throws Failure when the list cannot be read on; then it has ended.
   std::optional<std::string> next();
 
+  // What the user called the list; "" for the command line.
+  const std::string& list() const { return settings_.files0From; }
+
  private:
+  struct Close {
+    void operator()(std::FILE* file) const {
+      if (file != stdin) std::fclose(file);
+    }
+  };
+
   const Settings& settings_;
   std::size_t nextFile_ = 0;
-  std::ifstream listFile_;
-  std::istream* list_ = nullptr;  // null: the command line
+  std::unique_ptr<std::FILE, Close> names_;  // null: the command line, or a list that has ended
 };
+
+// Bytes that grow without a second copy of them.
+struct FreeBytes {
+  void operator()(std::byte* bytes) const { std::free(bytes); }
+};
+using InputBytes = std::unique_ptr<std::byte, FreeBytes>;
 
 // An open notebook, and the bytes behind it when they came from standard input. The bytes must
 // outlive the notebook, so move both together.
 struct OpenedFile {
-  std::vector<std::byte> bytes;
+  InputBytes bytes;
   Notebook notebook;
+  std::uint64_t size = 0;       // of the file; 0 for a pipe or a device with a name
+  std::uint64_t maxMemory = 0;  // what standard input has left of --max-memory; 0 is no limit
 };
 
 // Opens a file, or standard input for "-". Throws Failure.

@@ -22,14 +22,14 @@ Status runTool(int argc, const char* const* argv) {
     out.flush();
     return Status::kOk;
   } catch (const UsageError& error) {
-    printError(error.reason);
+    printError({error.reason});
     return Status::kUsage;
   } catch (const WriteError& error) {
     // A reader that has closed its pipe has what it wanted, and needs no message.
-    if (error.error != EPIPE) printError("standard output: " + error.message());
+    if (error.error != EPIPE) printError({"standard output: ", error.message()});
     return Status::kFailed;
   } catch (const std::bad_alloc&) {
-    printError("the machine has not enough memory");
+    printError({"the machine has not enough memory"});
     return Status::kLimit;
   }
 }

@@ -49,7 +49,7 @@ void Progress::show() {
 
 void Progress::clear() {
   if (width_ == 0) return;
-  std::fputs(("\r" + std::string(width_, ' ') + "\r").c_str(), stderr);
+  std::fprintf(stderr, "\r%*s\r", static_cast<int>(width_), "");
   std::fflush(stderr);
   width_ = 0;
 }

@@ -12,7 +12,9 @@
 #include "tool/document.h"
 #include "tool/encoding.h"
 #include "tool/inputs.h"
+#include "tool/limits.h"
 #include "tool/output.h"
+#include "tool/output_bound.h"
 #include "tool/output_names.h"
 #include "tool/progress.h"
 #include "tool/text_forms.h"
@@ -33,12 +35,13 @@ class FileLoop {
  private:
   void handle(const std::string& file);
   void process(const std::string& file);
+  void rehearse(const Document& document, std::uint64_t fileBytes);
   void writeAll(const Document& document);
   void writeFile(const Document& document, std::span<const SheetData> sheets,
                  std::string_view sheetName);
-  void warn(const Document& document, std::uint64_t undefinedBefore);
-  void say(const std::string& file, const std::string& text);
-  void fail(const std::string& file, const Failure& failure);
+  void warn(const Document& document, std::uint64_t undefinedBytes);
+  void say(const std::string& file, std::string_view text);
+  void fail(const std::string& file, Status status, std::string_view reason);
 
   const Command& command_;
   const Settings& settings_;
@@ -57,9 +60,13 @@ Status FileLoop::run() {
     std::filesystem::create_directories(settings_.outputDir, error);
     if (error) throw UsageError{"--output-dir: " + settings_.outputDir + ": " + error.message()};
   }
-  while (const auto file = inputs.next()) {
-    handle(*file);
-    progress_.fileDone();
+  try {
+    while (const auto file = inputs.next()) {
+      handle(*file);
+      progress_.fileDone();
+    }
+  } catch (const Failure& failure) {
+    fail("--files0-from: " + inputs.list(), failure.status, failure.reason);
   }
   return first_;
 }
@@ -68,21 +75,35 @@ void FileLoop::handle(const std::string& file) {
   try {
     process(file);
   } catch (const Failure& failure) {
-    fail(file, failure);
+    fail(file, failure.status, failure.reason);
   } catch (const std::bad_alloc&) {
-    fail(file, {Status::kLimit, "the machine has not enough memory for it"});
+    fail(file, Status::kLimit, "the machine has not enough memory for it");
   }
 }
 
 void FileLoop::process(const std::string& file) {
+  const TimeLimit time(settings_.maxTime);
   const std::uint64_t undefinedBefore = decoder_.undefinedBytes();
   OpenedFile opened = openInput(file, settings_);
-  Document document =
-      readDocument(file, std::move(opened.notebook), command_, settings_, decoder_, progress_);
-  document.follows = settings_.outputDir.empty() && std::exchange(anyPrinted_, true);
+  Document document = readDocument(file, opened, command_, settings_, decoder_, time, progress_);
+  document.follows = settings_.outputDir.empty() && anyPrinted_;
+  const std::uint64_t undefinedWhileReading = decoder_.undefinedBytes() - undefinedBefore;
+  rehearse(document, opened.size);
+  const std::uint64_t undefinedInRehearsal = decoder_.undefinedBytes();
+  anyPrinted_ = true;
   writeAll(document);
-  warn(document, undefinedBefore);
+  warn(document, undefinedWhileReading + decoder_.undefinedBytes() - undefinedInRehearsal);
   if (document.damage) throw *document.damage;
+}
+
+// Where there might be too much output, it is written to nowhere first: nothing of a notebook that
+// is given up shall be taken for the whole.
+void FileLoop::rehearse(const Document& document, std::uint64_t fileBytes) {
+  const std::uint64_t most = settings_.maxOutput.value_or(defaultMaxOutput(fileBytes));
+  if (most == 0 || outputBound(document) <= most) return;
+  Output nowhere(standardOutput_, most);
+  command_.write(nowhere, document, document.sheets, settings_);
+  nowhere.flush();
 }
 
 void FileLoop::writeAll(const Document& document) {
@@ -110,25 +131,24 @@ void FileLoop::writeFile(const Document& document, std::span<const SheetData> sh
   }
 }
 
-void FileLoop::warn(const Document& document, std::uint64_t undefinedBefore) {
+void FileLoop::warn(const Document& document, std::uint64_t undefinedBytes) {
   if (settings_.quiet) return;
   const auto warnOf = [&](const std::string& message, const char* consequence) {
     if (!message.empty()) say(document.name, "warning: " + message + "; " + consequence);
   };
-  warnOf(undefinedBytesMessage(document, decoder_.undefinedBytes() - undefinedBefore),
-         "such bytes show as U+FFFD");
+  warnOf(undefinedBytesMessage(document, undefinedBytes), "such bytes show as U+FFFD");
   for (const SheetData& sheet : document.sheets)
     warnOf(repeatedCellsMessage(sheet), "the last of each is shown");
 }
 
-void FileLoop::say(const std::string& file, const std::string& text) {
+void FileLoop::say(const std::string& file, std::string_view text) {
   progress_.clear();
-  printError(file + ": " + text);
+  printError({file, ": ", text});
 }
 
-void FileLoop::fail(const std::string& file, const Failure& failure) {
-  if (first_ == Status::kOk) first_ = failure.status;
-  say(file, failure.reason);
+void FileLoop::fail(const std::string& file, Status status, std::string_view reason) {
+  if (first_ == Status::kOk) first_ = status;
+  say(file, reason);
 }
 
 }  // namespace
@@ -137,8 +157,15 @@ Status runCommand(const Command& command, const Settings& settings) {
   return FileLoop(command, settings).run();
 }
 
-void printError(std::string_view text) {
-  std::fputs(("qps: " + visible(text) + "\n").c_str(), stderr);
+void printError(std::initializer_list<std::string_view> parts) {
+  try {
+    std::string line = "qps: ";
+    for (const std::string_view part : parts)
+      appendVisible(part, line);
+    std::fputs((line + "\n").c_str(), stderr);
+  } catch (const std::bad_alloc&) {
+    std::fputs("qps: the machine has not enough memory\n", stderr);
+  }
 }
 
 }  // namespace qps

@@ -4,6 +4,9 @@
 #ifndef QPSREADER_TOOL_RUN_H
 #define QPSREADER_TOOL_RUN_H
 
+#include <initializer_list>
+#include <string_view>
+
 #include "tool/commands.h"
 #include "tool/settings.h"
 #include "tool/status.h"
@@ -14,8 +17,9 @@ namespace qps {
 // is done, and WriteError when standard output takes no more.
 Status runCommand(const Command& command, const Settings& settings);
 
-// One line on standard error: "qps: " and the parts, made safe for a terminal.
-void printError(std::string_view text);
+// One line on standard error: "qps: " and the parts, made safe for a terminal. Where there is no
+// memory for the line it says that.
+void printError(std::initializer_list<std::string_view> parts);
 
 }  // namespace qps
 

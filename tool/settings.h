@@ -4,7 +4,9 @@
 #ifndef QPSREADER_TOOL_SETTINGS_H
 #define QPSREADER_TOOL_SETTINGS_H
 
+#include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,7 +25,11 @@ struct Settings {
   bool quiet = false;
   bool strict = false;
   bool salvage = false;
-  std::uint64_t maxMemory = std::uint64_t{1} << 30;  // in bytes; 0 is no limit
+
+  // Limits of one notebook; 0 is none.
+  std::uint64_t maxMemory = std::uint64_t{1} << 30;             // in bytes
+  std::optional<std::uint64_t> maxOutput;                       // in bytes; see defaultMaxOutput
+  std::chrono::milliseconds maxTime = std::chrono::minutes(1);  // of the processor
 
   // Rows: csv and text.
   bool skipEmpty = false;

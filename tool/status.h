@@ -16,7 +16,7 @@ enum class Status : int {
   kNotANotebook = 3,  // another kind of file
   kRefused = 4,       // protected by a password
   kDamaged = 5,       // cut short, or its records cannot be followed
-  kLimit = 6,         // --max-memory or the machine's memory was not enough, or too many worksheets
+  kLimit = 6,         // the machine's memory was not enough, or a limit was reached (limits.h)
 };
 
 // One file failed. `reason` is one line, fit to follow "qps: FILE: ".

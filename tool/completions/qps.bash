@@ -5,7 +5,7 @@ _qps() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local command=${COMP_WORDS[1]} i
   local common='--help --sheet --files0-from --output-dir --encoding --strict --salvage
-    --max-memory --quiet'
+    --max-memory --max-output --max-time --quiet'
   COMPREPLY=()
 
   if ((COMP_CWORD == 1)); then
@@ -33,7 +33,7 @@ _qps() {
       mapfile -t COMPREPLY < <(compgen -W 'tab' -- "$current")
       return
       ;;
-    --sheet | --max-memory | --separator)
+    --sheet | --max-memory | --max-output | --max-time | --separator)
       return
       ;;
   esac

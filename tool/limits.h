@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+//
+// What one notebook may cost. A few bytes of a file can ask for very much (a record of ten bytes
+// names 65,536 row heights, two cells in opposite corners make 16 MB of separators), so that each
+// quantity that is not bounded by the file's size has a limit. Above it is Status::kLimit.
+#ifndef QPSREADER_TOOL_LIMITS_H
+#define QPSREADER_TOOL_LIMITS_H
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+
+namespace qps {
+
+// A notebook numbers its worksheets with one byte.
+constexpr std::ptrdiff_t kMostSheets = 256;
+
+// A worksheet has 65,536 rows; a file may give the height of each more than once.
+constexpr std::uint64_t kMostRowHeightsOfSheet = std::uint64_t{4} << 16;
+
+// Of all worksheets together: those of 32 worksheets whose rows are all set by one record, and one
+// for each byte of the file, in which no row by itself takes less than eight.
+constexpr std::uint64_t mostRowHeights(std::uint64_t fileBytes) {
+  return (std::uint64_t{32} << 16) + fileBytes;
+}
+
+// Unless --max-output says something else. A cell takes at least ten bytes of the file, and what is
+// printed of it with its style is about fifty times as much.
+constexpr std::uint64_t defaultMaxOutput(std::uint64_t fileBytes) {
+  return (std::uint64_t{64} << 20) + 256 * fileBytes;
+}
+
+// The processor time that this process has spent since the construction.
+class TimeLimit {
+ public:
+  explicit TimeLimit(std::chrono::milliseconds limit);
+
+  // Throws Failure when the limit is passed. A system call: not for each cell.
+  void check() const;
+
+ private:
+  std::chrono::milliseconds limit_;  // 0 is none
+  std::chrono::nanoseconds start_;
+};
+
+}  // namespace qps
+
+#endif  // QPSREADER_TOOL_LIMITS_H
