@@ -17,8 +17,13 @@ ODD = notebook(sheet(label(0, 0, b'a"b'), label(1, 0, b"c,d"), label(2, 0, b"e\n
                      label(0, 1, b"caf\xe9 \x80"), label(1, 1, b"  pad "), label(2, 1, b"")))
 FORMULAS = notebook(sheet(*[label(0, i, text) for i, text in enumerate([
     b"=1+1", b"@SUM(A1)", b"+A1", b"-cmd|' /C calc'!A0", b"\tx", b"-1+cmd|'x'!A0", b"+-A1",
-    b"-5", b"-1,234.50", b"-1.5E+03", b"-$5", b"-20%", b"--", b"-3 kg", b"a=b"])]))
-CONTROLS = notebook(sheet(label(0, 0, b"\x1b[31mred\x07"), label(1, 0, b"tab\there"), name=b"\x1b"))
+    b"-5", b"-1,234.50", b"-1.5E+03", b"-$5", b"-20%", b"--", b"-3 kg", b"a=b",
+    b"a;=1;b;-5", b"a\n=1\n\nb", b"a,=1", b"a\t+b"])]))
+WIDE_FORMULAS = notebook(sheet(*[label(0, i, text.encode()) for i, text in enumerate(
+    ["\uff1d1", "\uff0b1", "\uff0d1", "\uff201", "\uff01"])]))
+CONTROLS = notebook(sheet(label(0, 0, b"\x1b[31mred\x07"), label(1, 0, b"tab\there"),
+                          label(0, 1, b"\x7f\x9b\xa0"), name=b"\x1b"))
+BYTES = notebook(sheet(label(0, 0, bytes(range(0x7E, 0xA1)))))
 HIDDEN = notebook(sheet(record(222, b"\x06"), record(220, b"\x10\x01"), blank(3, 9), label(1, 2, b"x"),
                         name=b"Budget", columns=7, rows=10))
 EMPTY_SHEET = notebook(sheet(), sheet(label(0, 0, b"x"), number=1))
@@ -42,14 +47,22 @@ CASES = [
     (PLAIN, ["csv", "--crlf", "--bom"], "\ufeffX,Y\r\n1,-5\r\n"),
     (ODD, ["csv"], '"a""b","c,d","e\nf"\ncaf\u00e9 \u20ac,  pad ,\n'),
     (ODD, ["csv", "--trim"], '"a""b","c,d","e\nf"\ncaf\u00e9 \u20ac,pad,\n'),
-    (ODD, ["csv", "--encoding", "cp850"], '"a""b","c,d","e\nf"\ncaf\u00da \u00c7,  pad ,\n'),
+    (BYTES, ["csv", "--encoding", "Latin1"], "".join(map(chr, range(0x7E, 0xA1))) + "\n"),
     (FORMULAS, ["csv", "--csv-safe"],
      "'=1+1\n'@SUM(A1)\n'+A1\n'-cmd|' /C calc'!A0\n'\tx\n'-1+cmd|'x'!A0\n'+-A1\n-5\n\"-1,234.50\"\n"
-     "-1.5E+03\n-$5\n-20%\n--\n-3 kg\na=b\n"),
+     "-1.5E+03\n-$5\n-20%\n--\n-3 kg\na=b\n"
+     "a;'=1;b;-5\n\"a\n'=1\n\nb\"\n\"a,=1\"\na\t'+b\n"),
+    (FORMULAS, ["csv", "--csv-safe", "--delimiter", ";", "--sheet", "1"],
+     "'=1+1\n'@SUM(A1)\n'+A1\n'-cmd|' /C calc'!A0\n'\tx\n'-1+cmd|'x'!A0\n'+-A1\n-5\n-1,234.50\n"
+     "-1.5E+03\n-$5\n-20%\n--\n-3 kg\na=b\n"
+     "\"a;=1;b;-5\"\n\"a\n'=1\n\nb\"\na,'=1\na\t'+b\n"),
+    (WIDE_FORMULAS, ["csv", "--csv-safe", "--encoding", "utf-8"],
+     "'\uff1d1\n'\uff0b1\n'\uff0d1\n'\uff201\n\uff01\n"),
     (EMPTY_SHEET, ["csv"], "\nx\n"),
     (GAPS, ["text"], "=== A ===\n\n\ta\tb\n\n\n\t\tlast\n"),
     (GAPS, ["text", "--skip-empty"], "=== A ===\n\ta\tb\n\t\tlast\n"),
-    (CONTROLS, ["text"], "=== \u241b ===\n\u241b[31mred\u2407\ttab\u2409here\n"),
+    (CONTROLS, ["text"], "=== \u241b ===\n\u241b[31mred\u2407\ttab\u2409here\n\u2421\u203a\u00a0\n"),
+    (CONTROLS, ["csv"], "\x1b[31mred\x07,tab\there\n\x7f\u203a\u00a0,\n"),
     (TEXTS, ["text"], "notebook text 38: Header\nnotebook text 37: Footer\n=== A ===\nx\n"),
     (HIDDEN, ["sheets"],
      "number\tname\trows\tcolumns\tused\tcells\tblank cells\thidden rows\thidden columns\toffset\n"
@@ -104,12 +117,31 @@ class Commands(ToolTest):
                   for text in texts] + [""] * (len(texts) % 2)
         self.assertEqual(output, "".join(f"{a},{b}\n" for a, b in zip(quoted[::2], quoted[1::2])))
 
-    def test_east_asian_encoding(self):
+    def test_undefined_bytes_of_the_built_in_encodings(self):
+        for name, python, undefined in (("windows-1252", "cp1252", 5), ("us-ascii", "ascii", 33)):
+            result = run("csv", "--encoding", name, self.file(BYTES))
+            text = bytes(range(0x7E, 0xA1)).decode(python, "replace")
+            self.assertEqual(result.stdout.decode(), text + "\n")
+            self.assertIn(f"warning: {undefined} bytes are not defined in {name}", result.stderr.decode())
+
+    def test_encodings_of_the_system(self):
         text = "\u8868\u683c, \u4e88\u7b97"  # the first has a backslash for its second byte
-        data = notebook(sheet(label(0, 0, text.encode("cp932")), label(1, 0, b"\x82")))
-        result = run("csv", "--encoding", "CP932", self.file(data))
-        self.assertEqual(result.stdout.decode(), f'"{text}",\ufffd\n')
-        self.assertIn(b"warning: 1 byte is not defined in CP932", result.stderr)
+        for encoding, texts, expected, undefined in (
+                ("cp850", [b"caf\xe9 \x80"], "caf\u00da \u00c7\n", 0),
+                ("CP932", [text.encode("cp932"), b"\x82"], f'"{text}"\n\ufffd\n', 1),
+                ("ISO-2022-CN-EXT", [b"\x0e", b"a\x0eb"], "\ufffd\na\ufffd\n", 2)):
+            path = self.file(notebook(sheet(*[label(0, i, text) for i, text in enumerate(texts)])))
+            result = run("csv", "--encoding", encoding, path)
+            if result.returncode == 2:
+                continue  # the system's converters are missing
+            self.assertEqual((result.returncode, result.stdout.decode()), (0, expected), encoding)
+            self.assertEqual(result.stderr.decode().count(f"warning: {undefined} byte"), min(undefined, 1))
+
+    def test_json_holds_no_byte_that_a_terminal_would_obey(self):
+        out = self.output(CONTROLS, "json", "--encoding", "latin1")
+        self.assertEqual([c for c in out if ord(c) < 0x20 or 0x7F <= ord(c) < 0xA0], ["\n"] * 4)
+        texts = [json.loads(line)["text"] for line in out.splitlines()[1:]]
+        self.assertEqual(texts, ["\x1b[31mred\x07", "tab\there", "\x7f\x9b\xa0"])
 
     def test_corner_cells_cost_what_two_cells_cost(self):
         sheets = [sheet(label(0, 0, b"a"), label(255, 65535, b"z"), number=n) for n in range(50)]

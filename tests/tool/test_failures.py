@@ -2,11 +2,12 @@
 # What happens when something is wrong: the exit status, one line on standard error that says which
 # file and why, and nothing on standard output that could be taken for a result.
 import os
+import resource
 import signal
 import subprocess
 import unittest
 
-from notebooks import EXAMPLE, QPS, ToolTest, label, notebook, record, run, sheet, style
+from notebooks import EXAMPLE, QPS, ToolTest, font, label, notebook, record, run, sheet, style
 
 GOOD = notebook(sheet(label(0, 0, b"x")))
 TWO = notebook(sheet(label(0, 0, b"first")), sheet(label(0, 0, b"second"), number=1))
@@ -14,8 +15,13 @@ CUT = TWO[:-30]
 UNDEFINED = notebook(sheet(label(0, 0, b"x")), sheet(label(0, 0, b"\x81\x8d"), number=1))
 TWICE = notebook(sheet(label(0, 0, b"x"), label(0, 0, b"y")))
 NO_END = notebook(sheet(label(0, 0, b"x")), sheet(label(0, 0, b"y"), number=1)[:-4])
-ROW_RANGES = notebook(sheet(*[record(261, b"\0\0\xfe\xff" + bytes([n % 200 + 1, 0]))
-                              for n in range(400)], label(0, 0, b"x")))
+ALL_ROWS = [record(261, b"\0\0\xff\xff" + bytes([n + 1, 0])) for n in range(40)]  # their heights
+ROWS = notebook(sheet(*ALL_ROWS, label(0, 0, b"x")))
+ROWS_OF_MANY = notebook(*[sheet(ALL_ROWS[0], label(0, 0, b"x"), number=n) for n in range(50)])
+NESTED = notebook(*[sheet(number=n)[:-4] for n in range(256)], *ALL_ROWS, label(0, 0, b"x"), record(203))
+CORNERS = notebook(*[sheet(label(255, 65535, b"z"), number=n) for n in range(20)])
+DEFINED = notebook(*[sheet(label(0, 0, b"x"), number=n) for n in range(256)],
+                   definitions=font() + style() * 60000)
 LARGE = notebook(sheet(*[label(c, r, b"x" * 100) for r in range(2000) for c in range(20)]))
 
 CROWD = notebook(*[sheet(label(0, 0, b"x"), number=n % 256) for n in range(300)])
@@ -35,6 +41,12 @@ CASES = [
     (GOOD[:-4], [], 5, "cut short"),
     (NO_END, [], 5, "end record"),
     (LARGE, ["--max-memory", "1M"], 6, "memory limit"),
+    (LARGE, ["--max-output", "3M"], 6, "limit of output"),
+    (ROWS, [], 6, "more row heights"),
+    (ROWS_OF_MANY, [], 6, "more row heights"),
+    (NESTED, ["--salvage"], 6, "more row heights"),
+    (CORNERS, [], 6, "limit of output"),
+    (DEFINED, ["--max-time", "0.1"], 6, "time limit was reached: 100 ms"),
     (CROWD, [], 6, "lists 300 worksheets"),
     (GOOD, ["--sheet", "Budget"], 1, "no worksheet is named 'Budget'"),
     (GOOD, ["--sheet", "2"], 1, "there is no worksheet 2"),
@@ -48,6 +60,7 @@ USAGE = [
     ["csv", "--delimiter", '"', "x"], ["csv", "--delimiter", "", "x"], ["csv", "--encoding", "klingon", "x"],
     ["csv", "--encoding", "UTF-16LE", "x"], ["csv", "--encoding", "cp1252//IGNORE", "x"],
     ["csv", "--max-memory", "lots", "x"], ["csv", "--max-memory", "99999999999T", "x"],
+    ["csv", "--max-output", "", "x"], ["csv", "--max-time", "1m", "x"], ["csv", "--max-time", "-1", "x"],
     ["csv", "--files0-from", "-", "x"], ["csv", "--files0-from", "/nonexistent/list"],
     ["csv", "--output-dir", "", "x"], ["text", "--crlf", "x"], ["csv", "--sheet"],
 ]
@@ -89,9 +102,52 @@ class Failures(ToolTest):
         result = run("csv", "--salvage", self.file(NO_END))
         self.assertEqual((result.returncode, result.stdout), (5, b"x\n\ny\n"))
 
-    def test_rows_without_end_hit_the_limit(self):
-        path = self.file(ROW_RANGES)
-        self.assert_fails(run("sheets", "--max-memory", "100M", path), path, 6, "memory limit")
+    def test_small_files_cannot_make_much(self):
+        for data in (ROWS, ROWS_OF_MANY, NESTED, CORNERS):
+            for command in ALL_COMMANDS:
+                result = run(command, "--salvage", "--max-memory", "60M", self.file(data))
+                self.assertIn(result.returncode, (0, 6), command)
+                self.assertLess(len(result.stdout), 30_000_000, command)
+                self.assertNotIn(b"memory", result.stderr)
+
+    def test_a_limit_of_output_counts_exactly_and_leaves_nothing(self):
+        path, out = self.file(LARGE), self.path("out")
+        for command in ALL_COMMANDS:
+            size = len(run(command, path).stdout)
+            self.assertEqual(len(run(command, "--max-output", str(size), path).stdout), size)
+            self.assert_fails(run(command, "--max-output", str(size - 1), path), path, 6, "limit of output")
+        result = run("csv", "--output-dir", out, "--max-output", "10", self.file(TWO))
+        self.assertEqual((result.returncode, os.listdir(out)), (6, []))
+
+    def test_standard_input_counts_towards_the_memory_limit(self):
+        for limit, status in (("1M", 6), (str(len(LARGE)), 6), ("5M", 6), ("20M", 0)):
+            result = run("csv", "--max-memory", limit, "-", stdin=LARGE)
+            self.assertEqual((result.returncode, len(result.stdout) > 0), (status, status == 0), limit)
+
+    def test_lists_that_cannot_be_read(self):
+        for source, reason in ((self.folder, "Is a directory"),
+                               (self.file(b"x" * 70000, "list"), "not a list of names")):
+            result = run("csv", "--files0-from", source)
+            self.assertEqual((result.returncode, result.stdout), (1, b""))
+            self.assertEqual(result.stderr.decode().split(": ")[:3], ["qps", "--files0-from", source])
+            self.assertIn(reason, result.stderr.decode())
+        for args in (["--files0-from", "-"], ["-"]):
+            closed = subprocess.run(["sh", "-c", 'exec "$@" <&-', "sh", *QPS, "csv", *args],
+                                    stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60, check=False)
+            self.assertEqual((closed.returncode, closed.stdout), (1, b""))
+            self.assertIn(b"Bad file descriptor", closed.stderr)
+
+    def test_a_named_pipe_is_not_waited_for(self):
+        os.mkfifo(self.path("pipe"))
+        self.assert_fails(run("csv", self.path("pipe")), self.path("pipe"), 1, "named pipe")
+
+    def test_too_little_memory_ends_in_words(self):
+        path = self.file(LARGE)
+        for megabytes in range(8, 64, 2):
+            result = run("csv", path, self.path("missing"), preexec_fn=lambda: resource.setrlimit(
+                resource.RLIMIT_AS, (megabytes << 20, megabytes << 20)))
+            if b"qps: " in result.stderr:  # otherwise the program was not even loaded
+                self.assertIn(result.returncode, (1, 6), (megabytes, result.stderr))
 
     def test_of_too_many_worksheets_some_can_be_chosen(self):
         result = run("csv", "--sheet", "299", self.file(CROWD))

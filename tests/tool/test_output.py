@@ -15,7 +15,7 @@ from notebooks import EXAMPLE, QPS, ToolTest, label, notebook, run, sheet
 ONE = notebook(sheet(label(0, 0, b"one")))
 TWO = notebook(sheet(label(0, 0, b"two")))
 NAMES = [b"Budget", b"budget", b"../../etc/passwd", b"a/b\\c:d*e?f\"g<h>i|j", b"..", b"CON", b"",
-         b"tab\there", b" ", b"caf\xe9", b"Budget~2"]
+         b"tab\there", b" ", b"caf\xe9", b"Budget~2", b"CAF\xc9"]
 LONG = [b"x" * 60, b"\xe9" * 62]
 
 
@@ -88,7 +88,7 @@ class OutputTest(ToolTest):
             "book.wb2.Budget.csv", "book.wb2.budget~2.csv", "book.wb2._._.._etc_passwd.csv",
             "book.wb2.a_b_c_d_e_f_g_h_i_j.csv", "book.wb2.__.csv", "book.wb2._CON.csv",
             "book.wb2.sheet 7.csv", "book.wb2.tab\u2409here.csv", "book.wb2._.csv",
-            "book.wb2.caf\u00e9.csv", "book.wb2.Budget~2~2.csv", f"book.wb2.{'x' * 60}.csv",
+            "book.wb2.caf\u00e9.csv", "book.wb2.CAF\u00c9~2.csv", "book.wb2.Budget~2~2.csv", f"book.wb2.{'x' * 60}.csv",
             f"book.wb2.{chr(0xe9) * 50}.csv"]))
 
     def test_nothing_follows_a_link_out_of_the_folder(self):
@@ -121,6 +121,14 @@ class OutputTest(ToolTest):
     def test_an_output_folder_that_is_none(self):
         result = run("csv", "--output-dir", self.file(b"", "file"), self.file(ONE))
         self.assertEqual((result.returncode, result.stdout), (2, b""))
+
+    def test_a_terminal_gets_no_orders(self):
+        path = self.file(notebook(sheet(label(0, 0, b"\x1b[31m,\x7f\r\n"))))
+        master, slave = pty.openpty()
+        subprocess.run([*QPS, "csv", path], stdout=slave, timeout=60, check=True)
+        os.close(slave)
+        self.assertEqual(os.read(master, 1000).decode(), '"\u241b[31m,\u2421\u240d\u240a"\r\n')
+        os.close(master)
 
     def test_progress_shows_on_a_terminal_after_a_second(self):
         path = self.file(ONE)
