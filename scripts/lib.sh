@@ -9,7 +9,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 # What a build of the release preset takes, and what its tests take beyond that.
 # shellcheck disable=SC2034
-buildPackages=(cmake ninja-build g++ libcli11-dev libgmock-dev libgtest-dev rapidjson-dev)
+buildPackages=(cmake ninja-build g++ libcli11-dev libgmock-dev libgtest-dev libseccomp-dev
+  rapidjson-dev)
 # shellcheck disable=SC2034
 testPackages=(pkg-config python3)
 

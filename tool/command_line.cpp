@@ -15,6 +15,7 @@
 #include <vector>
 
 #include <qpsreader/version.h>
+#include "tool/sandbox.h"
 #include "tool/status.h"
 
 namespace qps {
@@ -149,6 +150,9 @@ constexpr OptionRow kOptions[] = {
      [](Settings& s, const std::string& value) { s.maxTime = parseSeconds(value); }},
     {"--quiet", nullptr, kEvery, "No warnings and no progress; failures are still reported",
      [](Settings& s, const std::string&) { s.quiet = true; }},
+    {"--no-sandbox", nullptr, kEvery,
+     "Keep the powers that this program gives up before it reads a notebook (see --version)",
+     [](Settings& s, const std::string&) { s.sandbox = false; }},
     {"--skip-empty", nullptr, kRows, "Leave out rows in which nothing shows",
      [](Settings& s, const std::string&) { s.skipEmpty = true; }},
     {"--trim", nullptr, kRows, "Remove blanks at both ends of each text",
@@ -245,7 +249,10 @@ Invocation parseCommandLine(int argc, const char* const* argv) {
   app.allow_windows_style_options(false);  // "/name" is a file everywhere
   app.formatter(std::make_shared<HelpFormatter>());
   app.footer("'qps COMMAND --help' lists the options of a command.");
-  app.set_version_flag("--version", "qps " QPSREADER_VERSION_STRING, "Print the version and exit");
+  app.set_version_flag(
+      "--version",
+      [] { return "qps " QPSREADER_VERSION_STRING "\nsandbox: " + enterSandbox("").description(); },
+      "Print the version and the sandbox that this system allows, and exit");
   app.set_help_flag("-h,--help", "Print this help and exit");
   app.require_subcommand(0, 1);  // none is our own message
 

@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "tool/run.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
+#include <initializer_list>
 #include <new>
 #include <optional>
 #include <string>
 #include <system_error>
 #include <utility>
 
+#include <qpsreader/ole_interface.h>
+#include "host/library_loader.hpp"
+#include "tool/command_line.h"
 #include "tool/document.h"
 #include "tool/encoding.h"
 #include "tool/inputs.h"
@@ -17,10 +23,24 @@
 #include "tool/output_bound.h"
 #include "tool/output_names.h"
 #include "tool/progress.h"
+#include "tool/sandbox.h"
 #include "tool/text_forms.h"
 
 namespace qps {
 namespace {
+
+// One line on standard error: "qps: " and the parts, made safe for a terminal. Where there is no
+// memory for the line it says that.
+void printError(std::initializer_list<std::string_view> parts) {
+  try {
+    std::string line = "qps: ";
+    for (const std::string_view part : parts)
+      appendVisible(part, line);
+    std::fputs((line + "\n").c_str(), stderr);
+  } catch (const std::bad_alloc&) {
+    std::fputs("qps: the machine has not enough memory\n", stderr);
+  }
+}
 
 class FileLoop {
  public:
@@ -59,6 +79,10 @@ Status FileLoop::run() {
     std::error_code error;
     std::filesystem::create_directories(settings_.outputDir, error);
     if (error) throw UsageError{"--output-dir: " + settings_.outputDir + ": " + error.message()};
+  }
+  if (settings_.sandbox) {
+    loadLibraryByName(OLE_LIBRARY_NAME);
+    enterSandbox(settings_.outputDir);
   }
   try {
     while (const auto file = inputs.next()) {
@@ -153,18 +177,25 @@ void FileLoop::fail(const std::string& file, Status status, std::string_view rea
 
 }  // namespace
 
-Status runCommand(const Command& command, const Settings& settings) {
-  return FileLoop(command, settings).run();
-}
-
-void printError(std::initializer_list<std::string_view> parts) {
+Status runTool(int argc, const char* const* argv) {
   try {
-    std::string line = "qps: ";
-    for (const std::string_view part : parts)
-      appendVisible(part, line);
-    std::fputs((line + "\n").c_str(), stderr);
+    const Invocation invocation = parseCommandLine(argc, argv);
+    if (invocation.command != nullptr)
+      return FileLoop(*invocation.command, invocation.settings).run();
+    Output out(stdout);
+    out.write(invocation.text);
+    out.flush();
+    return Status::kOk;
+  } catch (const UsageError& error) {
+    printError({error.reason});
+    return Status::kUsage;
+  } catch (const WriteError& error) {
+    // A reader that has closed its pipe has what it wanted, and needs no message.
+    if (error.error != EPIPE) printError({"standard output: ", std::strerror(error.error)});
+    return Status::kFailed;
   } catch (const std::bad_alloc&) {
-    std::fputs("qps: the machine has not enough memory\n", stderr);
+    printError({"the machine has not enough memory"});
+    return Status::kLimit;
   }
 }
 

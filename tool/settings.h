@@ -42,6 +42,8 @@ struct Settings {
   bool csvSafe = false;
   std::string separator = "\n";  // between the worksheets of one stream
 
+  bool sandbox = true;
+
   bool manyFiles() const { return files.size() > 1 || !files0From.empty(); }
 };
 

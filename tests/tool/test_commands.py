@@ -34,6 +34,7 @@ TEXTS = notebook(sheet(label(0, 0, b"x")),
 # notebook, arguments, standard output
 CASES = [
     (PLAIN, ["csv"], "X,Y\n1,-5\n"),
+    (PLAIN, ["csv", "--no-sandbox"], "X,Y\n1,-5\n"),
     (TWO, ["csv"], "first\n\nsecond\n"),
     (TWO, ["csv", "--separator", r"\f--\n"], "first\n\f--\nsecond\n"),
     (TWO, ["csv", "--sheet", "Budget"], "first\n"),

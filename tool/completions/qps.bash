@@ -5,7 +5,7 @@ _qps() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local command=${COMP_WORDS[1]} i
   local common='--help --sheet --files0-from --output-dir --encoding --strict --salvage
-    --max-memory --max-output --max-time --quiet'
+    --max-memory --max-output --max-time --no-sandbox --quiet'
   COMPREPLY=()
 
   if ((COMP_CWORD == 1)); then

@@ -26,6 +26,7 @@ complete -c qps -n "$after" -l salvage -d 'Print what can be read of a damaged n
 complete -c qps -n "$after" -x -l max-memory -d 'Give up beyond so many bytes'
 complete -c qps -n "$after" -x -l max-output -d 'Give up beyond so many bytes of output'
 complete -c qps -n "$after" -x -l max-time -d 'Give up beyond so many seconds of the processor'
+complete -c qps -n "$after" -l no-sandbox -d 'Keep the powers that are not needed'
 complete -c qps -n "$after" -l quiet -d 'No warnings and no progress'
 
 complete -c qps -n "$rows" -l skip-empty -d 'Leave out rows in which nothing shows'
