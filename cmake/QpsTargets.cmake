@@ -3,10 +3,27 @@
 # of a project that embeds this one.
 include(CheckPIESupported)
 check_pie_supported()
+include(CheckCXXCompilerFlag)
+include(CheckCXXSourceCompiles)
 
 # Sanitizers bring their own checks and their own way of resolving symbols.
 if(CMAKE_CXX_FLAGS MATCHES "-fsanitize")
   set(QPS_SANITIZED TRUE)
+endif()
+
+# What the compiler has of guards against a program that is led astray: their flags, each tried once.
+if(NOT WIN32)
+  foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection)
+    string(MAKE_C_IDENTIFIER "QPS_HAS${flag}" known)
+    check_cxx_compiler_flag(${flag} ${known})
+    if(${known})
+      list(APPEND QPS_GUARDS ${flag})
+    endif()
+  endforeach()
+  # Its third level also checks sizes that are only known when the program runs.
+  set(CMAKE_REQUIRED_FLAGS "-O2 -Werror -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
+  check_cxx_source_compiles("#include <cstdio>\nint main() {}" QPS_HAS_FORTIFY_3)
+  unset(CMAKE_REQUIRED_FLAGS)
 endif()
 
 # Warnings for our own code; they are errors where QPSREADER_WERROR is on (every preset), and never
@@ -24,11 +41,12 @@ function(qps_set_hardening target)
   if(WIN32)
     return()
   endif()
-  target_compile_options(${target} PRIVATE -fstack-protector-strong)
+  target_compile_options(${target} PRIVATE ${QPS_GUARDS})
   target_link_options(${target} PRIVATE
     -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
   if(NOT QPS_SANITIZED)
-    set(hardening -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+    set(hardening -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=$<IF:$<BOOL:${QPS_HAS_FORTIFY_3}>,3,2>
+      -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
     target_compile_options(${target} PRIVATE
       "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:${hardening}>")
     target_link_options(${target} PRIVATE -Wl,--no-undefined)
@@ -46,6 +64,12 @@ function(qps_set_product target)
   target_compile_definitions(${target} PRIVATE $<$<BOOL:${WIN32}>:QPS_STATIC>)
   qps_set_warnings(${target})
   qps_set_hardening(${target})
+endfunction()
+
+# The standard library checks indices and the like, release builds included: a fault of ours in host or
+# tool then ends the program instead of leading it astray. By either library's own name for it.
+function(qps_set_checked target)
+  target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS _LIBCPP_ENABLE_ASSERTIONS=1)
 endfunction()
 
 # Code that stays within the reader's means: the standard library without exceptions, RTTI, a heap
@@ -148,6 +172,7 @@ function(qps_add_host_library)
   target_compile_features(qpshost INTERFACE cxx_std_20)
   target_link_libraries(qpshost PUBLIC ${CMAKE_DL_LIBS})
   qps_set_product(qpshost)
+  qps_set_checked(qpshost)
   qps_set_public_includes(qpshost)
 
   foreach(suffix "" _static)

@@ -56,7 +56,7 @@ class Stops {
 
 static_assert(TextArena::kReadableBehind >= sizeof(std::uint64_t));
 
-void copyToStop(const Stops& stops, const char*& from, char*& to, const char* limit) {
+inline void copyToStop(const Stops& stops, const char*& from, char*& to, const char* limit) {
   std::size_t count;
   do {
     count = stops.copyEight(to, from);

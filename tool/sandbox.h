@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What a notebook could make of this program if it found a fault in it: before the first byte of one
-// is read, the program gives up what it does not need for that.
+// What a notebook could make of this program if it found a fault in it: before the first byte of
+// one is read, the program gives up what it does not need for that.
 #ifndef QPSREADER_TOOL_SANDBOX_H
 #define QPSREADER_TOOL_SANDBOX_H
 
