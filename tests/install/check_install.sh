@@ -27,7 +27,10 @@ if [ "$build" = system ]; then
 elif [ "$way" = package ] || [ "$way" = pkg-config ]; then
   cmake --install "$build" --prefix "$work/first" > /dev/null
   mv first installed
-  grep -rIlF -e "$work/first" -e "$source" -e "$build" installed && fail "paths of the build"
+  # A path ends where no further character of a name follows: /q does not occur in /qpsreader.
+  for path in "$work/first" "$source" "$build"; do
+    grep -rlaP "(?<![\w.-])\Q$path\E(?![\w.-])" installed && fail "paths of the build"
+  done
   libraries=$(dirname "$(find "$work/installed" -name libqpsreader.so)")
   export PKG_CONFIG_PATH=$libraries/pkgconfig
 fi
