@@ -7,12 +7,12 @@ set -euo pipefail
 calledFrom=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-# What a build of the release preset takes, and what its tests take beyond that.
+# What a build of the release preset takes, and what the short form of the tests takes beyond that.
 # shellcheck disable=SC2034
 buildPackages=(cmake ninja-build g++ libcli11-dev libgmock-dev libgtest-dev libseccomp-dev
   rapidjson-dev)
 # shellcheck disable=SC2034
-testPackages=(pkg-config python3)
+testPackages=(clang-format-14 locales pkg-config python3 python3-html5lib python3-jsonschema)
 
 die() {
   printf '%s: %s\n' "${0##*/}" "$*" >&2
@@ -64,4 +64,17 @@ buildPreset() {
   shift
   quietly "$preset-configure" cmake --preset "$preset" &&
     quietly "$preset-build" cmake --build --preset "$preset" ${1:+--target "$@"} -- -k 0
+}
+
+# The archive that this Debian system takes its packages from; nothing elsewhere.
+debianMirror() {
+  # shellcheck disable=SC2016
+  apt-get indextargets --format '$(REPO_URI)' 'Identifier: Packages' 'Origin: Debian' 2> /dev/null | head -n 1
+}
+
+# freshSystem ROOT PACKAGES CACHE: a minimal Debian system of this one's release with these packages
+# in the empty folder ROOT. Downloads stay in the folder CACHE.
+freshSystem() {
+  quietly debootstrap debootstrap --variant=minbase --cache-dir="$3" --include="$2" \
+    "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$1" "$(debianMirror)"
 }

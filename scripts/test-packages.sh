@@ -15,7 +15,7 @@ first=$out/first second=$out/another-folder/second
 commit=$(git rev-parse HEAD)
 rm -rf "$out"
 
-projectVersion=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+projectVersion=$(sed -n 's/^#define QPSREADER_VERSION_[A-Z]* \([0-9]*\)$/\1/p' include/qpsreader/version.h | paste -sd .)
 packageVersion=$(dpkg-parsechangelog -S Version)
 [ "${packageVersion%-*}" = "$projectVersion" ] || die "debian/changelog names $packageVersion"
 
@@ -39,17 +39,6 @@ done
 echo "== lintian"
 lintian --allow-root --fail-on error,warning "$first"/*.changes
 
-# freshSystem NAME PACKAGES: a minimal system with these Debian packages at $out/NAME. What was
-# downloaded serves the next one too.
-mkdir "$out/downloads"
-freshSystem() {
-  local mirror
-  # shellcheck disable=SC2016
-  mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Identifier: Packages' 'Origin: Debian' | head -n 1)
-  quietly debootstrap debootstrap --variant=minbase --cache-dir="$out/downloads" --include="$2" \
-    "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$out/$1" "$mirror"
-}
-
 # install ROOT PACKAGE...: these packages of the first build.
 install() {
   local root=$1 package
@@ -60,7 +49,8 @@ install() {
 
 echo "== the tool in a fresh system"
 root=$out/tool
-freshSystem tool libstdc++6
+mkdir "$out/downloads"
+freshSystem "$root" libstdc++6 "$out/downloads"
 install "$root" libqpsreader1 qpsreader-tools
 cp examples/budget.wb[23] "$root"
 for kind in wb2 wb3; do
@@ -74,7 +64,7 @@ rm -rf "$root"
 # All that a programmer has there: a compiler, the packages, and the examples in them.
 echo "== the examples in a fresh system"
 root=$out/development
-freshSystem development g++,make,cmake,pkg-config
+freshSystem "$root" g++,make,cmake,pkg-config "$out/downloads"
 install "$root" libqpsreader1 libqpsreader-dev
 cp -r tests/install "$root/check"
 for way in package pkg-config; do
