@@ -21,7 +21,7 @@
 #define QPSREADER_VERSION_H
 
 #define QPSREADER_VERSION_MAJOR 1
-#define QPSREADER_VERSION_MINOR 0
+#define QPSREADER_VERSION_MINOR 1
 #define QPSREADER_VERSION_PATCH 0
 
 /* The version as a number that grows: 10203 is 1.2.3. */
