@@ -151,29 +151,31 @@ void appendPiece(TextBuffer& out, const DatePiece& piece, const UserDateFields& 
   }
 }
 
-DatePiece literalPiece(std::string_view literal) {
-  return {.source = Source::kLiteral, .literal = literal};
-}
-
 }  // namespace
 
 DateScanner::DateScanner(std::string_view text)
-    : text_(text.substr(0, UINT16_MAX)), dial_(text_.find("AMPM") != std::string_view::npos) {}
+    : rest_(text.substr(0, UINT16_MAX)), dial_(rest_.find("AMPM") != std::string_view::npos) {}
 
 std::optional<DatePiece> DateScanner::next() {
-  if (at_ >= text_.size()) return std::nullopt;
-  if (text_[at_] == kQuote && !afterLiteral_) return takeQuoted();
-  const std::uint32_t row = matchToken(text_.substr(at_));
+  if (rest_.empty()) return std::nullopt;
+  if (rest_.front() == kQuote && !afterLiteral_) return takeQuoted();
+  const std::uint32_t row = matchToken(rest_);
   return row == kNoRow ? takePlain() : takeToken(row);
+}
+
+DatePiece DateScanner::takeLiteral(std::size_t size) {
+  const std::string_view literal = rest_.substr(0, size);
+  rest_.remove_prefix(size);
+  return {.source = Source::kLiteral, .literal = literal};
 }
 
 // 'a''b' is a'b: right after a literal even a quote is an ordinary character.
 DatePiece DateScanner::takeQuoted() {
-  const std::size_t begin = at_ + 1;
-  const std::size_t end = std::min(text_.find(kQuote, begin), text_.size());
-  at_ = end + 1;
+  rest_.remove_prefix(1);
+  const DatePiece piece = takeLiteral(std::min(rest_.find(kQuote), rest_.size()));
+  if (!rest_.empty()) rest_.remove_prefix(1);
   afterLiteral_ = true;
-  return literalPiece(text_.substr(begin, end - begin));
+  return piece;
 }
 
 DatePiece DateScanner::takeToken(std::uint32_t row) {
@@ -182,19 +184,19 @@ DatePiece DateScanner::takeToken(std::uint32_t row) {
   Source source = rule.source;
   if (source == Source::kMonth && afterHour_) source = Source::kMinute;
   if (source == Source::kHour && dial_) source = Source::kDialHour;
-  at_ += static_cast<std::size_t>(define.length);
+  rest_.remove_prefix(static_cast<std::size_t>(define.length));
   afterHour_ = rule.source == Source::kHour;
   afterLiteral_ = false;
   return {source, rule.letters, minDigits(define.format), {}};
 }
 
 DatePiece DateScanner::takePlain() {
-  const std::size_t begin = at_;
+  std::string_view after = rest_;
   do {
-    ++at_;
-  } while (at_ < text_.size() && text_[at_] != kQuote && matchToken(text_.substr(at_)) == kNoRow);
+    after.remove_prefix(1);
+  } while (!after.empty() && after.front() != kQuote && matchToken(after) == kNoRow);
   afterLiteral_ = false;
-  return literalPiece(text_.substr(begin, at_ - begin));
+  return takeLiteral(rest_.size() - after.size());
 }
 
 DateFormat parseDateFormat(std::string_view text) {

@@ -66,10 +66,10 @@ class DateScanner {
  private:
   DatePiece takeToken(std::uint32_t row);
   DatePiece takeQuoted();
+  DatePiece takeLiteral(std::size_t size);
   DatePiece takePlain();
 
-  std::string_view text_;
-  std::size_t at_ = 0;
+  std::string_view rest_;
   bool dial_ = false;          // AMPM occurs: the hours are those of the dial
   bool afterHour_ = false;     // the token before was an hour
   bool afterLiteral_ = false;  // where a quote is an ordinary character
