@@ -81,8 +81,8 @@ case $1 in
     [ "$printed" = "$(cd / && "$2" text "$4")" ] || fail "printed something else"
     ;;
   flags)
-    commands=$(grep '"command":' "$2" | grep -E " -c $3/[a-z_0-9]+\.cpp\"") || fail "no file of $3"
-    for flag in -O[23s] -fstack-protector-strong -D_FORTIFY_SOURCE=2; do
+    commands=$(grep '"command":' "$2" | grep -E " -c $3/[a-z_0-9/]+\.cpp\"") || fail "no file of $3"
+    for flag in -O[23s] -fstack-protector-strong -D_FORTIFY_SOURCE=[23]; do
       if grep -ve " $flag " <<< "$commands"; then fail "compiled without $flag"; fi
     done
     ;;
