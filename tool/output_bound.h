@@ -4,13 +4,13 @@
 
 #include <cstdint>
 
+#include "tool/commands.h"
+
 namespace qps {
 
-struct Document;
-
-// No writer prints more bytes of the document than this. A coarse bound, but found without a look
-// at any cell.
-std::uint64_t outputBound(const Document& document);
+// No writer prints more bytes of a document that was read for this need. A coarse bound, but found
+// without a look at any cell.
+std::uint64_t outputBound(const Document& document, Need need);
 
 }  // namespace qps
 
