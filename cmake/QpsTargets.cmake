@@ -69,7 +69,8 @@ endfunction()
 # The standard library checks indices and the like, release builds included: a fault of ours in host or
 # tool then ends the program instead of leading it astray. By either library's own name for it.
 function(qps_set_checked target)
-  target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS _LIBCPP_ENABLE_ASSERTIONS=1)
+  target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS
+    _LIBCPP_HARDENING_MODE=_LIBCPP_HARDENING_MODE_FAST)
 endfunction()
 
 # Code that stays within the reader's means: the standard library without exceptions, RTTI, a heap
