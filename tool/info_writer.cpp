@@ -22,6 +22,14 @@ std::string versionName(std::uint16_t version) {
   return std::string(text) + writers;
 }
 
+// The format's identifiers in the registry PRONOM.
+const char* pronomName(const NotebookFacts& facts) {
+  if (facts.kind == FileKind::kCompoundNotebook) return "fmt/836";
+  if (facts.formatVersion == 0x1001) return "fmt/834";
+  if (facts.formatVersion == 0x1002) return "fmt/835";
+  return "none";
+}
+
 std::string containerName(const NotebookFacts& facts) {
   if (facts.kind != FileKind::kCompoundNotebook) return "none, records from the first byte";
   return std::string("compound document, stream ") + facts.containerStream;
@@ -67,6 +75,7 @@ void writeInfo(Output& out, const Document& document, std::span<const SheetData>
   line("file", visible(document.name));
   line("kind", fileKindName(facts.kind));
   line("MIME type", fileKindMimeType(facts.kind));
+  line("PRONOM", pronomName(facts));
   line("format version", versionName(facts.formatVersion));
   line("container", containerName(facts));
   line("encoding", document.decoder->name() +

@@ -205,6 +205,9 @@ class Commands(ToolTest):
         facts = dict(line.split(": ", 1) for line in result.stdout.decode().splitlines())
         self.assertEqual(facts["format version"], "4098 (0x1002), of version 6 for Windows")
         self.assertEqual(facts["MIME type"], "application/x-quattropro")
+        for path, name in ((EXAMPLE, "835"), (EXAMPLE[:-1] + "3", "836"),
+                           (self.file(notebook(sheet(), version=0x1001)), "834")):
+            self.assertIn(f"\nPRONOM: fmt/{name}\n", run("info", path).stdout.decode())
         self.assertTrue(facts["worksheets"].startswith("2 (Budget, "))
         self.assertIn("Times New Roman 16 bold", facts["fonts in use"])
 
