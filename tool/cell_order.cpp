@@ -4,12 +4,14 @@
 #include <algorithm>
 
 namespace qps {
+namespace {
 
-std::size_t putInRows(CellList& cells) {
+template <class T>
+std::size_t sortAndKeepLast(PlacedList<T>& cells) {
   std::stable_sort(cells.begin(), cells.end(),
-                   [](const Cell& a, const Cell& b) { return a.place.key() < b.place.key(); });
-  Cell* kept = cells.begin();
-  for (const Cell& cell : cells) {
+                   [](const T& a, const T& b) { return a.place.key() < b.place.key(); });
+  T* kept = cells.begin();
+  for (const T& cell : cells) {
     const bool repeats = kept != cells.begin() && kept[-1].place.key() == cell.place.key();
     if (repeats) --kept;
     *kept++ = cell;
@@ -18,6 +20,16 @@ std::size_t putInRows(CellList& cells) {
   const std::size_t replaced = cells.size() - count;
   cells.setSize(count);
   return replaced;
+}
+
+}  // namespace
+
+std::size_t putInRows(CellList& cells) {
+  return sortAndKeepLast(cells);
+}
+
+std::size_t putInRows(ContentsList& contents) {
+  return sortAndKeepLast(contents);
 }
 
 }  // namespace qps

@@ -13,6 +13,7 @@ namespace qps {
 // Sorts by place, row by row, with a spare copy of at most all cells. Of several cells in one place
 // the last one stays; returns how many others there were.
 std::size_t putInRows(CellList& cells);
+std::size_t putInRows(ContentsList& contents);
 
 }  // namespace qps
 

@@ -23,23 +23,24 @@ namespace {
 
 constexpr Command kCommands[] = {
     {CommandId::kSheets, "sheets", "List the worksheets: names, sizes, used ranges, cells, offsets",
-     Need::kCounts, ".sheets.tsv", false, writeSheets},
+     Need::kCounts, false, ".sheets.tsv", false, writeSheets},
     {CommandId::kInfo, "info", "Describe the notebook: kind, MIME type, version, fonts, styles",
-     Need::kCounts, ".info.txt", false, writeInfo},
+     Need::kCounts, false, ".info.txt", false, writeInfo},
     {CommandId::kText, "text", "Print rows as lines and columns between tabs, for grep and diff",
-     Need::kTexts, ".txt", false, writeText},
-    {CommandId::kCsv, "csv", "Print comma-separated values (RFC 4180, UTF-8)", Need::kTexts, ".csv",
-     true, writeCsv},
-    {CommandId::kJson, "json", "Print JSON Lines: one object for each item, with its style",
-     Need::kItems, ".jsonl", false, writeJson},
-    {CommandId::kHtml, "html", "Print an HTML page that looks like the notebook", Need::kAll,
+     Need::kTexts, false, ".txt", false, writeText},
+    {CommandId::kCsv, "csv", "Print comma-separated values (RFC 4180, UTF-8)", Need::kTexts, false,
+     ".csv", true, writeCsv},
+    {CommandId::kJson, "json", "Print JSON Lines: one object for each item, with value and style",
+     Need::kItems, true, ".jsonl", false, writeJson},
+    {CommandId::kHtml, "html", "Print an HTML page that looks like the notebook", Need::kAll, false,
      ".html", false, writeHtml},
     {CommandId::kItems, "items", "Print every item with its raw fields, for debugging",
-     Need::kItems, ".items.txt", false, writeItems},
+     Need::kItems, false, ".items.txt", false, writeItems},
 };
 
 constexpr unsigned kEvery = ~0U;
 constexpr unsigned kCsvOnly = bitOf(CommandId::kCsv);
+constexpr unsigned kJsonOnly = bitOf(CommandId::kJson);
 constexpr unsigned kRows = bitOf(CommandId::kCsv) | bitOf(CommandId::kText);
 
 struct OptionRow {
@@ -118,6 +119,13 @@ char parseDelimiter(const std::string& text) {
   return value[0];
 }
 
+Hidden parseHidden(const std::string& text) {
+  if (text == "keep") return Hidden::kKeep;
+  if (text == "skip") return Hidden::kSkip;
+  if (text == "mark") return Hidden::kMark;
+  throw UsageError{"--hidden: '" + text + "' is none of keep, skip and mark"};
+}
+
 constexpr OptionRow kOptions[] = {
     {"--sheet", "NAME|NUMBER", kEvery,
      "Only this worksheet, by its name or its number from 1 (repeatable)",
@@ -157,11 +165,23 @@ constexpr OptionRow kOptions[] = {
      [](Settings& s, const std::string&) { s.skipEmpty = true; }},
     {"--trim", nullptr, kRows, "Remove blanks at both ends of each text",
      [](Settings& s, const std::string&) { s.trim = true; }},
+    {"--values", nullptr, kRows,
+     "What cells hold instead of what they show: all digits, dates by ISO 8601; hidden ones too",
+     [](Settings& s, const std::string&) { s.values = true; }},
+    {"--hidden", "keep|skip|mark", kRows,
+     "Hidden rows and columns: keep them (the default), skip them, or keep and mark them with a "
+     "column in front and a record above",
+     [](Settings& s, const std::string& value) { s.hidden = parseHidden(value); }},
+    {"--no-style", nullptr, kJsonOnly, "Leave out alignment, colours, borders and fonts",
+     [](Settings& s, const std::string&) { s.noStyle = true; }},
+    {"--with-source", nullptr, kCsvOnly,
+     "Put the file's and the worksheet's name in front of each record",
+     [](Settings& s, const std::string&) { s.withSource = true; }},
     {"--delimiter", "CHAR", kCsvOnly, "Between columns (default a comma; \\t or tab for a tab)",
      [](Settings& s, const std::string& value) { s.delimiter = parseDelimiter(value); }},
     {"--separator", "TEXT", kCsvOnly,
-     "Between worksheets in one output (default \\n, an empty line; \\f, \\t, \\r and \\\\ as in "
-     "C)",
+     "Between worksheets in one output (default \\n, an empty line; nothing with --with-source; "
+     "\\f, \\t, \\r and \\\\ as in C)",
      [](Settings& s, const std::string& value) { s.separator = parseEscapes(value); }},
     {"--crlf", nullptr, kCsvOnly, "End lines with CR LF",
      [](Settings& s, const std::string&) { s.crlf = true; }},

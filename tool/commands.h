@@ -41,6 +41,7 @@ struct Command {
   const char* name;
   const char* summary;
   Need need;
+  bool contents;          // whether it also needs what the cells hold
   const char* extension;  // of the files in --output-dir, with the dot
   bool filePerSheet;      // there; otherwise one per notebook
   Writer* write;

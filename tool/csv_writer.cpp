@@ -67,13 +67,15 @@ inline void copyToStop(const Stops& stops, const char*& from, char*& to, const c
 
 class CsvWriter {
  public:
-  CsvWriter(Output& out, const Decoder& decoder, const Settings& settings);
+  CsvWriter(Output& out, const Document& document, const Settings& settings);
 
   void write(const SheetData& sheet);
 
  private:
   void writeField(const char* text);
   void writeAnyField(std::string_view text);
+  void writeUtf8Field(std::string_view field);
+  void writeSource();
   void writeEmptyRows(std::uint32_t count);
   void endRow(std::uint32_t column);
 
@@ -83,27 +85,29 @@ class CsvWriter {
   std::string_view lineEnd_;
   Stops stops_;
   Stops stopsInQuotes_;
-  bool copies_;                    // whether any text goes to the output as it is
-  std::uint32_t columnCount_ = 0;  // of the sheet
+  bool copies_;  // whether any text goes to the output as it is
+  std::string file_;
+  const SheetData* sheet_ = nullptr;
   std::string scratch_;
   std::string visible_;
   std::string guarded_;
 };
 
-CsvWriter::CsvWriter(Output& out, const Decoder& decoder, const Settings& settings)
+CsvWriter::CsvWriter(Output& out, const Document& document, const Settings& settings)
     : out_(out),
-      decoder_(decoder),
+      decoder_(*document.decoder),
       settings_(settings),
       lineEnd_(settings.crlf ? "\r\n" : "\n"),
       stops_({settings.delimiter, '"', '\r', '\n'}),
       stopsInQuotes_({'"', '"', '"', '"'}),
-      copies_(!settings.trim && !settings.csvSafe && !out.isTerminal()) {
+      copies_(!settings.trim && !settings.csvSafe && !out.isTerminal()),
+      file_(validUtf8(document.name)) {
   for (unsigned char byte = 1; byte < 0x80; ++byte)
-    copies_ = copies_ && decoder.isPlain(byte);
+    copies_ = copies_ && decoder_.isPlain(byte);
 }
 
 void CsvWriter::write(const SheetData& sheet) {
-  columnCount_ = sheet.shown.lastColumn;
+  sheet_ = &sheet;
   std::uint32_t row = 0;  // the last one that was begun, and the column that it has reached
   std::uint32_t column = 1;
   for (const Cell& cell : sheet.cells) {
@@ -112,6 +116,7 @@ void CsvWriter::write(const SheetData& sheet) {
       if (!settings_.skipEmpty) writeEmptyRows(cell.place.row() - row - 1);
       row = cell.place.row();
       column = 1;
+      if (settings_.withSource) writeSource();
     }
     for (; column < cell.place.column(); ++column)
       out_.put(settings_.delimiter);
@@ -146,7 +151,10 @@ void CsvWriter::writeAnyField(std::string_view text) {
     decoder_.append(text, scratch_);
     field = scratch_;
   }
-  if (settings_.trim) field = trimmed(field);
+  writeUtf8Field(settings_.trim ? trimmed(field) : field);
+}
+
+void CsvWriter::writeUtf8Field(std::string_view field) {
   if (out_.isTerminal()) {
     visible_.clear();
     appendVisible(field, visible_);
@@ -172,16 +180,25 @@ void CsvWriter::writeAnyField(std::string_view text) {
   out_.commit(to);
 }
 
+void CsvWriter::writeSource() {
+  writeUtf8Field(file_);
+  out_.put(settings_.delimiter);
+  writeUtf8Field(sheet_->name);
+  out_.put(settings_.delimiter);
+}
+
 void CsvWriter::writeEmptyRows(std::uint32_t count) {
   if (count == 0) return;
-  scratch_.assign(columnCount_ - 1, settings_.delimiter);
+  scratch_.assign(sheet_->shown.lastColumn - 1, settings_.delimiter);
   scratch_ += lineEnd_;
-  for (; count > 0; --count)
+  for (; count > 0; --count) {
+    if (settings_.withSource) writeSource();
     out_.write(scratch_);
+  }
 }
 
 void CsvWriter::endRow(std::uint32_t column) {
-  for (; column < columnCount_; ++column)
+  for (; column < sheet_->shown.lastColumn; ++column)
     out_.put(settings_.delimiter);
   out_.write(lineEnd_);
 }
@@ -190,11 +207,11 @@ void CsvWriter::endRow(std::uint32_t column) {
 
 void writeCsv(Output& out, const Document& document, std::span<const SheetData> sheets,
               const Settings& settings) {
-  CsvWriter writer(out, *document.decoder, settings);
+  CsvWriter writer(out, document, settings);
   if (settings.bom && !document.follows) out.write(kByteOrderMark);
   bool follows = document.follows;
   for (const SheetData& sheet : sheets) {
-    if (follows) out.write(settings.separator);
+    if (follows) out.write(settings.separator.value_or(settings.withSource ? "" : "\n"));
     writer.write(sheet);
     follows = true;
   }

@@ -5,8 +5,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 #include "tool/cell_order.h"
+#include "tool/cell_value.h"
+#include "tool/hidden_places.h"
 #include "tool/inputs.h"
 #include "tool/limits.h"
 #include "tool/progress.h"
@@ -59,6 +62,9 @@ class Loader {
          const Settings& settings, const TimeLimit& time, Progress& progress)
       : document_(document),
         need_(command.need),
+        contents_(command.contents),
+        values_(settings.values),
+        hidden_(settings.hidden),
         salvage_(settings.salvage),
         trims_(settings.trim),
         time_(time),
@@ -70,8 +76,15 @@ class Loader {
   void meetDamage(const Error& error);
 
  private:
+  template <bool kAsksValue>
+  void takeAll(ItemRange& items, SheetData& sheet);
+  template <bool kAsksValue>
   void take(const Item& item, SheetData& sheet);
-  void takeCell(const SSItemCell& item, SheetData& sheet);
+  template <bool kAsksValue>
+  void takeCell(const Item& item, SheetData& sheet);
+  void takeContents(const CellValue& value, SheetData& sheet);
+  const char* valueText(const CellValue& value);
+  const char* keptText(std::string_view text);
   void takeRowHeight(const Run& height, SheetData& sheet);
   void takeNotebookText(std::uint32_t record, std::string_view text);
   std::uint32_t styleOf(const SSItemCell& item);
@@ -79,6 +92,9 @@ class Loader {
 
   Document& document_;
   Need need_;
+  bool contents_;
+  bool values_;
+  Hidden hidden_;
   bool salvage_;
   bool inRows_ = true;  // the cells of this worksheet came row by row, each place once
   bool trims_;
@@ -88,6 +104,7 @@ class Loader {
   std::uint64_t rowHeightsLeft_;         // of the notebook
   std::uint64_t rowHeightsOfSheet_ = 0;  // so far
   std::uint32_t items_ = 0;
+  std::string value_;
 };
 
 void Loader::readSheet(const Sheet& sheet, std::string name) {
@@ -101,10 +118,12 @@ void Loader::readSheet(const Sheet& sheet, std::string name) {
   time_.check();
 
   const Notebook& notebook = document_.notebook;
-  ItemRange items =
-      need_ == Need::kCounts ? notebook.items(sheet) : notebook.items(sheet, document_.texts);
-  for (const Item& item : items)
-    take(item, data);
+  const bool keepsShown = need_ != Need::kCounts && !values_;
+  ItemRange items = keepsShown ? notebook.items(sheet, document_.texts) : notebook.items(sheet);
+  if (values_ || contents_)
+    takeAll<true>(items, data);
+  else
+    takeAll<false>(items, data);
   if (const auto error = items.error()) meetDamage(*error);
   finish(data);
 }
@@ -115,12 +134,20 @@ void Loader::meetDamage(const Error& error) {
   if (!document_.damage) document_.damage = std::move(failure);
 }
 
+// Twice, so that values cost those nothing who do not ask for them.
+template <bool kAsksValue>
+void Loader::takeAll(ItemRange& items, SheetData& sheet) {
+  for (const Item& item : items)
+    take<kAsksValue>(item, sheet);
+}
+
+template <bool kAsksValue>
 void Loader::take(const Item& item, SheetData& sheet) {
   constexpr std::uint32_t kItemsBetweenChecks = 0x4000;
   if (++items_ % kItemsBetweenChecks == 0) time_.check();
   switch (item.kind()) {
     case Item::Kind::kCell:
-      takeCell(item.raw().cell, sheet);
+      takeCell<kAsksValue>(item, sheet);
       break;
     case Item::Kind::kSheetInfo:
       sheet.info = *item.sheetInfo();
@@ -145,12 +172,16 @@ void Loader::takeRowHeight(const Run& height, SheetData& sheet) {
   if (++rowHeightsOfSheet_ > kMostRowHeightsOfSheet || rowHeightsLeft_ == 0)
     throw Failure{Status::kLimit, "lists more row heights than a notebook has"};
   --rowHeightsLeft_;
-  if (need_ != Need::kTexts) append(sheet.rowHeights, height, budget_);
+  if (need_ != Need::kTexts || hidden_ != Hidden::kKeep) append(sheet.rowHeights, height, budget_);
 }
 
-void Loader::takeCell(const SSItemCell& item, SheetData& sheet) {
+template <bool kAsksValue>
+void Loader::takeCell(const Item& whole, SheetData& sheet) {
   progress_.cellRead();
-  const char* const text = item.text;
+  const SSItemCell& item = whole.raw().cell;
+  const char* text = item.text;
+  if constexpr (kAsksValue)
+    if (values_) text = valueText(whole.cell()->value());
   const bool shows = text != nullptr && *text != '\0' && !(trims_ && trimmed(text).empty());
   if (shows) {
     sheet.shown.include(item.column, item.row);
@@ -165,6 +196,42 @@ void Loader::takeCell(const SSItemCell& item, SheetData& sheet) {
   const Place place(item.column, item.row);
   inRows_ = inRows_ && (sheet.cells.empty() || sheet.cells.back().place.key() < place.key());
   append(sheet.cells, Cell{place, style, text}, budget_);
+  if constexpr (kAsksValue)
+    if (contents_) takeContents(whole.cell()->value(), sheet);
+}
+
+// Of the last cell in the list.
+void Loader::takeContents(const CellValue& value, SheetData& sheet) {
+  const Cell& cell = sheet.cells.back();
+  const std::size_t known = document_.formats.size();
+  const std::uint32_t format = document_.formats.numberOf(value.format());
+  if (document_.formats.size() != known) budget_.charge(FormatTable::kBytesPerFormat);
+
+  if (const auto text = value.text()) {
+    const bool isShown = cell.text != nullptr && *text == cell.text;
+    const char* const kept = isShown ? cell.text : keptText(*text);
+    append(sheet.contents, CellContents(cell.place, value.isFormula(), format, kept), budget_);
+  } else {
+    append(sheet.contents,
+           CellContents(cell.place, typeOf(value), value.isFormula(), format,
+                        value.number().value_or(0)),
+           budget_);
+  }
+}
+
+const char* Loader::valueText(const CellValue& value) {
+  value_.clear();
+  appendValue(value, value_);
+  return keptText(value_);
+}
+
+// A copy that lives as long as the document.
+const char* Loader::keptText(std::string_view text) {
+  void* const copy = document_.texts.allocate(text.size() + 1);
+  if (copy == nullptr) throw failureOf(memoryLimitError());
+  std::memcpy(copy, text.data(), text.size());
+  static_cast<char*>(copy)[text.size()] = '\0';
+  return static_cast<char*>(copy);
 }
 
 std::uint32_t Loader::styleOf(const SSItemCell& item) {
@@ -190,7 +257,16 @@ void Loader::finish(SheetData& sheet) {
     budget_.refund(bytes);
   };
   withSpareCopyOf(sheet.rowHeights, [&] { keepEachRowOnce(sheet.rowHeights); });
-  if (!inRows_) withSpareCopyOf(sheet.cells, [&] { sheet.repeatedCells = putInRows(sheet.cells); });
+  if (!inRows_) {
+    withSpareCopyOf(sheet.cells, [&] { sheet.repeatedCells = putInRows(sheet.cells); });
+    withSpareCopyOf(sheet.contents, [&] { putInRows(sheet.contents); });
+  }
+  if (need_ != Need::kTexts || sheet.cells.empty()) return;
+  if (hidden_ == Hidden::kSkip) skipHidden(sheet);
+  if (hidden_ != Hidden::kMark) return;
+  for (const Place place : makeRoomForMarks(sheet))
+    append(sheet.cells, Cell{place, 0, kHiddenMark}, budget_);
+  withSpareCopyOf(sheet.cells, [&] { putInRows(sheet.cells); });
 }
 
 std::optional<std::uint32_t> numberIn(std::string_view text) {
@@ -229,6 +305,11 @@ void checkStrictly(const Document& document, std::uint64_t undefinedBefore) {
       scratch.clear();
       if (cell.text != nullptr) document.decoder->append(cell.text, scratch);
     }
+    for (std::size_t i = 0; i < sheet.contents.size(); ++i) {
+      scratch.clear();
+      if (sheet.cells[i].text == nullptr && sheet.contents[i].type() == ValueType::kText)
+        document.decoder->append(sheet.contents[i].text(), scratch);
+    }
   }
   failOn(undefinedBytesMessage(document, document.decoder->undefinedBytes() - undefinedBefore));
 }
@@ -247,6 +328,15 @@ std::string Area::name() const {
   const std::string first = cellAddress(firstColumn, firstRow);
   const std::string last = cellAddress(lastColumn, lastRow);
   return first == last ? first : first + ":" + last;
+}
+
+std::array<std::uint32_t, 257> SheetData::widths() const {
+  std::array<std::uint32_t, 257> widths;
+  widths.fill(info.defaultColumnWidth);
+  for (const Run& run : columnWidths)
+    for (std::size_t column = run.first; column <= run.last && column < widths.size(); ++column)
+      widths[column] = run.size;
+  return widths;
 }
 
 std::uint32_t SheetData::hiddenRows() const {

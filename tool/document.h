@@ -3,11 +3,12 @@
 // A notebook, read completely: what the writers print. Nothing is printed before this exists, so a
 // file that cannot be read leaves no half of itself in the output.
 //
-// Memory is in proportion to the cells: 16 bytes each, and their texts. Rows and columns cost
-// nothing by themselves.
+// Memory is in proportion to the cells: 16 bytes each, and their texts; 16 more for a command that
+// asks what they hold. Rows and columns cost nothing by themselves.
 #ifndef QPSREADER_TOOL_DOCUMENT_H
 #define QPSREADER_TOOL_DOCUMENT_H
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -18,6 +19,7 @@
 #include "tool/cell_list.h"
 #include "tool/commands.h"
 #include "tool/encoding.h"
+#include "tool/number_format.h"
 #include "tool/status.h"
 #include "tool/style_table.h"
 
@@ -45,10 +47,14 @@ struct SheetData {
   std::vector<Run> columnWidths;
   std::vector<Run> rowHeights;  // Need::kItems: as delivered; otherwise by row, each row once
   CellList cells;               // as the Need of the command asks
+  ContentsList contents;        // Command::contents: what each of these cells holds
   Area shown;                   // around the cells with a text
   std::uint64_t shownCells = 0;
   std::uint64_t blankCells = 0;     // cells that have no text
   std::uint64_t repeatedCells = 0;  // cells that a later one in the same place replaced
+
+  // The width that each column has, by its number from 1; 0 is hidden.
+  std::array<std::uint32_t, 257> widths() const;
 
   std::uint32_t hiddenRows() const;
   std::uint32_t hiddenColumns() const;
@@ -70,6 +76,7 @@ struct Document {
   TextArena texts;
   const Decoder* decoder;
   StyleTable styles;
+  FormatTable formats;  // of SheetData::contents
   std::vector<NotebookText> notebookTexts;
   std::vector<SheetData> sheets;  // those that were asked for
   std::optional<Failure> damage;  // with --salvage: what is missing from all this

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tool/cell_value.h"
 #include "tool/commands.h"
 #include "tool/document.h"
 #include "tool/output.h"
@@ -158,8 +159,13 @@ void writeEscaped(Output& out, std::string_view json) {
 
 class JsonWriter {
  public:
-  JsonWriter(Output& out, const Document& document)
-      : out_(out), document_(document), file_(validUtf8(document.name)) {
+  JsonWriter(Output& out, const Document& document, const Settings& settings)
+      : out_(out),
+        document_(document),
+        hasStyle_(!settings.noStyle),
+        file_(validUtf8(document.name)) {
+    for (std::uint32_t number = 0; number < document.formats.size(); ++number)
+      formats_.push_back(formatOf(document.formats[number]));
     for (std::uint32_t number = 0; number < document.styles.size(); ++number)
       styles_.push_back(membersOf(document.styles.style(number)));
   }
@@ -171,13 +177,19 @@ class JsonWriter {
   void begin(const char* kind, const SheetData& sheet);
   void end();
   void writeSheetInfo(const SheetData& sheet);
-  void writeCell(const SheetData& sheet, const Cell& cell);
+  std::string formatOf(const FormatFacts& format) const;
+  void writeCell(const SheetData& sheet, const Cell& cell, const CellContents& contents);
+  void putContents(const CellContents& contents, const Cell& cell);
+  void putNumeral(const char* name, double number);
+  void putStyle(const StyleMembers& style);
   void putRaw(const char* name, const std::string& value);
 
   Output& out_;
   const Document& document_;
+  bool hasStyle_;
   std::string file_;
   std::vector<StyleMembers> styles_;
+  std::vector<std::string> formats_;
   rapidjson::StringBuffer line_;
   Json json_{line_};
   std::string scratch_;
@@ -214,8 +226,8 @@ void JsonWriter::write(const SheetData& sheet) {
     putText(json_, "text", text.text);
     end();
   }
-  for (const Cell& cell : sheet.cells)
-    writeCell(sheet, cell);
+  for (std::size_t i = 0; i < sheet.cells.size(); ++i)
+    writeCell(sheet, sheet.cells[i], sheet.contents[i]);
 }
 
 void JsonWriter::begin(const char* kind, const SheetData& sheet) {
@@ -246,7 +258,17 @@ void JsonWriter::writeSheetInfo(const SheetData& sheet) {
   end();
 }
 
-void JsonWriter::writeCell(const SheetData& sheet, const Cell& cell) {
+std::string JsonWriter::formatOf(const FormatFacts& format) const {
+  return valueOf([&](Json& json) {
+    json.StartObject();
+    putText(json, "name", nameOf(format.form));
+    if (showsDecimals(format.form)) putNumber(json, "decimals", format.decimals);
+    if (!format.text.empty()) putText(json, "text", document_.decoder->decode(format.text));
+    json.EndObject();
+  });
+}
+
+void JsonWriter::writeCell(const SheetData& sheet, const Cell& cell, const CellContents& contents) {
   begin("cell", sheet);
   putText(json_, "address", cellAddress(cell.place.column(), cell.place.row()));
   putNumber(json_, "row", cell.place.row());
@@ -259,13 +281,55 @@ void JsonWriter::writeCell(const SheetData& sheet, const Cell& cell) {
     document_.decoder->append(cell.text, scratch_);
     putText(json_, "text", scratch_);
   }
-  const StyleMembers& style = styles_[cell.style];
+  putContents(contents, cell);
+  if (hasStyle_) putStyle(styles_[cell.style]);
+  end();
+}
+
+// A text that is shown has just been decoded.
+void JsonWriter::putContents(const CellContents& contents, const Cell& cell) {
+  putText(json_, "type", nameOf(contents.type()));
+  switch (contents.type()) {
+    case ValueType::kBlank:
+    case ValueType::kError:
+      json_.Key("value");
+      json_.Null();
+      break;
+    case ValueType::kNumber:
+      putNumeral("value", contents.number());
+      break;
+    case ValueType::kDate:
+    case ValueType::kTime:
+    case ValueType::kDateTime:
+      scratch_.clear();
+      appendDate(contents.number(), contents.type(), scratch_);
+      putText(json_, "value", scratch_);
+      putNumeral("serial", contents.number());
+      break;
+    case ValueType::kText:
+      if (contents.text() != cell.text) {
+        scratch_.clear();
+        document_.decoder->append(contents.text(), scratch_);
+      }
+      putText(json_, "value", scratch_);
+      break;
+  }
+  putBool(json_, "formula", contents.isFormula());
+  putRaw("format", formats_[contents.format()]);
+}
+
+void JsonWriter::putNumeral(const char* name, double number) {
+  scratch_.clear();
+  appendNumber(number, scratch_);
+  putRaw(name, scratch_);
+}
+
+void JsonWriter::putStyle(const StyleMembers& style) {
   putRaw("alignment", style.alignment);
   putColour(json_, "fillColour", style.fillColour);
   putColour(json_, "textColour", style.textColour);
   putRaw("borders", style.borders);
   putRaw("font", style.font);
-  end();
 }
 
 void JsonWriter::putRaw(const char* name, const std::string& value) {
@@ -276,8 +340,8 @@ void JsonWriter::putRaw(const char* name, const std::string& value) {
 }  // namespace
 
 void writeJson(Output& out, const Document& document, std::span<const SheetData> sheets,
-               const Settings&) {
-  JsonWriter writer(out, document);
+               const Settings& settings) {
+  JsonWriter writer(out, document, settings);
   for (const SheetData& sheet : sheets)
     writer.write(sheet);
 }

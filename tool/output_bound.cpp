@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "tool/document.h"
+#include "tool/settings.h"
 
 namespace qps {
 namespace {
@@ -28,17 +29,19 @@ std::uint64_t boundOfRows(const SheetData& sheet) {
 
 }  // namespace
 
-std::uint64_t outputBound(const Document& document, Need need) {
+std::uint64_t outputBound(const Document& document, Need need, const Settings& settings) {
   const std::uint64_t texts = document.notebook.memoryInUse() + document.name.size();
   std::uint64_t bytes = kBytesPerSheet + kBytesPerTextByte * texts +
                         kBytesPerItem * (document.styles.size() + document.notebookTexts.size());
+  const std::uint64_t formatText = kBytesPerTextByte * document.formats.longestText();
   for (const SheetData& sheet : document.sheets) {
     const std::uint64_t items = sheet.cells.size() + sheet.rowHeights.size() +
                                 sheet.columnWidths.size() + document.notebookTexts.size() + 1;
     const std::uint64_t names = kBytesPerTextByte * (document.name.size() + sheet.name.size());
-    bytes += kBytesPerSheet + items * (kBytesPerItem + names);
+    bytes += kBytesPerSheet + items * (kBytesPerItem + names + formatText);
+    const std::uint64_t source = settings.withSource ? names : 0;
     if (need == Need::kTexts)  // the separators
-      bytes += std::uint64_t{sheet.shown.lastRow} * (sheet.shown.lastColumn + 1);
+      bytes += sheet.shown.lastRow * (sheet.shown.lastColumn + 1 + source);
     if (need == Need::kAll) bytes += boundOfRows(sheet);
   }
   return bytes;

@@ -8,9 +8,9 @@
 
 namespace qps {
 
-// No writer prints more bytes of a document that was read for this need. A coarse bound, but found
-// without a look at any cell.
-std::uint64_t outputBound(const Document& document, Need need);
+// No writer prints more bytes of a document that was read for this need and with these settings. A
+// coarse bound, but found without a look at any cell.
+std::uint64_t outputBound(const Document& document, Need need, const Settings& settings);
 
 }  // namespace qps
 

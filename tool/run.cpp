@@ -124,7 +124,7 @@ void FileLoop::process(const std::string& file) {
 // is given up shall be taken for the whole.
 void FileLoop::rehearse(const Document& document, std::uint64_t fileBytes) {
   const std::uint64_t most = settings_.maxOutput.value_or(defaultMaxOutput(fileBytes));
-  if (most == 0 || outputBound(document, command_.need) <= most) return;
+  if (most == 0 || outputBound(document, command_.need, settings_) <= most) return;
   Output nowhere(standardOutput_, most);
   command_.write(nowhere, document, document.sheets, settings_);
   nowhere.flush();

@@ -12,6 +12,13 @@
 
 namespace qps {
 
+// What becomes of hidden rows and columns in rows of text.
+enum class Hidden : std::uint8_t {
+  kKeep,
+  kSkip,
+  kMark,  // a column in front and a record above say which are hidden
+};
+
 struct Settings {
   // Input.
   std::vector<std::string> files;
@@ -34,13 +41,19 @@ struct Settings {
   // Rows: csv and text.
   bool skipEmpty = false;
   bool trim = false;
+  bool values = false;  // what cells hold instead of what they show
+  Hidden hidden = Hidden::kKeep;
+
+  // json.
+  bool noStyle = false;
 
   // csv.
+  bool withSource = false;
   char delimiter = ',';
   bool crlf = false;
   bool bom = false;
   bool csvSafe = false;
-  std::string separator = "\n";  // between the worksheets of one stream
+  std::optional<std::string> separator;  // between the worksheets of one stream
 
   bool sandbox = true;
 

@@ -23,6 +23,25 @@ def integer(column, row, value, style=1):
     return record(13, struct.pack("<BBHHh", column, 0, row, style << 3, value))
 
 
+def number(column, row, value, style=1):
+    return record(14, struct.pack("<BBHHd", column, 0, row, style << 3, value))
+
+
+def formula(column, row, value, style=1):
+    """A formula with a number for its result, a text, or with None an error."""
+    place = struct.pack("<BBHH", column, 0, row, style << 3)
+    if isinstance(value, bytes):
+        string = record(51, place + b"'" + value + b"\0")
+        return record(16, place + bytes(6) + b"\xf8\x7f" + bytes(4)) + string
+    result = bytes(6) + b"\xf0\x7f" if value is None else struct.pack("<d", value)
+    return record(16, place + result + bytes(4))
+
+
+def user_format(index, text):
+    """The format code of it is `index` + 112."""
+    return record(230, struct.pack("<H", index) + text + b"\0")
+
+
 def blank(column, row, style=1):
     return record(12, struct.pack("<BBHH", column, 0, row, style << 3))
 

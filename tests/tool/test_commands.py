@@ -2,12 +2,14 @@
 # What each command prints: the real program, on notebooks made for the case.
 import csv
 import io
+import itertools
 import json
 import os
+import re
 import unittest
 
-from notebooks import (EXAMPLE, SOURCE, ToolTest, blank, font, integer, label, notebook, record,
-                       run, sheet, style)
+from notebooks import (EXAMPLE, SOURCE, ToolTest, blank, font, formula, integer, label, notebook,
+                       number, record, run, sheet, style, user_format)
 
 PLAIN = notebook(sheet(label(0, 0, b"X"), label(1, 0, b"Y"), integer(0, 1, 1), integer(1, 1, -5)))
 TWO = notebook(sheet(label(0, 0, b"first"), name=b"Budget"),
@@ -30,6 +32,62 @@ EMPTY_SHEET = notebook(sheet(), sheet(label(0, 0, b"x"), number=1))
 TEXTS = notebook(sheet(label(0, 0, b"x")),
                  definitions=record(265) + record(38, b"Header\0") + record(37, b"Footer\0") +
                  record(266) + font() + style())
+
+# Number format (a byte, or a text), value, its text as a value, what json calls the value and format.
+NAN = float("nan")
+VALUES = [
+    (0, 2 / 3, "0.6666666666666666", "number", {"name": "general"}),
+    (0, 100000, "100000", "number", {"name": "general"}),
+    (0x12, 1e16, "1e+16", "number", {"name": "fixed", "decimals": 2}),
+    (0x20, -1.5e-7, "-1.5e-07", "number", {"name": "scientific", "decimals": 0}),
+    (0x32, 1e15 + 0.5, "1000000000000000.5", "number", {"name": "currency", "decimals": 2}),
+    (0x43, 5e-324, "5e-324", "number", {"name": "percent", "decimals": 3}),
+    (0x51, -0.0, "-0", "number", {"name": "comma", "decimals": 1}),
+    (1, 3, "3", "number", {"name": "bars"}),
+    (4, 1.5, "1.5", "number", {"name": "nothing"}),
+    (16, NAN, "ERR", "error", {"name": "fixed", "decimals": 0}),
+    (5, float("inf"), "ERR", "error", {"name": "dayMonthYear"}),
+    (5, 45292.75, "2024-01-01", "date", {"name": "dayMonthYear"}),
+    (8, -693959, "0000-01-01", "date", {"name": "numericDate"}),
+    (8, -693960, "-693960", "number", {"name": "numericDate"}),
+    (9, 2958465.5, "9999-12-31", "date", {"name": "monthDay"}),
+    (15, 2958466, "2958466", "number", {"name": "month"}),
+    (14, 1e300, "1e+300", "number", {"name": "year"}),
+    (96, 60, "1900-02-28", "date", {"name": "shortDate"}),
+    (112, 60, "60", "number", {"name": "general"}),
+    (10, -0.25, "18:00:00", "time", {"name": "time12Seconds"}),
+    (13, 0.999999, "00:00:00", "time", {"name": "time24"}),
+    (b"TDD/MM/YYYY HH:MM", 45294.3125, "2024-01-03T07:30:00", "dateTime",
+     {"name": "user", "text": "TDD/MM/YYYY HH:MM"}),
+    (b"TYYYY HH", 0.999999, "1899-12-31T00:00:00", "dateTime", {"name": "user", "text": "TYYYY HH"}),
+    (b"TYYYY HH", 2958465.999999, "2958465.999999", "number", {"name": "user", "text": "TYYYY HH"}),
+    (b"N9' \xa3'", 5, "5", "number", {"name": "user", "text": "N9' \u00a3'"}),
+    (b"general", 7, "7", "number", {"name": "general", "text": "general"}),
+]
+
+
+def values_notebook():
+    texts = [form for form, *_ in VALUES if isinstance(form, bytes)]
+    definitions = font() + style()
+    for index, text in enumerate(texts):
+        definitions += user_format(index + 1, text)
+    codes = [113 + texts.index(form) if isinstance(form, bytes) else form for form, *_ in VALUES]
+    cells = [number(0, row, value, row + 2) for row, (_, value, *_) in enumerate(VALUES)]
+    cells += [label(1, 0, b"7"), label(1, 1, b"caf\xe9", codes.index(4) + 2), formula(1, 2, b"text"),
+              formula(1, 3, None), formula(1, 4, 0.1), blank(1, 5)]
+    # The column of the numbers is hidden.
+    return notebook(sheet(record(222, b"\x01"), *cells),
+                    definitions=definitions + b"".join(style(code) for code in codes))
+
+
+VALUES_BOOK = values_notebook()
+SECOND_COLUMN = ["7", "caf\u00e9", "text", "ERR", "0.1"]
+VALUES_CSV = "".join(f"{row[2]},{second}\n" for row, second in
+                     itertools.zip_longest(VALUES, SECOND_COLUMN, fillvalue=""))
+# Hidden are column B, row 2, and row 4 with nothing in it; two more beyond the cells.
+PARTLY = notebook(sheet(
+    record(222, b"\x02\x01"), record(220, b"\x0a\x01"), *[label(c, r, b"%c%d" % (65 + c, r + 1))
+                                                        for c in range(3) for r in (0, 1, 4)]))
 
 # notebook, arguments, standard output
 CASES = [
@@ -69,6 +127,14 @@ CASES = [
      "number\tname\trows\tcolumns\tused\tcells\tblank cells\thidden rows\thidden columns\toffset\n"
      "1\tBudget\t10\t7\tB3\t1\t1\t2\t2\t35\n"),
     (HIDDEN, ["csv"], ",\n,\n,x\n"),
+    (VALUES_BOOK, ["csv", "--values"], VALUES_CSV),
+    (VALUES_BOOK, ["text", "--values"], "=== A ===\n" + re.sub(",(?=\n)", "", VALUES_CSV).replace(",", "\t")),
+    (PARTLY, ["csv", "--hidden", "keep"], "A1,B1,C1\nA2,B2,C2\n,,\n,,\nA5,B5,C5\n"),
+    (PARTLY, ["csv", "--hidden", "skip"], "A1,C1\n,\nA5,C5\n"),
+    (PARTLY, ["text", "--hidden", "mark"],
+     "=== A ===\n\t\thidden\n\tA1\tB1\tC1\nhidden\tA2\tB2\tC2\n\nhidden\n\tA5\tB5\tC5\n"),
+    (notebook(sheet(record(222, b"\x01"), label(0, 0, b"x"))), ["csv", "--hidden", "skip"], ""),
+    (GAPS, ["csv", "--hidden", "mark"], ",,,\n,,,\n,,a,b\n,,,\n,,,\n,,,last\n"),
     (EMPTY_SHEET, ["sheets", "--sheet", "1"],
      "number\tname\trows\tcolumns\tused\tcells\tblank cells\thidden rows\thidden columns\toffset\n"
      "1\tA\t3\t3\t-\t0\t0\t0\t0\t35\n"),
@@ -85,6 +151,32 @@ class Commands(ToolTest):
         for data, args, expected in CASES:
             with self.subTest(args=args, expected=expected):
                 self.assertEqual(self.output(data, *args), expected)
+
+    def test_the_source_of_each_record(self):
+        book = notebook(sheet(label(0, 1, b"x"), name=b"=1"), sheet(label(0, 0, b"y"), name=b"2", number=1))
+        paths = [self.file(book, "a.wb2"), self.file(PLAIN, "b,\xff.wb2")]
+        rows = [[paths[0], "=1", ""], [paths[0], "=1", "x"], [paths[0], "2", "y"],
+                [paths[1], "A", "X", "Y"], [paths[1], "A", "1", "-5"]]
+        result = run("csv", "--with-source", *paths)
+        self.assertEqual(list(csv.reader(io.StringIO(result.stdout.decode()))), rows)
+        result = run("csv", "--with-source", "--csv-safe", "--separator", "--\n", *paths)
+        self.assertIn(",'=1,x\n--\n", result.stdout.decode())
+
+    def test_json_tells_what_cells_hold(self):
+        out = self.output(VALUES_BOOK, "json", "--no-style")
+        cells = [json.loads(line) for line in out.splitlines()[2:]]
+        for (_, value, text, kind, form), cell in zip(VALUES, cells):
+            with self.subTest(value=value, form=form):
+                told = kind not in ("number", "error") and text or None if kind == "error" else text
+                told = float(text) if kind == "number" else told
+                self.assertEqual((cell["type"], cell["value"], cell["format"]), (kind, told, form))
+                self.assertEqual((cell["text"], cell["formula"]), (None, False))
+                self.assertEqual(cell.get("serial"), value if ":" in text or kind == "date" else None)
+                self.assertNotIn("font", cell)
+        self.assertEqual(
+            [(cell["text"], cell["type"], cell["value"], cell["formula"]) for cell in cells[len(VALUES):]],
+            [("7", "text", "7", False), (None, "text", "caf\u00e9", False), ("text", "text", "text", True),
+             ("ERR", "error", None, True), ("0.1", "number", 0.1, True), (None, "blank", None, False)])
 
     def test_a_later_cell_in_the_same_place_counts_and_is_warned_of(self):
         twice = notebook(sheet(label(0, 0, b"old"), label(1, 0, b"b"), label(0, 0, b"new")))
@@ -151,6 +243,16 @@ class Commands(ToolTest):
             result = run(args[0], "--max-memory", "20M", *args[1:], path)
             self.assertEqual((result.returncode, result.stderr), (0, b""))
 
+    def test_values_are_within_the_memory_limit(self):
+        book = notebook(sheet(*[label(0, row, b"x" * 100, 2) for row in range(20000)]),
+                        definitions=font() + style() + style(4))  # which show nothing
+        path = self.file(book)
+        self.assertEqual(run("csv", "--max-memory", "2M", path).returncode, 0)
+        for args in (["csv", "--values"], ["json"]):
+            result = run(*args, "--max-memory", "2M", path)
+            self.assertEqual((result.returncode, result.stdout[:9]), (6, b""), args)
+            self.assertIn(b"memory limit", result.stderr)
+
     def test_json_objects(self):
         data = notebook(
             sheet(record(216, b"\x01\x00\xf4\x01"), record(214, b"\x04\x00\x2c\x01"),
@@ -167,6 +269,7 @@ class Commands(ToolTest):
         cell = {key: lines[3][key] for key in lines[3] if key not in ("file", "sheet", "sheetNumber")}
         self.assertEqual(cell, {
             "kind": "cell", "address": "A1", "row": 1, "column": 1, "text": 'q"\u00e9',
+            "type": "text", "value": 'q"\u00e9', "formula": False, "format": {"name": "general"},
             "alignment": {"horizontal": "right", "vertical": "centre"},
             "fillColour": "#ff0000", "textColour": "#00ff00",
             "borders": {"top": {"line": "thin", "colour": "#808080"},
@@ -189,8 +292,9 @@ class Commands(ToolTest):
             part["additionalProperties"] = False
         validator = jsonschema.Draft202012Validator(schema)
         kinds = set()
-        for path in (EXAMPLE, self.file(TEXTS), self.file(ODD, "odd"), self.file(HIDDEN, "hidden")):
-            for line in run("json", path).stdout.decode().splitlines():
+        for path in (EXAMPLE, self.file(TEXTS), self.file(ODD, "odd"), self.file(HIDDEN, "hidden"),
+                     self.file(VALUES_BOOK, "values")):
+            for line in (run("json", path).stdout + run("json", "--no-style", path).stdout).splitlines():
                 validator.validate(json.loads(line))
                 kinds.add(json.loads(line)["kind"])
         self.assertEqual(kinds, {"sheet", "columnWidths", "rowHeight", "notebookText", "cell"})

@@ -55,8 +55,8 @@ class Consistency(Options):
             wanted = described["All commands"] | {"--help"}
             if command in ("csv", "text"):
                 wanted = wanted | described["csv and text"]
-            if command == "csv":
-                wanted = wanted | described["csv"]
+            if command in ("csv", "json"):
+                wanted = wanted | described[command]
             self.assertEqual(options, wanted, command)
 
 

@@ -33,6 +33,10 @@ _qps() {
       mapfile -t COMPREPLY < <(compgen -W 'tab' -- "$current")
       return
       ;;
+    --hidden)
+      mapfile -t COMPREPLY < <(compgen -W 'keep skip mark' -- "$current")
+      return
+      ;;
     --sheet | --max-memory | --max-output | --max-time | --separator)
       return
       ;;
@@ -40,10 +44,14 @@ _qps() {
   if [[ $current == -* ]]; then
     case $command in
       csv)
-        common+=' --skip-empty --trim --delimiter --separator --crlf --bom --csv-safe'
+        common+=' --skip-empty --trim --values --hidden --with-source --delimiter --separator --crlf
+          --bom --csv-safe'
         ;;
       text)
-        common+=' --skip-empty --trim'
+        common+=' --skip-empty --trim --values --hidden'
+        ;;
+      json)
+        common+=' --no-style'
         ;;
     esac
     mapfile -t COMPREPLY < <(compgen -W "$common" -- "$current")

@@ -31,7 +31,12 @@ complete -c qps -n "$after" -l quiet -d 'No warnings and no progress'
 
 complete -c qps -n "$rows" -l skip-empty -d 'Leave out rows in which nothing shows'
 complete -c qps -n "$rows" -l trim -d 'Remove blanks at both ends of each text'
+complete -c qps -n "$rows" -l values -d 'What cells hold instead of what they show'
+complete -c qps -n "$rows" -x -l hidden -a 'keep skip mark' -d 'Hidden rows and columns'
 
+complete -c qps -n '__fish_seen_subcommand_from json' -l no-style -d 'Leave out alignment, colours, borders and fonts'
+
+complete -c qps -n "$csv" -l with-source -d 'File and worksheet in front of each record'
 complete -c qps -n "$csv" -x -l delimiter -a tab -d 'Between columns'
 complete -c qps -n "$csv" -x -l separator -d 'Between worksheets'
 complete -c qps -n "$csv" -l crlf -d 'End lines with CR LF'
