@@ -229,7 +229,7 @@ void appendHtml(std::string_view utf8, std::string& result) {
           appendVisible({&c, 1}, result);
         else if (byte == 0xC2 && i + 1 < utf8.size() &&
                  static_cast<unsigned char>(utf8[i + 1]) < 0xA0)
-          appendVisible(utf8.substr(i++, 2), result);
+          appendHtml(visible(utf8.substr(i++, 2)), result);  // "<U+0085>"
         else
           result += c;
     }
