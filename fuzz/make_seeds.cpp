@@ -78,6 +78,31 @@ void addNotebooks(Seeds& seeds) {
   }
 }
 
+// Every command; and what is not as it seems: markup, formulas, controls, encodings of more bytes.
+void addTools(Seeds& seeds) {
+  constexpr std::string_view kTexts[] = {
+      "<script>x</script>", "\"><b>&amp;",      "=1+1",         "a;=b\n@c",
+      "\x1B[2J\x7F\x9B",    "\x82\xA0\x81\x5C", "\x0E$)A!!\x0F"};
+  constexpr std::string_view kEncodings[] = {"windows-1252", "UTF-8",  "SHIFT_JIS", "BIG5-HKSCS",
+                                             "ISO-2022-KR",  "IBM437", "GB18030"};
+  constexpr unsigned kCommands = 7;
+  std::vector<Bytes> books = notebooks();
+  for (const std::string_view text : kTexts) {
+    NotebookBuilder book;
+    book.header().font(12, 0x27, text).style({}).sheetStart().sheetName(text).table(9, 9);
+    book.label({}, text).label({.column = 3, .row = 5}, text).blank({.column = 3, .row = 5});
+    books.push_back(book.sheetEnd().end().bytes());
+  }
+  unsigned flags = 0;
+  for (const Bytes& book : books)
+    for (unsigned command = 0; command < kCommands; ++command, flags += 37) {
+      const std::string_view encoding = kEncodings[flags % std::size(kEncodings)];
+      seeds.add("tool_writers",
+                Body().text(encoding).fill(16 - encoding.size()).u8(command | flags << 3).u8(flags),
+                book);
+    }
+}
+
 // Documents of every shape that the writer knows, around the same notebook.
 void addDocuments(Seeds& seeds) {
   // Opens the notebook's stream, reads, seeks, compares readings, closes.
@@ -136,6 +161,7 @@ int main(int argc, char** argv) {
   if (argc != 2) return 2;
   Seeds seeds(argv[1]);
   addNotebooks(seeds);
+  addTools(seeds);
   addDocuments(seeds);
   addFormats(seeds);
   if (seeds.failed()) std::fprintf(stderr, "cannot write to %s\n", argv[1]);

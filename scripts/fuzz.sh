@@ -13,6 +13,7 @@ targets=(
   "compound_library  4096 -"
   "host_calls        1024 notebook"
   "embedded_host     1024 notebook"
+  "tool_writers      1024 notebook"
   "format_text       256  format"
   "render_functions  192  format"
 )

@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: MIT
+//
+// The tool's own way with a notebook: decoder, document, writer, limits. Of an input, 16 bytes name
+// the encoding (what is no name picks one of those of the system), two are the command and its
+// options, and the rest is the notebook. What comes out is checked by output_checks.h and must be
+// the same twice.
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <numeric>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "fuzz/input_bytes.h"
+#include "fuzz/output_checks.h"
+#include "tests/support/recording_host.h"
+#include "tool/inputs.h"
+#include "tool/limits.h"
+#include "tool/output.h"
+#include "tool/output_bound.h"
+#include "tool/output_names.h"
+#include "tool/progress.h"
+
+namespace {
+
+bool onTerminal = false;
+
+}  // namespace
+
+// The C library's, which the writers ask what they write to.
+extern "C" int isatty(int) noexcept {
+  return onTerminal ? 1 : 0;
+}
+
+namespace {
+
+using qps::test::require;
+
+constexpr std::size_t kNameBytes = 16;
+
+// All that `iconv -l` lists, as "NAME//" a line.
+std::vector<std::string> namesOfSystem() {
+  std::vector<std::string> names{"windows-1252", "ISO-8859-1", "UTF-8", "ASCII"};
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> list(popen("iconv -l", "r"), &pclose);
+  char line[256];
+  while (list && std::fgets(line, sizeof line, list.get()) != nullptr) {
+    const std::string_view text(line);
+    names.emplace_back(text.substr(0, text.find_first_of("/ \n")));
+  }
+  return names;
+}
+
+// Each is opened once; null when there is none of that name, or none that holds ASCII.
+const qps::Decoder* decoderNamed(const std::string& name) {
+  static std::map<std::string, std::optional<qps::Decoder>> decoders;
+  const auto [place, isNew] = decoders.try_emplace(name);
+  try {
+    if (isNew) place->second.emplace(name);
+  } catch (const qps::UsageError& error) {
+    require(!error.reason.empty(), "a refused encoding has a reason");
+  }
+  return place->second ? &*place->second : nullptr;
+}
+
+const qps::Decoder& decoderFor(std::span<const std::uint8_t> bytes) {
+  static const std::vector<std::string> names = namesOfSystem();
+  const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  const std::string name(text.substr(0, text.find('\0')));
+  if (std::find(names.begin(), names.end(), name) != names.end())
+    if (const qps::Decoder* const decoder = decoderNamed(name)) return *decoder;
+  auto number = std::accumulate(bytes.begin(), bytes.end(), std::size_t{0},
+                                [](std::size_t sum, std::uint8_t byte) { return 31 * sum + byte; });
+  for (;; ++number)
+    if (const auto* const decoder = decoderNamed(names[number % names.size()])) return *decoder;
+}
+
+// A file that only this program sees.
+class Capture {
+ public:
+  Capture() {
+    file_.reset(fopencookie(this, "w", {nullptr, &Capture::append, nullptr, nullptr}));
+    require(file_ != nullptr, "a file in memory");
+  }
+  std::FILE* file() { return file_.get(); }
+  std::string take() { return std::exchange(bytes_, {}); }
+
+ private:
+  static ssize_t append(void* self, const char* bytes, std::size_t count) {
+    static_cast<Capture*>(self)->bytes_.append(bytes, count);
+    return static_cast<ssize_t>(count);
+  }
+
+  struct Close {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+  std::unique_ptr<std::FILE, Close> file_;
+  std::string bytes_;
+};
+
+struct Input {
+  const qps::Decoder& decoder;
+  const qps::Command& command;
+  qps::Settings settings;
+  std::span<const std::byte> notebook;
+  std::uint64_t mostOutput;
+};
+
+Input inputOf(std::span<const std::uint8_t> bytes) {
+  qps::fuzz::InputBytes input(bytes);
+  const qps::Decoder& decoder = decoderFor(input.take(kNameBytes));
+  const unsigned choice = input.u8();
+  const unsigned flags = input.u8();
+  const auto commands = qps::commands();
+  qps::Settings settings;
+  settings.encoding = decoder.name();
+  settings.delimiter = ",;\t "[choice >> 3 & 3];
+  settings.bom = (choice >> 5 & 1) != 0;
+  settings.files.resize(1 + (choice >> 6 & 1));
+  onTerminal = (choice >> 7) != 0;
+  settings.salvage = (flags & 1) != 0;
+  settings.trim = (flags & 2) != 0;
+  settings.skipEmpty = (flags & 4) != 0;
+  settings.csvSafe = (flags & 8) != 0;
+  settings.crlf = (flags & 16) != 0;
+  settings.strict = (flags & 32) != 0;
+  settings.maxMemory = std::uint64_t{256} << (10 + (flags >> 6 & 3) * 2);
+  const auto rest = std::as_bytes(input.rest());
+  return {decoder, commands[(choice & 7) % commands.size()], settings, rest,
+          (std::uint64_t{32} << 10) + 64 * rest.size()};
+}
+
+// Whether a rehearsal with this limit goes through.
+bool fits(std::uint64_t most, const Input& input, const qps::Document& document,
+          std::span<const qps::SheetData> sheets, const qps::Output& real) {
+  qps::Output nowhere(real, most);
+  try {
+    input.command.write(nowhere, document, sheets, input.settings);
+    nowhere.flush();
+    return true;
+  } catch (const qps::Failure& failure) {
+    require(failure.status == qps::Status::kLimit, "only the limit ends a rehearsal");
+    return false;
+  }
+}
+
+void check(std::string_view output, const Input& input, const qps::Document& document,
+           std::span<const qps::SheetData> sheets) {
+  switch (input.command.id) {
+    case qps::CommandId::kCsv:
+      return qps::fuzz::checkCsv(output, document, sheets[0], input.settings, onTerminal);
+    case qps::CommandId::kJson:
+      return qps::fuzz::checkJsonLines(output, document);
+    case qps::CommandId::kHtml:
+      return qps::fuzz::checkPage(output);
+    default:
+      return qps::fuzz::checkCharacters(output, true);
+  }
+}
+
+std::string write(const Input& input, const qps::Document& document,
+                  std::span<const qps::SheetData> sheets) {
+  static Capture capture;
+  qps::Output out(capture.file());
+  const std::uint64_t bound = qps::outputBound(document);
+  if (bound > input.mostOutput && !fits(input.mostOutput, input, document, sheets, out))
+    return "more than the limit";
+  input.command.write(out, document, sheets, input.settings);
+  out.flush();
+  const std::string output = capture.take();
+  require(output.size() <= bound, "the bound of the output holds");
+  require(output.empty() || !fits(output.size() - 1, input, document, sheets, out),
+          "a rehearsal counts every byte");
+  check(output, input, document, sheets);
+  return output;
+}
+
+// All that is written, or why nothing is.
+std::string visit(const Input& input) {
+  try {
+    auto notebook =
+        qps::Notebook::open(input.notebook, {static_cast<std::size_t>(input.settings.maxMemory)});
+    if (!notebook) return qps::failureOf(notebook.error()).reason;
+    qps::OpenedFile opened{nullptr, *std::move(notebook), input.notebook.size(),
+                           input.settings.maxMemory};
+    const qps::TimeLimit time(input.settings.maxTime);
+    qps::Progress progress(false);
+    const qps::Document document = qps::readDocument("in.wb2", opened, input.command,
+                                                     input.settings, input.decoder, time, progress);
+    if (!input.command.filePerSheet) return write(input, document, document.sheets);
+    std::string all;
+    qps::OutputNames names;
+    for (const qps::SheetData& sheet : document.sheets) {
+      const std::string name = names.make(document.name, sheet.name, input.command.extension);
+      qps::fuzz::checkCharacters(name, true);
+      require(name.size() < 255 && name.find_first_of("/\\:*?\"<>|\n\t") == std::string::npos,
+              "a name that every system takes");
+      all += name + write(input, document, {&sheet, 1});
+    }
+    return all;
+  } catch (const qps::Failure& failure) {
+    require(!failure.reason.empty() && failure.status != qps::Status::kOk, "a reason");
+    qps::fuzz::checkCharacters(failure.reason, true);
+    return failure.reason;
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const Input input = inputOf({data, size});
+  require(visit(input) == visit(input), "the same twice");
+  return 0;
+}
