@@ -83,7 +83,7 @@ void appendCssString(std::string_view utf8, std::string& css) {
 }
 
 void appendFont(const Font& font, const Decoder& decoder, std::string& css) {
-  const std::string name = decoder.decode(font.name);
+  const std::string name = visible(decoder.decode(font.name));
   if (!name.empty()) {
     css += ";font-family:";
     appendCssString(name, css);
