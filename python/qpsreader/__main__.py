@@ -1,0 +1,38 @@
+# SPDX-License-Identifier: MIT
+"""python -m qpsreader FILE...: a line for each worksheet: its name, rows, columns and cells."""
+import argparse
+import sys
+import warnings
+
+import qpsreader
+
+
+def _list(path, options):
+    with qpsreader.open(path, encoding=options.encoding, salvage=options.salvage) as notebook:
+        for sheet in notebook.sheets:
+            name = sheet.name if sheet.name.isprintable() else ascii(sheet.name)
+            print(f"{name}\t{sheet.row_count} rows\t{sheet.column_count} columns\t"
+                  f"{len(sheet.columns())} cells")
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="python -m qpsreader",
+                                     description="List the worksheets of notebooks.")
+    parser.add_argument("files", nargs="+", metavar="FILE")
+    parser.add_argument("--encoding", default="cp1252", help="of the texts (default: %(default)s)")
+    parser.add_argument("--salvage", action="store_true",
+                        help="list what comes before the damage of a damaged notebook")
+    options = parser.parse_args()
+    warnings.showwarning = lambda message, *_: print(f"warning: {message}", file=sys.stderr)
+    status = 0
+    for path in options.files:
+        try:
+            _list(path, options)
+        except (qpsreader.NotebookError, LookupError, ValueError) as error:
+            print(f"qpsreader: {error}", file=sys.stderr)
+            status = 1
+    return status
+
+
+if __name__ == "__main__":
+    sys.exit(main())

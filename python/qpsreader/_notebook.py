@@ -1,0 +1,176 @@
+# SPDX-License-Identifier: MIT
+"""open and Notebook."""
+import codecs
+import os
+import warnings
+from collections.abc import Sequence
+from functools import cached_property
+from typing import NamedTuple
+from weakref import WeakValueDictionary
+
+from . import _core
+from ._errors import Damaged, DamageWarning
+from ._sheet import Sheet
+
+_MEMORY_LIMIT = 1 << 30
+
+
+def open(source, encoding="cp1252", memory_limit=_MEMORY_LIMIT, salvage=False):
+    """Opens a notebook and lists its worksheets.
+
+    source: a path (a str or an os.PathLike), or the notebook itself (bytes, a bytearray, a
+        memoryview and the like).
+    encoding: a codec of Python's for the texts; the file does not say which it has. Bytes that the
+        codec does not know become U+FFFD. LookupError for an unknown codec, ValueError for one in
+        which ASCII does not stand for itself.
+    memory_limit: the most bytes that the notebook and the sheets read from it may hold at a time,
+        and that a grid of values may take; 0 is no limit. LimitExceeded beyond it.
+    salvage: a damaged notebook raises Damaged; with True it gives what comes before the damage, with
+        a DamageWarning.
+
+    Raises Unreadable, Empty, NotANotebook, Protected, Damaged, LimitExceeded or LibraryMissing, all
+    of them NotebookError. Threads may share a notebook, one call at a time; different notebooks are
+    read at the same time, without the GIL.
+    """
+    return Notebook(source, encoding, memory_limit, salvage)
+
+
+class Info(NamedTuple):
+    """What the records before the first worksheet say. `kind` in words, `mime_type`, the name of the
+    stream in a compound document or "", the first value of the first record (0x1001, 0x1002, ...),
+    and how many there are of each."""
+
+    kind: str
+    mime_type: str
+    container_stream: str
+    format_version: int
+    font_count: int
+    style_count: int
+    named_style_count: int
+    user_format_count: int
+
+
+class _Source:
+    """What a notebook and its sheets share, so that they need not hold each other."""
+
+    def __init__(self, source, encoding, memory_limit, salvage):
+        if memory_limit < 0:
+            raise ValueError("memory_limit is a number of bytes, or 0 for none")
+        name, content = _name_and_content(source)
+        characters, multibyte = _characters(encoding)
+        self.name = os.fsdecode(name)
+        self.encoding = encoding
+        self.memory_limit = memory_limit
+        self.salvage = salvage
+        self.core = _core.Notebook(name, content, encoding, multibyte, characters, memory_limit)
+        self.damage = self.core.damage()
+
+    def decode(self, raw):
+        return raw.decode(self.encoding, "replace")
+
+
+class Notebook:
+    """An open notebook, from open(). A context manager; closing it gives back its memory, and the
+    sheets that were read and are held stay."""
+
+    def __init__(self, source, encoding, memory_limit, salvage):
+        self._source = source = _Source(source, encoding, memory_limit, salvage)
+        self.name = source.name  #: the file's name, or "<bytes>"
+        self.damage = source.damage  #: why the notebook is not whole, or None
+        if self.damage:
+            message = f"{self.name}: {self.damage}"
+            if not salvage:
+                raise Damaged(message)
+            warnings.warn(message, DamageWarning, stacklevel=3)
+        self.info = Info(*source.core.facts())
+        self.sheets = Sheets(source, source.core.names())
+
+    @cached_property
+    def texts(self):
+        """The notebook's own texts beside its cells, such as headers and footers: a tuple of str."""
+        return tuple(self._source.core.texts())
+
+    @property
+    def memory_in_use(self):
+        """What the notebook and its worksheets hold at the moment, in bytes."""
+        return self._source.core.memory_in_use()
+
+    def close(self):
+        """Gives back the memory and the file. What needs them afterwards raises ValueError."""
+        self._source.core.close()
+        self.sheets._forget()
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.close()
+
+    def __arrow_c_stream__(self, requested_schema=None):
+        """The cells of all worksheets as an Arrow stream, a batch for each sheet that has any
+        (columns as in Sheet.__arrow_c_stream__). All sheets are read at this call. Raises as Sheet
+        does."""
+        return _core.arrow_stream([(sheet.name, sheet.columns()) for sheet in self.sheets])
+
+    def __repr__(self):
+        return f"<Notebook {self.name!r}>"
+
+
+class Sheets(Sequence):
+    """The worksheets in the file's order, by number (from 0) or by name. Of several with one name
+    the first is found. A sheet that nobody holds is read again when it is asked for, but the one
+    that was asked for last is kept."""
+
+    def __init__(self, source, names):
+        self._source = source
+        self._names = names
+        self._alive = WeakValueDictionary()
+        self._last = None
+
+    @property
+    def names(self):
+        """The names, in the file's order."""
+        return list(self._names)
+
+    def __len__(self):
+        return len(self._names)
+
+    def __getitem__(self, key):
+        if isinstance(key, slice):
+            return [self[at] for at in range(*key.indices(len(self)))]
+        if isinstance(key, str):
+            if key not in self._names:
+                raise KeyError(key)
+            key = self._names.index(key)
+        index = range(len(self))[key]
+        sheet = self._alive.get(index)
+        if sheet is None:
+            sheet = self._alive[index] = Sheet(self._source, index, self._names[index])
+        self._last = sheet
+        return sheet
+
+    def __contains__(self, name):
+        return name in self._names
+
+    def _forget(self):
+        self._last = None
+
+    def __repr__(self):
+        return f"<Sheets {self._names}>"
+
+
+def _name_and_content(source):
+    if isinstance(source, (str, os.PathLike)):
+        return os.fsencode(source), None
+    # Others may change while the reader reads.
+    return b"<bytes>", source if isinstance(source, bytes) else bytes(memoryview(source))
+
+
+def _characters(encoding):
+    """What each byte means by itself, and whether some begin a longer sequence."""
+    b"A".decode(encoding)  # LookupError for what is no text encoding
+    make = codecs.getincrementaldecoder(encoding)
+    characters = [make("replace").decode(bytes([byte])) for byte in range(256)]
+    if any(characters[ord(char)] != char for char in "09AZaz +-.,%$():/"):
+        raise ValueError(f"the encoding {encoding} does not contain ASCII")
+    return characters, "" in characters
