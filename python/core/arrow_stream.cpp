@@ -22,7 +22,7 @@ struct Batch {
 
 struct Column {
   const char* name;
-  const char* format;            // of Arrow
+  const char* format;  // of Arrow
   bool nullable;
   const Dictionary Batch::*dictionary;  // or null
   std::vector<const void*> (*buffers)(const Batch&);
@@ -34,13 +34,21 @@ std::vector<const void*> textBuffers(const TextColumn& texts) {
 
 constexpr Column kColumns[] = {
     {"sheet", "i", false, &Batch::sheet,
-     [](const Batch& b) { return std::vector<const void*>{nullptr, b.sheetIndex.data()}; }},
+     [](const Batch& b) {
+       return std::vector<const void*>{nullptr, b.sheetIndex.data()};
+     }},
     {"row", "I", false, nullptr,
-     [](const Batch& b) { return std::vector<const void*>{nullptr, b.cells->row.data()}; }},
+     [](const Batch& b) {
+       return std::vector<const void*>{nullptr, b.cells->row.data()};
+     }},
     {"column", "S", false, nullptr,
-     [](const Batch& b) { return std::vector<const void*>{nullptr, b.cells->column.data()}; }},
+     [](const Batch& b) {
+       return std::vector<const void*>{nullptr, b.cells->column.data()};
+     }},
     {"kind", "C", false, &Batch::kinds,
-     [](const Batch& b) { return std::vector<const void*>{nullptr, b.cells->kind.data()}; }},
+     [](const Batch& b) {
+       return std::vector<const void*>{nullptr, b.cells->kind.data()};
+     }},
     {"number", "g", true, nullptr,
      [](const Batch& b) {
        return std::vector<const void*>{b.cells->isNumber.bytes.data(), b.cells->number.data()};
@@ -89,7 +97,8 @@ struct Exported {
 
   // `out` takes over what was built; its other fields are the caller's.
   static void hand(std::unique_ptr<Exported> self, Structure& out) {
-    for (Structure& child : self->children) self->childPointers.push_back(&child);
+    for (Structure& child : self->children)
+      self->childPointers.push_back(&child);
     out.n_children = static_cast<std::int64_t>(self->children.size());
     out.children = self->childPointers.data();
     out.dictionary = self->dictionary.release != nullptr ? &self->dictionary : nullptr;
@@ -170,7 +179,8 @@ std::shared_ptr<const Batch> batchOf(const NamedTable& table) {
   auto batch = std::make_shared<Batch>();
   batch->cells = table.cells;
   addValue(batch->sheet, table.sheet);
-  for (const char* const name : kKindNames) addValue(batch->kinds, name);
+  for (const char* const name : kKindNames)
+    addValue(batch->kinds, name);
   batch->sheetIndex.resize(table.cells->size());
   return batch;
 }
@@ -198,7 +208,8 @@ int getSchema(ArrowArrayStream*, ArrowSchema* out) {
 int getNext(ArrowArrayStream* stream, ArrowArray* out) {
   auto& self = *static_cast<Stream*>(stream->private_data);
   *out = {};  // without `release`: the end
-  while (self.next < self.tables.size() && self.tables[self.next].cells->size() == 0) ++self.next;
+  while (self.next < self.tables.size() && self.tables[self.next].cells->size() == 0)
+    ++self.next;
   if (self.next == self.tables.size()) return 0;
   return guarded([&] {
     fillAll(batchOf(self.tables[self.next]), *out);

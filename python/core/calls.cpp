@@ -11,8 +11,8 @@ void raise(const Error& error, const std::string& name) {
   PyObject* const type = PyDict_GetItemString(classes.get(), reasonName(error.reason));
   // A file name may hold any bytes.
   const std::string message = name + ": " + error.message;
-  const Object text(PyUnicode_DecodeUTF8(
-      message.data(), static_cast<Py_ssize_t>(message.size()), "surrogateescape"));
+  const Object text(PyUnicode_DecodeUTF8(message.data(), static_cast<Py_ssize_t>(message.size()),
+                                         "surrogateescape"));
   if (type != nullptr && text) PyErr_SetObject(type, text.get());
 }
 

@@ -40,8 +40,7 @@ std::pair<Kind, std::int64_t> kindOf(const CellValue& value, const NumberFormat&
   // The years of Python's datetime.
   if (day.year() < std::chrono::year(1) || day.year() > std::chrono::year(9999))
     return {Kind::kNumber, 0};
-  return {showsBoth ? Kind::kDateTime : Kind::kDate,
-          microseconds(time.time_since_epoch()).count()};
+  return {showsBoth ? Kind::kDateTime : Kind::kDate, microseconds(time.time_since_epoch()).count()};
 }
 
 // Everything that tells one look from another, as bytes.
@@ -153,15 +152,18 @@ void TableReader::add(const Item& item) {
   }
 }
 
-// A record of ten bytes may say the height of 65,536 rows, which come one by one.
+// A record of ten bytes may say the height of 65,536 rows, which come one by one, the last first.
 void TableReader::addHeight(const Run& run) {
   auto& heights = table_.heights;
-  if (!heights.empty() && heights.back().size == run.size && heights.back().last + 1 == run.first) {
-    heights.back().last = run.last;
-    return;
+  Run* const before = heights.empty() ? nullptr : &heights.back();
+  if (before != nullptr && before->size == run.size && run.last + 1 == before->first) {
+    before->first = run.first;
+  } else if (before != nullptr && before->size == run.size && before->last + 1 == run.first) {
+    before->last = run.last;
+  } else {
+    charge(sizeof(Run));
+    heights.push_back(run);
   }
-  charge(sizeof(Run));
-  heights.push_back(run);
 }
 
 void TableReader::addCell(const Item& item, const CellView& cell) {
@@ -228,12 +230,12 @@ void TableReader::settle() {
 }
 
 std::shared_ptr<const CellTable> readTable(const Notebook& notebook, const Sheet& sheet,
-                                           const Decoder& decoder,
-                                           std::shared_ptr<Budget> budget) {
+                                           const Decoder& decoder, std::shared_ptr<Budget> budget) {
   auto table = std::make_shared<CellTable>(std::move(budget));
   auto items = notebook.items(sheet);
   TableReader reader(*table, notebook, decoder);
-  for (const Item& item : items) reader.add(item);
+  for (const Item& item : items)
+    reader.add(item);
   if (auto error = items.error()) {
     if (error->reason != Reason::kDamaged) throw ReadFailure{std::move(*error)};
     table->damage = std::move(error->message);

@@ -53,7 +53,7 @@ struct TextColumn {
 
 // What cells of one look share.
 struct Look {
-  SSItemCell item{};     // alignment, colours, borders and font; CellView reads it
+  SSItemCell item{};      // alignment, colours, borders and font; CellView reads it
   NumberFormat format{};  // without its texts, which follow
   std::optional<std::string> formatText;
   std::string styleName;

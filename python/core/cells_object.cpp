@@ -87,7 +87,6 @@ PyObject* listTexts(PyObject* self, PyObject*) {
   return newList(table.size(), [&](std::size_t at) { return newText((table.*Column)[at]); });
 }
 
-
 template <std::vector<Run> CellTable::*Column>
 PyObject* listRuns(PyObject* self, PyObject*) {
   const std::vector<Run>& runs = tableOf(self).*Column;
@@ -154,14 +153,13 @@ PyObject* newLook(const Look& look) {
     return Py_BuildValue("(BN)", static_cast<unsigned>(border.line), colour(border.colour));
   }));
   if (!borders) return nullptr;
-  const Object font(
-      style.font ? Py_BuildValue("(y#INNNN)", style.font->name.data(),
-                                 static_cast<Py_ssize_t>(style.font->name.size()), style.font->size,
-                                 PyBool_FromLong(style.font->bold),
-                                 PyBool_FromLong(style.font->italic),
-                                 PyBool_FromLong(style.font->underline),
-                                 PyBool_FromLong(style.font->strikeOut))
-                 : Py_NewRef(Py_None));
+  const Object font(style.font ? Py_BuildValue("(y#INNNN)", style.font->name.data(),
+                                               static_cast<Py_ssize_t>(style.font->name.size()),
+                                               style.font->size, PyBool_FromLong(style.font->bold),
+                                               PyBool_FromLong(style.font->italic),
+                                               PyBool_FromLong(style.font->underline),
+                                               PyBool_FromLong(style.font->strikeOut))
+                               : Py_NewRef(Py_None));
   if (!font) return nullptr;
   return Py_BuildValue(
       "((BBNNN)(NBBNNOO))", look.format.code, look.format.decimals,

@@ -15,7 +15,8 @@ void Decoder::append(std::string_view text, std::string& utf8) const {
   } else if (multibyte_) {
     appendByCodec(text, utf8);
   } else {
-    for (const char byte : text) utf8.append(single_[static_cast<unsigned char>(byte)]);
+    for (const char byte : text)
+      utf8.append(single_[static_cast<unsigned char>(byte)]);
   }
 }
 

@@ -15,8 +15,15 @@ PyMethodDef kFunctions[] = {
 };
 
 PyModuleDef coreModule = {
-    PyModuleDef_HEAD_INIT, "qpsreader._core", nullptr, -1,      kFunctions,
-    nullptr,               nullptr,           nullptr, nullptr,
+    PyModuleDef_HEAD_INIT,
+    "qpsreader._core",
+    nullptr,
+    -1,
+    kFunctions,
+    nullptr,
+    nullptr,
+    nullptr,
+    nullptr,
 };
 
 }  // namespace

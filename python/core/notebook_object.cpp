@@ -56,10 +56,10 @@ PyObject* call(PyObject* self, Work&& work, Make&& make) {
   }
 }
 
-
 std::vector<std::string> sheetNames(const OpenNotebook& open, const Notebook& notebook) {
   std::vector<std::string> names;
-  for (const Sheet& sheet : notebook.sheets()) names.push_back(open.decoder.decode(sheet.name));
+  for (const Sheet& sheet : notebook.sheets())
+    names.push_back(open.decoder.decode(sheet.name));
   return names;
 }
 
@@ -196,8 +196,8 @@ PyObject* newNotebook(PyTypeObject* type, PyObject* arguments, PyObject*) {
   if (inMemory && PyBytes_AsStringAndSize(content, &data, &size) < 0) return nullptr;
 
   return guarded(name, [&]() -> PyObject* {
-    auto open = std::make_unique<OpenNotebook>(
-        name, Decoder(encoding, multibyte != 0, *std::move(single)));
+    auto open =
+        std::make_unique<OpenNotebook>(name, Decoder(encoding, multibyte != 0, *std::move(single)));
     open->budget->limit = static_cast<std::size_t>(limit);
     if (inMemory) open->bytes.reset(Py_NewRef(content));
     const auto error = [&] {
@@ -210,14 +210,10 @@ PyObject* newNotebook(PyTypeObject* type, PyObject* arguments, PyObject*) {
 }
 
 PyMethodDef kMethods[] = {
-    {"names", names, METH_NOARGS, nullptr},
-    {"read", readSheet, METH_VARARGS, nullptr},
-    {"texts", texts, METH_NOARGS, nullptr},
-    {"damage", damage, METH_NOARGS, nullptr},
-    {"facts", facts, METH_NOARGS, nullptr},
-    {"memory_in_use", memoryInUse, METH_NOARGS, nullptr},
-    {"close", close, METH_NOARGS, nullptr},
-    {},
+    {"names", names, METH_NOARGS, nullptr}, {"read", readSheet, METH_VARARGS, nullptr},
+    {"texts", texts, METH_NOARGS, nullptr}, {"damage", damage, METH_NOARGS, nullptr},
+    {"facts", facts, METH_NOARGS, nullptr}, {"memory_in_use", memoryInUse, METH_NOARGS, nullptr},
+    {"close", close, METH_NOARGS, nullptr}, {},
 };
 
 PyType_Slot kSlots[] = {

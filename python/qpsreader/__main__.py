@@ -3,11 +3,12 @@
 import argparse
 import sys
 import warnings
+from typing import Any
 
 import qpsreader
 
 
-def _list(path, options):
+def _list(path: str, options: argparse.Namespace) -> None:
     with qpsreader.open(path, encoding=options.encoding, salvage=options.salvage) as notebook:
         for sheet in notebook.sheets:
             name = sheet.name if sheet.name.isprintable() else ascii(sheet.name)
@@ -15,7 +16,11 @@ def _list(path, options):
                   f"{len(sheet.columns())} cells")
 
 
-def main():
+def _warn(message: Warning | str, *_: Any) -> None:
+    print(f"qpsreader: {message}", file=sys.stderr)
+
+
+def main() -> int:
     parser = argparse.ArgumentParser(prog="python -m qpsreader",
                                      description="List the worksheets of notebooks.")
     parser.add_argument("files", nargs="+", metavar="FILE")
@@ -23,7 +28,7 @@ def main():
     parser.add_argument("--salvage", action="store_true",
                         help="list what comes before the damage of a damaged notebook")
     options = parser.parse_args()
-    warnings.showwarning = lambda message, *_: print(f"warning: {message}", file=sys.stderr)
+    warnings.showwarning = _warn  # type: ignore[assignment]
     status = 0
     for path in options.files:
         try:

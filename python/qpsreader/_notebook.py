@@ -5,7 +5,7 @@ import os
 import warnings
 from collections.abc import Sequence
 from functools import cached_property
-from typing import NamedTuple
+from typing import Any, NamedTuple, Optional, Union, overload
 from weakref import WeakValueDictionary
 
 from . import _core
@@ -15,7 +15,11 @@ from ._sheet import Sheet
 _MEMORY_LIMIT = 1 << 30
 
 
-def open(source, encoding="cp1252", memory_limit=_MEMORY_LIMIT, salvage=False):
+PathOrBytes = Union[str, "os.PathLike[str]", bytes, bytearray, memoryview]
+
+
+def open(source: PathOrBytes, encoding: str = "cp1252", memory_limit: int = _MEMORY_LIMIT,
+         salvage: bool = False) -> "Notebook":
     """Opens a notebook and lists its worksheets.
 
     source: a path (a str or an os.PathLike), or the notebook itself (bytes, a bytearray, a
@@ -50,10 +54,10 @@ class Info(NamedTuple):
     user_format_count: int
 
 
-class _Source:
+class Source:
     """What a notebook and its sheets share, so that they need not hold each other."""
 
-    def __init__(self, source, encoding, memory_limit, salvage):
+    def __init__(self, source: PathOrBytes, encoding: str, memory_limit: int, salvage: bool):
         if memory_limit < 0:
             raise ValueError("memory_limit is a number of bytes, or 0 for none")
         name, content = _name_and_content(source)
@@ -65,7 +69,7 @@ class _Source:
         self.core = _core.Notebook(name, content, encoding, multibyte, characters, memory_limit)
         self.damage = self.core.damage()
 
-    def decode(self, raw):
+    def decode(self, raw: bytes) -> str:
         return raw.decode(self.encoding, "replace")
 
 
@@ -73,8 +77,8 @@ class Notebook:
     """An open notebook, from open(). A context manager; closing it gives back its memory, and the
     sheets that were read and are held stay."""
 
-    def __init__(self, source, encoding, memory_limit, salvage):
-        self._source = source = _Source(source, encoding, memory_limit, salvage)
+    def __init__(self, opened: PathOrBytes, encoding: str, memory_limit: int, salvage: bool):
+        self._source = source = Source(opened, encoding, memory_limit, salvage)
         self.name = source.name  #: the file's name, or "<bytes>"
         self.damage = source.damage  #: why the notebook is not whole, or None
         if self.damage:
@@ -86,56 +90,62 @@ class Notebook:
         self.sheets = Sheets(source, source.core.names())
 
     @cached_property
-    def texts(self):
+    def texts(self) -> tuple[str, ...]:
         """The notebook's own texts beside its cells, such as headers and footers: a tuple of str."""
         return tuple(self._source.core.texts())
 
     @property
-    def memory_in_use(self):
+    def memory_in_use(self) -> int:
         """What the notebook and its worksheets hold at the moment, in bytes."""
         return self._source.core.memory_in_use()
 
-    def close(self):
+    def close(self) -> None:
         """Gives back the memory and the file. What needs them afterwards raises ValueError."""
         self._source.core.close()
         self.sheets._forget()
 
-    def __enter__(self):
+    def __enter__(self) -> "Notebook":
         return self
 
-    def __exit__(self, *_):
+    def __exit__(self, *_: Any) -> None:
         self.close()
 
-    def __arrow_c_stream__(self, requested_schema=None):
+    def __arrow_c_stream__(self, requested_schema: Any = None) -> Any:
         """The cells of all worksheets as an Arrow stream, a batch for each sheet that has any
         (columns as in Sheet.__arrow_c_stream__). All sheets are read at this call. Raises as Sheet
         does."""
         return _core.arrow_stream([(sheet.name, sheet.columns()) for sheet in self.sheets])
 
-    def __repr__(self):
+    def __repr__(self) -> str:
         return f"<Notebook {self.name!r}>"
 
 
-class Sheets(Sequence):
+class Sheets(Sequence[Sheet]):
     """The worksheets in the file's order, by number (from 0) or by name. Of several with one name
     the first is found. A sheet that nobody holds is read again when it is asked for, but the one
     that was asked for last is kept."""
 
-    def __init__(self, source, names):
+    def __init__(self, source: Source, names: list[str]):
         self._source = source
         self._names = names
-        self._alive = WeakValueDictionary()
-        self._last = None
+        self._alive: WeakValueDictionary[int, Sheet] = WeakValueDictionary()
+        self._last: Optional[Sheet] = None
 
     @property
-    def names(self):
+    def names(self) -> list[str]:
         """The names, in the file's order."""
         return list(self._names)
 
-    def __len__(self):
+    def __len__(self) -> int:
         return len(self._names)
 
-    def __getitem__(self, key):
+    @overload
+    def __getitem__(self, key: Union[int, str]) -> Sheet: ...
+
+    @overload
+    def __getitem__(self, key: slice) -> list[Sheet]: ...
+
+    def __getitem__(self, key: Union[int, str, slice]) -> Union[Sheet, list[Sheet]]:
         if isinstance(key, slice):
             return [self[at] for at in range(*key.indices(len(self)))]
         if isinstance(key, str):
@@ -149,24 +159,24 @@ class Sheets(Sequence):
         self._last = sheet
         return sheet
 
-    def __contains__(self, name):
+    def __contains__(self, name: Any) -> bool:
         return name in self._names
 
-    def _forget(self):
+    def _forget(self) -> None:
         self._last = None
 
-    def __repr__(self):
+    def __repr__(self) -> str:
         return f"<Sheets {self._names}>"
 
 
-def _name_and_content(source):
+def _name_and_content(source: PathOrBytes) -> tuple[bytes, Optional[bytes]]:
     if isinstance(source, (str, os.PathLike)):
         return os.fsencode(source), None
     # Others may change while the reader reads.
     return b"<bytes>", source if isinstance(source, bytes) else bytes(memoryview(source))
 
 
-def _characters(encoding):
+def _characters(encoding: str) -> tuple[list[str], bool]:
     """What each byte means by itself, and whether some begin a longer sequence."""
     b"A".decode(encoding)  # LookupError for what is no text encoding
     make = codecs.getincrementaldecoder(encoding)

@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: MIT
 """How a cell looks."""
-from typing import NamedTuple, Optional, Tuple
+from typing import Any, Callable, NamedTuple, Optional
 
 _HORIZONTAL = ("general", "left", "centre", "right", "centreAcross")
 _VERTICAL = ("default", "centre", "bottom", "top")
-_LINES = {0: None, 5: "thin", 6: "thick", 8: "double"}
+_LINES = {6: "thick", 8: "double"}  # 0 is none, 5 and all others are thin
 
 
 class Format(NamedTuple):
@@ -46,21 +46,24 @@ class Style(NamedTuple):
     vertical: str
     fill_colour: Optional[int]
     text_colour: Optional[int]
-    borders: Tuple[Optional[Border], Optional[Border], Optional[Border], Optional[Border]]
+    borders: tuple[Optional[Border], Optional[Border], Optional[Border], Optional[Border]]
     font: Optional[Font]
 
 
-def _colour(red_lowest):
+def _colour(red_lowest: Optional[int]) -> Optional[int]:
     if red_lowest is None:
         return None
     return int.from_bytes((red_lowest & 0xFFFFFF).to_bytes(3, "little"), "big")
 
 
-def look_of(raw, decode):
+def _border(line: int, colour: Optional[int]) -> Optional[Border]:
+    return Border(_LINES.get(line, "thin"), _colour(colour)) if line else None
+
+
+def look_of(raw: Any, decode: Callable[[bytes], str]) -> tuple[Format, Style]:
     """(Format, Style) of what the core says of a look."""
     form, (name, horizontal, vertical, fill, text, borders, font) = raw
-    lines = tuple(Border(_LINES.get(line, "thin"), _colour(colour)) if line else None
-                  for line, colour in borders)
+    left, top, right, bottom = (_border(*border) for border in borders)
     return Format(*form), Style(
-        name, _HORIZONTAL[horizontal], _VERTICAL[vertical], _colour(fill), _colour(text), lines,
-        Font(decode(font[0]), *font[1:]) if font else None)
+        name, _HORIZONTAL[horizontal], _VERTICAL[vertical], _colour(fill), _colour(text),
+        (left, top, right, bottom), Font(decode(font[0]), *font[1:]) if font else None)

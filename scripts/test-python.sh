@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# test-python.sh: the Python package under pytest, from the build tree, and once more as pip
+# installs it. Without npm's DuckDB two tests are left out, and count as failed here.
+# shellcheck source=scripts/lib.sh
+. "$(dirname "$0")/lib.sh"
+
+need "${buildPackages[@]}" python3-dev python3-distributed python3-pandas python3-pip \
+  python3-pyarrow python3-pytest python3-venv npm
+python=/usr/bin/python3
+export PYTHONDONTWRITEBYTECODE=1
+
+# pip takes CMake and a compiler, and nothing that is not on this machine.
+pipInstalls() {
+  rm -rf build/venv
+  $python -m venv --system-site-packages build/venv &&
+    build/venv/bin/pip install --quiet --no-index --no-build-isolation . &&
+    [ "$(cd build && venv/bin/python -m qpsreader ../examples/budget.wb3)" = \
+      $'Budget\t10 rows\t7 columns\t47 cells\nCar\t5 rows\t5 columns\t21 cells' ]
+}
+
+buildPreset python qps qps_python_files
+quietly python-npm npm ci --prefix tests/python --no-audit --no-fund --ignore-scripts || true
+
+passed=0 failed=0
+log=build/log/pytest.txt
+$python -m pytest -q -p no:cacheprovider tests/python > "$log" 2>&1 || tail -n 60 "$log"
+countOf() { tail -n 1 "$log" | grep -oE "[0-9]+ $1" | cut -d' ' -f1 || true; }
+for word in passed failed errors? skipped; do
+  number=$(countOf "$word")
+  if [ $word = passed ]; then passed=${number:-0}; else failed=$((failed + ${number:-0})); fi
+done
+[ $((passed + failed)) -gt 0 ] || failed=1
+if quietly python-pip pipInstalls; then passed=$((passed + 1)); else failed=$((failed + 1)); fi
+echo "$passed passed, $failed failed"
+[ $failed = 0 ]
