@@ -20,8 +20,9 @@ _PYTHON_TAG = "cp311-abi3"
 
 def _project():
     project = tomllib.loads((_TOP / "pyproject.toml").read_text("utf-8"))["project"]
-    lists = (_TOP / "CMakeLists.txt").read_text("utf-8")
-    project["version"] = re.search(r"^project\(.* VERSION ([0-9.]+)", lists, re.MULTILINE)[1]
+    header = (_TOP / "include/qpsreader/version.h").read_text("utf-8")
+    project["version"] = ".".join(re.findall(r"VERSION_(?:MAJOR|MINOR|PATCH) ([0-9]+)$", header,
+                                             re.MULTILINE))
     return project
 
 

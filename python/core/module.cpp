@@ -4,6 +4,7 @@
 // opens notebooks and turns worksheets into columns; the package's face is in qpsreader/*.py.
 #include "python/core/python_api.h"
 
+#include <qpsreader/version.h>
 #include "python/core/cells_object.h"
 #include "python/core/notebook_object.h"
 
@@ -31,6 +32,8 @@ PyModuleDef coreModule = {
 PyMODINIT_FUNC PyInit__core() {
   using namespace qps::python;
   Object module(PyModule_Create(&coreModule));
-  if (!module || !addCellsTypes(module.get()) || !addNotebookType(module.get())) return nullptr;
+  if (!module || !addCellsTypes(module.get()) || !addNotebookType(module.get()) ||
+      PyModule_AddStringConstant(module.get(), "version", QPSREADER_VERSION_STRING) < 0)
+    return nullptr;
   return module.release();
 }

@@ -9,6 +9,7 @@
 What stands in a file is delivered as it stands: stored results of formulas are shown, never
 computed again. Rows and columns count from 1, sizes are in points, colours are 0xRRGGBB.
 """
+from ._core import version as __version__
 from ._errors import (Damaged, DamageWarning, Empty, LibraryMissing, LimitExceeded, NotANotebook,
                       NotebookError, Protected, Unreadable)
 from ._notebook import Info, Notebook, Sheets, open

@@ -2,6 +2,8 @@
 # The extension module (python/core/): use the package's own classes instead.
 from typing import Any, Optional
 
+version: str
+
 class Cells:
     """Sheet.columns() says what the columns are."""
 
