@@ -148,9 +148,11 @@ def test_days_and_times():
     sheet = make.sheet(*(number(0, at, serial, style) for at, (style, serial, _) in
                          enumerate(rows)), name=b"A")
     book = make.notebook(sheet, definitions=make.font() + moment + styles)
-    values = [cell.value for cell in qpsreader.open(book).sheets[0].cells()]
+    sheet = qpsreader.open(book).sheets[0]
+    values = [cell.value for cell in sheet.cells()]
     assert values == [value for _, _, value in rows]
     assert [type(value) for value in values] == [type(value) for _, _, value in rows]
+    assert sheet.columns().when.tolist()[5:7] == [18 * 3600 * 10**6, 0]  # not 24 hours
 
 
 @pytest.mark.parametrize("encoding, raw, text", [
