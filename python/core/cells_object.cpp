@@ -190,7 +190,7 @@ PyObject* newStreamCapsule(std::vector<NamedTable> tables) {
     stream->release(stream.get());
     return nullptr;
   }
-  stream.release();
+  static_cast<void>(stream.release());  // the capsule's now
   return capsule;
 }
 

@@ -29,6 +29,7 @@ PyModuleDef coreModule = {
 
 }  // namespace
 
+// NOLINTNEXTLINE(readability-identifier-naming): Python looks for this name
 PyMODINIT_FUNC PyInit__core() {
   using namespace qps::python;
   Object module(PyModule_Create(&coreModule));

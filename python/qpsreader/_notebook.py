@@ -4,7 +4,7 @@ import codecs
 import os
 import warnings
 from collections.abc import Sequence
-from functools import cached_property
+from functools import cached_property, lru_cache
 from typing import Any, NamedTuple, Optional, Union, overload
 from weakref import WeakValueDictionary
 
@@ -13,7 +13,6 @@ from ._errors import Damaged, DamageWarning
 from ._sheet import Sheet
 
 _MEMORY_LIMIT = 1 << 30
-
 
 PathOrBytes = Union[str, "os.PathLike[str]", bytes, bytearray, memoryview]
 
@@ -176,6 +175,7 @@ def _name_and_content(source: PathOrBytes) -> tuple[bytes, Optional[bytes]]:
     return b"<bytes>", source if isinstance(source, bytes) else bytes(memoryview(source))
 
 
+@lru_cache(maxsize=16)
 def _characters(encoding: str) -> tuple[list[str], bool]:
     """What each byte means by itself, and whether some begin a longer sequence."""
     b"A".decode(encoding)  # LookupError for what is no text encoding
