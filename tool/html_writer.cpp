@@ -18,6 +18,7 @@
 #include "tool/commands.h"
 #include "tool/document.h"
 #include "tool/html_style.h"
+#include "tool/html_writer.h"
 #include "tool/output.h"
 #include "tool/text_forms.h"
 
@@ -27,7 +28,7 @@ namespace {
 constexpr std::uint32_t kMostColumns = 256;
 constexpr std::uint64_t kRowHeaderWidth = 640;  // twentieths of a point
 constexpr std::size_t kLargeSheet = 5000;       // cells; from here on rows are laid out when seen
-constexpr std::uint32_t kRowsTogether = 50;
+constexpr std::uint32_t kRowsTogether = HtmlSheet::kRowsTogether;
 constexpr std::uint64_t kCellPadding = 90;  // with the lines, at most
 constexpr std::size_t kMostNames = 20;      // of hidden stretches in a note
 constexpr std::uint64_t kEmptyCellsAtLeast = 1000;
@@ -48,6 +49,10 @@ class SheetTable {
   SheetTable(Output& out, const Document& document, const SheetData& sheet);
 
   void write();
+  bool isLarge() const { return large_; }
+  void writeHead();
+  void writeRows(std::uint32_t first, std::uint32_t last);
+  void writeEnd();
 
  private:
   using Cells = std::span<const Cell>;
@@ -136,7 +141,7 @@ std::uint32_t SheetTable::shownWidth(std::uint32_t column) const {
   return isHidden(column) ? sheet_.info.defaultColumnWidth : widths_[column];
 }
 
-void SheetTable::write() {
+void SheetTable::writeHead() {
   const Cells cells = sheet_.cells;
   std::uint64_t all = kRowHeaderWidth;
   for (std::uint32_t column = 1; column <= lastColumn_; ++column)
@@ -161,6 +166,11 @@ void SheetTable::write() {
       "\">\n<h2 id=\"name" + std::to_string(sheet_.number) + "\">" + html(sheet_.name) + "</h2>\n");
   writeNote(hiddenNames());
   writeColumns();
+}
+
+void SheetTable::write() {
+  writeHead();
+  const Cells cells = sheet_.cells;
   std::uint32_t nextRow = 1;
   for (std::size_t first = 0; first < cells.size();) {
     const std::uint32_t row = cells[first].place.row();
@@ -172,7 +182,24 @@ void SheetTable::write() {
     nextRow = row + 1;
     first = end;
   }
+  writeEnd();
+}
+
+void SheetTable::writeEnd() {
   out_.write("</tbody>\n</table>\n</section>\n");
+}
+
+void SheetTable::writeRows(std::uint32_t first, std::uint32_t last) {
+  rowsWritten_ = 0;
+  const Cell* cell =
+      std::lower_bound(sheet_.cells.begin(), sheet_.cells.end(), first,
+                       [](const Cell& one, std::uint32_t row) { return one.place.row() < row; });
+  for (std::uint32_t row = first; row <= last; ++row) {
+    const Cell* const begin = cell;
+    while (cell != sheet_.cells.end() && cell->place.row() == row)
+      ++cell;
+    writeRow(row, {begin, cell});
+  }
 }
 
 // "column F (where numbers have no text), rows 9, 12–20"; "" when nothing is hidden. The reader
@@ -253,8 +280,8 @@ void SheetTable::writeEmptyRows(std::uint32_t first, std::uint32_t last) {
       writeRow(row, {});
     return;
   }
-  const auto shown = std::count_if(widths_.begin() + 1, widths_.begin() + 1 + lastColumn_,
-                                   [](std::uint32_t width) { return width != 0; });
+  const auto shown = std::ranges::count_if(std::span(widths_).subspan(1, lastColumn_),
+                                           [](std::uint32_t width) { return width != 0; });
   out_.write("<tr class=\"gap\"><th scope=\"row\" data-n=\"" + std::to_string(first) + "\u2013" +
              std::to_string(last) + "\"></th><td colspan=\"" +
              std::to_string(std::max<std::ptrdiff_t>(shown, 1)) +
@@ -430,10 +457,7 @@ void Page::writeHead(const std::string& title) {
     names += (names.empty() ? "" : ", ") + sheet.name;
   out_.write("<meta name=\"description\" content=\"Notebook with the worksheets: " + html(names) +
              "\">\n<title>" + title + "</title>\n<style>\n");
-  out_.write(pageStyles());
-  for (std::uint32_t number = 0; number < document_.styles.size(); ++number)
-    out_.write(".s" + std::to_string(number) + "{" +
-               cssOf(document_.styles.style(number), *document_.decoder) + "}\n");
+  writeHtmlStyles(out_, document_);
   out_.write("</style>\n</head>\n");
 }
 
@@ -447,6 +471,38 @@ void Page::writeTabs() {
 }
 
 }  // namespace
+
+void writeHtmlStyles(Output& out, const Document& document) {
+  out.write(pageStyles());
+  for (std::uint32_t number = 0; number < document.styles.size(); ++number)
+    out.write(".s" + std::to_string(number) + "{" +
+              cssOf(document.styles.style(number), *document.decoder) + "}\n");
+}
+
+struct HtmlSheet::State {
+  SheetTable table;
+};
+
+HtmlSheet::HtmlSheet(Output& out, const Document& document, const SheetData& sheet)
+    : state_(new State{SheetTable(out, document, sheet)}) {}
+HtmlSheet::~HtmlSheet() = default;
+
+bool HtmlSheet::isLarge() const {
+  return state_->table.isLarge();
+}
+
+void HtmlSheet::write() {
+  state_->table.write();
+}
+
+void HtmlSheet::writeFrame() {
+  state_->table.writeHead();
+  state_->table.writeEnd();
+}
+
+void HtmlSheet::writeRows(std::uint32_t first, std::uint32_t last) {
+  state_->table.writeRows(first, last);
+}
 
 void writeHtml(Output& out, const Document& document, std::span<const SheetData> sheets,
                const Settings&) {
