@@ -37,6 +37,9 @@ endfunction()
 # lies. _FORTIFY_SOURCE needs an optimising compiler, and takes the place of whatever the compiler or
 # a package build defined.
 function(qps_set_hardening target)
+  if(QPS_WASM)
+    return()
+  endif()
   set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON)
   if(WIN32)
     return()
@@ -168,7 +171,12 @@ endfunction()
 # the compound-document library with it, which the host only finds when something asks the linker for
 # it (library_loader_posix.cpp).
 function(qps_add_host_library)
-  add_library(qpshost STATIC ${ARGN})
+  set(kind STATIC)
+  # The linker for WebAssembly wants an archiver of its own, which one module does without.
+  if(QPS_WASM)
+    set(kind OBJECT)
+  endif()
+  add_library(qpshost ${kind} ${ARGN})
   set_target_properties(qpshost PROPERTIES EXPORT_NAME host_archive)
   target_compile_features(qpshost INTERFACE cxx_std_20)
   target_link_libraries(qpshost PUBLIC ${CMAKE_DL_LIBS})

@@ -37,10 +37,14 @@ std::uint64_t mostInMemory(const OpenOptions& options) {
   return options.memoryLimit == 0 ? kMost : std::min<std::uint64_t>(kMost, options.memoryLimit / 4);
 }
 
-// Empty for an empty path, and for one that cannot be told.
-std::filesystem::path absoluteFolder(const std::filesystem::path& folder) {
+// Empty for an empty path, and for one that cannot be told: every one on a system without files.
+std::filesystem::path absoluteFolder([[maybe_unused]] const std::filesystem::path& folder) {
+#if defined(__wasm__)
+  return {};
+#else
   std::error_code failed;
   return std::filesystem::absolute(folder, failed);
+#endif
 }
 
 }  // namespace
