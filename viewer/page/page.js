@@ -19,8 +19,11 @@ import {SheetView} from './sheet.js';
  * @property {number} match
  */
 
-/** @template {HTMLElement} [T=HTMLElement] @param {string} id @returns {T} */
-const byId = (id) => /** @type {T} */ (document.getElementById(id));
+/** @param {string} id */
+const byId = (id) => /** @type {HTMLElement} */ (document.getElementById(id));
+const encodingChoice = /** @type {HTMLSelectElement} */ (byId('encoding'));
+const wantedText = /** @type {HTMLInputElement} */ (byId('wanted'));
+const fileChoice = /** @type {HTMLInputElement} */ (byId('choose'));
 
 /** @type {OpenFile[]} */
 const files = [];
@@ -50,7 +53,7 @@ async function addFiles(chosen) {
   for (const file of [...chosen]) {
     /** @type {OpenFile} */
     const opened = {name: file.name, bytes: new Uint8Array(), salvage: false, sheet: 0,
-                    encoding: byId(/** @type {any} */ ('encoding')).value, instance: null,
+                    encoding: encodingChoice.value, instance: null,
                     error: null, view: null, matches: null, match: -1};
     try {
       opened.bytes = new Uint8Array(await file.arrayBuffer());
@@ -150,7 +153,7 @@ function show(file) {
   byId('files').hidden = files.length === 0;
   byId('welcome').hidden = file !== null;
   document.title = file === null ? 'qpsreader' : `${file.name} – qpsreader`;
-  if (file !== null) byId(/** @type {any} */ ('encoding')).value = file.encoding;
+  if (file !== null) encodingChoice.value = file.encoding;
   if (file !== null && file.instance !== null && file.error === null) showSheet(file, file.sheet);
   const failed = file !== null && file.error !== null;
   byId('failure').hidden = !failed;
@@ -280,7 +283,7 @@ let searched = '';
 /** @param {number} step */
 async function goToMatch(step) {
   const file = current;
-  const wanted = byId(/** @type {any} */ ('wanted')).value;
+  const wanted = wantedText.value;
   if (file === null || file.instance === null || wanted === '') return;
   try {
     if (file.matches === null || searched !== wanted) find(file, wanted);
@@ -290,8 +293,8 @@ async function goToMatch(step) {
   }
   const matches = file.matches ?? [];
   if (matches.length > 0) {
-    file.match = (file.match + step + matches.length) % matches.length;
-    if (step < 0 && file.match === matches.length - 2) file.match = matches.length - 1;
+    const before = file.match < 0 && step < 0 ? 0 : file.match;
+    file.match = (before + step + matches.length) % matches.length;
     const {sheet, row, column} = matches[file.match];
     if (sheet !== file.sheet) showSheet(file, sheet);
     await file.view?.ready;
@@ -339,14 +342,13 @@ function saveHtml() {
 }
 
 function listen() {
-  const choose = byId(/** @type {any} */ ('choose'));
-  choose.addEventListener('change', async () => {
-    await addFiles(choose.files);
-    choose.value = '';
+  fileChoice.addEventListener('change', async () => {
+    await addFiles(fileChoice.files ?? []);
+    fileChoice.value = '';
   });
-  byId('encoding').addEventListener('change', () => {
+  encodingChoice.addEventListener('change', () => {
     if (current === null) return;
-    current.encoding = byId(/** @type {any} */ ('encoding')).value;
+    current.encoding = encodingChoice.value;
     open(current);
     show(current);
   });
