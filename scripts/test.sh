@@ -21,6 +21,7 @@ steps=(
   "integrations script"
   "i686         preset  g++-i686-linux-gnu googletest qemu-user"
   "s390x        preset  g++-s390x-linux-gnu googletest qemu-user"
+  "viewer       script"
   "mingw        windows g++-mingw-w64-x86-64-posix googletest wine64"
   "fresh        script"
 )
@@ -144,6 +145,7 @@ reader/sheetinfo  reader/frame
 olefio
 host
 tool              host
+viewer            host|tool
 END
   count $status
 }

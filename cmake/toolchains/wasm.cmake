@@ -8,7 +8,7 @@ set(QPS_WASM TRUE)
 foreach(language C CXX)
   set(CMAKE_${language}_COMPILER_TARGET wasm32-wasi)
   set(CMAKE_${language}_FLAGS_INIT
-    "-mbulk-memory -mnontrapping-fptoint -msign-ext -mmutable-globals -Wno-unused-private-field")
+    "-mbulk-memory -mnontrapping-fptoint -msign-ext -mmutable-globals")
 endforeach()
 set(CMAKE_C_COMPILER clang-19)
 set(CMAKE_CXX_COMPILER clang++-19)

@@ -150,14 +150,30 @@ export class Instance {
   }
 
   /**
+   * What a call returns.
+   *
+   * @param {string} name
+   * @param {...number} args
+   * @returns {number}
+   */
+  callForNumber(name, ...args) {
+    this.check();
+    return this.guarded(() => this.exports[name](...args));
+  }
+
+  check() {
+    if (this.exports === null)
+      throw this.failure ?? new QpsError('closed', 'the notebook is closed');
+  }
+
+  /**
    * The output of a call, in chunks.
    *
    * @param {string} name
    * @param {...(number | string)} args
    */
   callForChunks(name, ...args) {
-    if (this.exports === null)
-      throw this.failure ?? new QpsError('closed', 'the notebook is closed');
+    this.check();
     this.chunks = [];
     this.outputLeft = this.mostOutput;
     this.guarded(() => this.exports[name](...args));
@@ -189,8 +205,7 @@ export class Instance {
    * @returns {T}
    */
   withText(text, use) {
-    if (this.exports === null)
-      throw this.failure ?? new QpsError('closed', 'the notebook is closed');
+    this.check();
     const bytes = utf8Encoder.encode(text + '\0');
     const at = this.guarded(() => this.exports.allocate(bytes.length));
     if (at === 0) this.fail(new QpsError('memory-limit', 'the memory limit was reached'));
@@ -215,6 +230,10 @@ export class Instance {
     this.failure = error;
     this.close();
     throw error;
+  }
+
+  isAlive() {
+    return this.exports !== null;
   }
 
   close() {

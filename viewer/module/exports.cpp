@@ -5,6 +5,7 @@
 // failures through hostFail, after which nothing here is called again.
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -60,8 +61,9 @@ class Session {
   void writeRows(std::uint32_t index, std::uint32_t first, std::uint32_t last);
   void find(std::uint32_t index, std::string_view wanted);
   void writeCell(std::uint32_t index, std::uint32_t row, std::uint32_t column);
-  void beginCells(std::uint32_t index);
-  void writeCells(std::uint32_t count);
+  std::uint32_t beginCells(std::uint32_t index);
+  void writeCells(std::uint32_t fetch, std::uint32_t count);
+  void endCells(std::uint32_t fetch) { fetches_.erase(fetch); }
   void writeSheetCsv(std::uint32_t index);
   void writeNotebookHtml(std::string_view name);
 
@@ -78,7 +80,8 @@ class Session {
   Notebook notebook_;
   std::optional<Error> damage_;
   std::optional<Shown> shown_;
-  std::optional<Fetch> fetch_;
+  std::map<std::uint32_t, Fetch> fetches_;
+  std::uint32_t nextFetch_ = 1;
   Output out_{nullptr};
 };
 
@@ -217,9 +220,9 @@ void Session::writeCell(std::uint32_t index, std::uint32_t row, std::uint32_t co
   send(text);
 }
 
-void Session::beginCells(std::uint32_t index) {
-  fetch_.reset();
-  fetch_.emplace(notebook_, notebook_.sheets()[index], decoder_);
+std::uint32_t Session::beginCells(std::uint32_t index) {
+  fetches_.try_emplace(nextFetch_, notebook_, notebook_.sheets()[index], decoder_);
+  return nextFetch_++;
 }
 
 void Session::failOn(const ItemRange& range) const {
@@ -227,23 +230,26 @@ void Session::failOn(const ItemRange& range) const {
   if (error && !(settings_.salvage && error->reason == Reason::kDamaged)) fail(*error);
 }
 
-// The next `count` items' cells; an empty array after the last one.
-void Session::writeCells(std::uint32_t count) {
+// The cells among the next `count` items, and at least one; an empty array after the last one.
+void Session::writeCells(std::uint32_t number, std::uint32_t count) {
+  const auto found = fetches_.find(number);
+  if (found == fetches_.end()) return out_.write("[]"), out_.flush();
+  Fetch& fetch = found->second;
   rapidjson::StringBuffer text;
   Json json(text);
   json.StartArray();
   bool any = false;
-  while (fetch_->next != std::default_sentinel && (count > 0 || !any)) {
-    const Item& item = *fetch_->next;
+  while (fetch.next != std::default_sentinel && (count > 0 || !any)) {
+    const Item& item = *fetch.next;
     if (const auto cell = item.cell()) {
-      fetch_->writer.write(item, *cell, json);
+      fetch.writer.write(item, *cell, json);
       any = true;
     }
-    ++fetch_->next;
+    ++fetch.next;
     if (count > 0) --count;
   }
   json.EndArray();
-  if (!any) failOn(fetch_->range);
+  if (!any) failOn(fetch.range);
   send(text);
 }
 
@@ -315,12 +321,17 @@ QPS_EXPORT(cell) void cell(std::uint32_t sheet, std::uint32_t row, std::uint32_t
   session->writeCell(sheet, row, column);
 }
 
-QPS_EXPORT(beginCells) void beginCells(std::uint32_t sheet) {
-  session->beginCells(sheet);
+// Several worksheets may be read at a time, each by a number of its own.
+QPS_EXPORT(beginCells) std::uint32_t beginCells(std::uint32_t sheet) {
+  return session->beginCells(sheet);
 }
 
-QPS_EXPORT(cells) void cells(std::uint32_t count) {
-  session->writeCells(count);
+QPS_EXPORT(cells) void cells(std::uint32_t fetch, std::uint32_t count) {
+  session->writeCells(fetch, count);
+}
+
+QPS_EXPORT(endCells) void endCells(std::uint32_t fetch) {
+  session->endCells(fetch);
 }
 
 QPS_EXPORT(csv) void csv(std::uint32_t sheet) {
