@@ -162,7 +162,7 @@ std::string write(const Input& input, const qps::Document& document,
                   std::span<const qps::SheetData> sheets) {
   static Capture capture;
   qps::Output out(capture.file());
-  const std::uint64_t bound = qps::outputBound(document);
+  const std::uint64_t bound = qps::outputBound(document, input.command.need, input.settings);
   if (bound > input.mostOutput && !fits(input.mostOutput, input, document, sheets, out))
     return "more than the limit";
   input.command.write(out, document, sheets, input.settings);
