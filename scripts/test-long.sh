@@ -15,6 +15,11 @@ fuzz() {
   scripts/fuzz.sh "${FUZZ_SECONDS:-600}"
 }
 
+# A second engine finds what the first one does not: the same targets, from what that has reached.
+afl() {
+  scripts/fuzz.sh --afl "${FUZZ_SECONDS:-600}"
+}
+
 # Every byte of the examples set to each of 256 values; with the sanitizers, because a wrong read
 # need not break a promise.
 damage() {
@@ -25,7 +30,7 @@ damage() {
 # slow, run under the other sanitizers; and to valgrind a long double, which one test reckons with, is
 # a double.
 memory() {
-  local program programs=(reader_tests render_tests olefio_tests fault_tests)
+  local program programs=(reader_tests render_tests olefio_tests fault_tests host_tests tool_test)
   need valgrind
   buildPreset release "${programs[@]}" || return
   for program in "${programs[@]}"; do
@@ -44,7 +49,7 @@ mutation() {
 
 main() {
   local step status=0
-  [ $# != 0 ] || set -- worlds fuzz damage memory coverage mutation
+  [ $# != 0 ] || set -- worlds fuzz afl damage memory coverage mutation
   for step in "$@"; do
     [ "$(type -t "$step")" = function ] || die "no such step: $step"
   done
