@@ -2,10 +2,11 @@
 # SPDX-License-Identifier: MIT
 """mutation.py [--count N] [--seed S] [--file PATH]...: breaks the code and sees whether a test notices.
 
-Each mutant changes one place of a source file of the reader or of olefio: an operator, a constant, a
-result, or a statement that is dropped. Only that file is compiled again, into a copy, or, for a header,
-the sources that include it; the test programs are linked with these in front and run, with the address
-and undefined-behaviour sanitizers. A mutant is caught when a program fails, crashes or does not end.
+Each mutant changes one place of a source file: an operator, a constant, a result, or a statement that
+is dropped. Only that file is compiled again, into a copy, or, for a header, the sources that include
+it; the test programs are linked with these and run, with the address and undefined-behaviour
+sanitizers. The tool is linked so too, and its Python tests run it. A mutant is caught when a program
+fails, crashes or does not end. PATH may be a folder.
 
 Each place has its lot by the seed and its text, so that the draw in one file does not depend on the
 others, and the results are kept in build/mutation/results.jsonl by file contents: a run goes on where
@@ -24,8 +25,10 @@ import pathlib
 import re
 import shlex
 import shutil
+import signal
 import subprocess
 import sys
+import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build/mutation"
@@ -33,21 +36,26 @@ RESULTS = BUILD / "results.jsonl"
 SHADOW = BUILD / "shadow"
 EQUIVALENTS = ROOT / "scripts/mutation_equivalents.txt"
 LEAST_CAUGHT = 90.0
-TIMEOUT_SECONDS = 60
+TIMEOUT_SECONDS = 60  # at least; and five times what the unbroken program takes
 
 # The programs that notice, by room, the one first that costs the least for what it notices.
 PROGRAMS = {
     "olefio": ["olefio_tests", "fault_tests"],
     "reader/render": ["reader_tests", "render_tests"],
+    "host": ["host_tests"],
+    "tool": ["qps"],
     "default": ["reader_tests", "fault_tests"],
 }
+# What runs the tool, the one first that costs the least.
+TOOL_TESTS = [["test_commands.py"], ["test_output.py"], ["test_html.py", "Html"],
+              ["test_failures.py"], ["test_consistency.py", "Consistency"]]
 # Headers with code that runs for each cell; most of the others hold declarations.
 HEADERS = ["reader/" + header for header in (
     "format/date_text.h", "format/format_value.h", "format/rendering.h", "frame/item_text.h",
     "frame/short_text.h", "render/date_serial.h", "render/digits.h", "render/short_fixed.h",
     "render/text_buffer.h", "render/word_text.h", "styles/apply_style.h")]
 ROOMS = ["reader/frame", "reader/scan", "reader/items", "reader/styles", "reader/format", "reader/render",
-         "reader/sheetinfo", "olefio"]
+         "reader/sheetinfo", "olefio", "host", "tool"]
 
 SWAPS = [
     (" < ", " <= "), (" <= ", " < "), (" > ", " >= "), (" >= ", " > "),
@@ -110,16 +118,43 @@ def run(command, **options):
                           errors="replace", **options)
 
 
-def configure():
+def succeeds(command, environment, timeout=None):
+    """Whether it ends well in time; what it has started ends with it."""
+    process = subprocess.Popen(command, cwd=BUILD, env=environment, start_new_session=True,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    try:
+        return process.wait(timeout) == 0
+    except subprocess.TimeoutExpired:
+        os.killpg(process.pid, signal.SIGKILL)
+        process.wait()
+        return False
+
+
+def programs_for(file):
+    return PROGRAMS.get(os.path.dirname(file), PROGRAMS["default"])
+
+
+def configure(programs):
     flags = "-fsanitize=address,undefined -fno-sanitize-recover=all -O1 -g0"
     subprocess.run(
         ["cmake", "-S", str(ROOT), "-B", str(BUILD), "-G", "Ninja", "-DCMAKE_BUILD_TYPE=None",
-         f"-DCMAKE_C_FLAGS={flags}", f"-DCMAKE_CXX_FLAGS={flags}", "-DQPSREADER_BUILD_TOOL=OFF"],
+         f"-DCMAKE_C_FLAGS={flags}", f"-DCMAKE_CXX_FLAGS={flags}"],
         check=True, stdout=subprocess.DEVNULL)
-    programs = sorted({name for names in PROGRAMS.values() for name in names})
     subprocess.run(["cmake", "--build", str(BUILD), "--target", *programs], check=True,
                    stdout=subprocess.DEVNULL)
-    return programs
+
+
+def commands_of(program, path):
+    """Tries what this program, which lies there, promises; with the environment for it."""
+    # One test loads a library a second time, from another folder.
+    options = "hard_rss_limit_mb=2000:detect_leaks=0:detect_odr_violation=0"
+    environment = dict(os.environ, ASAN_OPTIONS=options)
+    if program != "qps":
+        yield [path, "--gtest_brief=1", "--gtest_fail_fast", "--gtest_filter=-Amplification*"], environment
+        return
+    environment.update(QPS=path, QPS_SOURCE=str(ROOT))
+    for script, *cases in TOOL_TESTS:
+        yield [sys.executable, "-B", str(ROOT / "tests/tool" / script), "-f", *cases], environment
 
 
 class Bench:
@@ -135,6 +170,15 @@ class Bench:
         for program in programs:
             commands = run(["ninja", "-t", "commands", program], check=True).stdout.splitlines()
             self.link[program] = commands[-1]
+        self.timeout = {program: self.passes(program) for program in programs}
+
+    def passes(self, program):
+        """How long a mutant may take, by what the unbroken program takes."""
+        start = time.monotonic()
+        for command, environment in commands_of(program, str(BUILD / "bin" / program)):
+            if not succeeds(command, environment):
+                sys.exit(f"{program} fails without a mutant: {shlex.join(command)}")
+        return max(TIMEOUT_SECONDS, 5 * (time.monotonic() - start))
 
     def outcome(self, mutant):
         lines = (ROOT / mutant.file).read_text().splitlines()
@@ -143,14 +187,17 @@ class Bench:
         shutil.rmtree(SHADOW, ignore_errors=True)
         mutated.parent.mkdir(parents=True)
         mutated.write_text("\n".join(lines) + "\n")
-        objects = []
+        objects = {}  # the mutants, by the objects that they stand for
         for source in sources_with(mutant.file):
-            objects.append(f"mutant_{len(objects)}.o")
-            if not self.compiles(source, objects[-1]):
+            if source not in self.compile:
+                continue  # another system's
+            command = self.compile[source]
+            original = command[command.index("-o") + 1]
+            objects[original] = f"mutant_{len(objects)}.o"
+            if not self.compiles(source, objects[original]):
                 return "stillborn", ""
-        room = os.path.dirname(mutant.file)
-        for program in PROGRAMS.get(room, PROGRAMS["default"]):
-            if self.notices(program, " ".join(objects)):
+        for program in programs_for(mutant.file):
+            if self.notices(program, objects):
                 return "caught", program
         return "survived", ""
 
@@ -168,20 +215,21 @@ class Bench:
         return run([*command[:1], f"-I{SHADOW}", *command[1:]]).returncode == 0
 
     def notices(self, program, objects):
-        # In front of all: neither the library's own objects are taken, nor what the tests have of a
-        # header's functions.
-        link = self.link[program].replace(f"-o bin/{program}", f"-o mutant_{program}")
-        link = re.sub(r" (\S+\.o) ", rf" {objects} \1 ", link, count=1)
+        # In place of the original; or in front of all, where neither a library's own objects are
+        # taken, nor what the tests have of a header's functions.
+        mutant = f"bin/mutant_{program}"
+        link, front = self.link[program].replace(f"-o bin/{program} ", f"-o {mutant} "), []
+        for original, copied in objects.items():
+            if f" {original} " in link:
+                link = link.replace(f" {original} ", f" {copied} ")
+            else:
+                front.append(copied)
+        link = re.sub(r" (\S+\.o) ", rf" {' '.join(front)} \1 ", link, count=1)
         linked = run(link, shell=True)
         if linked.returncode != 0:
             sys.exit(f"cannot link {program}:\n{linked.stderr}")
-        environment = dict(os.environ, ASAN_OPTIONS="hard_rss_limit_mb=2000:detect_leaks=0")
-        try:
-            return run([f"./mutant_{program}", "--gtest_brief=1", "--gtest_fail_fast",
-                        "--gtest_filter=-Amplification*"],
-                       env=environment, timeout=TIMEOUT_SECONDS).returncode != 0
-        except subprocess.TimeoutExpired:
-            return True
+        return not all(succeeds(command, environment, self.timeout[program])
+                       for command, environment in commands_of(program, str(BUILD / mutant)))
 
 
 @functools.cache
@@ -256,18 +304,22 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--count", type=int, default=300)
     parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("--file", action="append", help="only this source file")
+    parser.add_argument("--file", action="append", metavar="PATH",
+                        help="only this source file, or those of this folder")
     arguments = parser.parse_args()
 
-    files = arguments.file or [*sources_in(ROOMS), *HEADERS]
+    files = [*sources_in(ROOMS), *HEADERS]
+    if arguments.file:
+        files = [file for file in files
+                 if file in arguments.file or os.path.dirname(file) in arguments.file]
+    programs = sorted({program for file in files for program in programs_for(file)})
+    configure(programs)
+    bench = Bench(programs)
+    files = [file for file in files if file in bench.compile or file.endswith(".h")]
     places = [mutant for file in files for mutant in places_in(file)]
     places.sort(key=lambda mutant: lot_of(mutant, arguments.seed))
     print(f"{len(places)} places in {len(files)} files")
 
-    bench = Bench(configure())
-    for program in bench.link:  # the unbroken programs must pass
-        if run([f"./bin/{program}", "--gtest_brief=1"]).returncode != 0:
-            sys.exit(f"{program} fails without a mutant")
     before, known, rows, live = done_before(), equivalents(), [], 0
     with RESULTS.open("a") as results:
         for mutant in places:
