@@ -19,6 +19,7 @@ steps=(
   "includes     includes"
   "tidy         tidy    clang-14 clang-tidy-14"
   "integrations script"
+  "python       script"
   "i686         preset  g++-i686-linux-gnu googletest qemu-user"
   "s390x        preset  g++-s390x-linux-gnu googletest qemu-user"
   "viewer       script"
