@@ -3,7 +3,6 @@
 // Output and OutputFile; the C library's files are used because they are the same on every system.
 #include "tool/output.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -73,24 +72,6 @@ Output::Output(const Output& real, std::uint64_t most)
       block_(new char[kBlockBytes]),
       cursor_(block_.get()),
       end_(block_.get() + kBlockBytes) {}
-
-void Output::makeRoom(std::size_t size) {
-  flush();
-  if (size <= capacity_) return;
-  block_.reset(new char[size]);
-  capacity_ = size;
-  cursor_ = block_.get();
-  end_ = cursor_ + size;
-}
-
-void Output::fill(std::size_t count, char byte) {
-  while (count > 0) {
-    const std::size_t part = std::min(count, kBlockBytes);
-    std::memset(reserve(part), byte, part);
-    cursor_ += part;
-    count -= part;
-  }
-}
 
 void Output::flush() {
   const auto size = static_cast<std::size_t>(cursor_ - block_.get());

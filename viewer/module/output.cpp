@@ -3,8 +3,6 @@
 // Output hands its blocks to the JavaScript: no result lies in the module's memory as a whole.
 #include "tool/output.h"
 
-#include <algorithm>
-
 #include "viewer/module/host_calls.h"
 
 namespace qps {
@@ -21,20 +19,6 @@ Output::Output(std::FILE*)
       block_(new char[kBlockBytes]),
       cursor_(block_.get()),
       end_(block_.get() + kBlockBytes) {}
-
-void Output::makeRoom(std::size_t size) {
-  flush();
-  if (size <= capacity_) return;
-  block_.reset(new char[size]);
-  capacity_ = size;
-  cursor_ = block_.get();
-  end_ = cursor_ + size;
-}
-
-void Output::fill(std::size_t count, char byte) {
-  for (; count > 0; --count)
-    put(byte);
-}
 
 void Output::flush() {
   const auto size = static_cast<std::size_t>(cursor_ - block_.get());
