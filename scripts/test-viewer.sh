@@ -6,6 +6,7 @@
 . "$(dirname "$0")/lib.sh"
 
 need "${buildPackages[@]}" chromium
+command -v npm > /dev/null || need nodejs npm
 scripts/build-viewer.sh
 buildPreset release qps
 export QPS=$PWD/build/release/bin/qps

@@ -5,12 +5,12 @@ import {execFileSync} from 'node:child_process';
 import {mkdirSync, readFileSync, readdirSync, writeFileSync} from 'node:fs';
 import {join} from 'node:path';
 import {before, test} from 'node:test';
-import {pathToFileURL} from 'node:url';
+import {fileURLToPath, pathToFileURL} from 'node:url';
 
 import {complaint, folder, items, qps, write} from './native.mjs';
 import {notebook, number, randomNotebook, sheet} from './notebooks.mjs';
 
-const source = join(import.meta.dirname, '../..');
+const source = fileURLToPath(new URL('../..', import.meta.url));
 const packageFolder = process.env.QPS_NPM ?? join(source, 'build/viewer/npm');
 const example = join(source, 'examples/budget.wb3');
 const project = join(folder, 'project');

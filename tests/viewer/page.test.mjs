@@ -5,14 +5,14 @@ import {readFileSync} from 'node:fs';
 import {createRequire} from 'node:module';
 import {basename, join} from 'node:path';
 import {after, before, test} from 'node:test';
-import {pathToFileURL} from 'node:url';
+import {fileURLToPath, pathToFileURL} from 'node:url';
 
 import {chromium} from 'playwright-core';
 
 import {complaint, items, qps, write} from './native.mjs';
 import {label, notebook, number, sheet} from './notebooks.mjs';
 
-const source = join(import.meta.dirname, '../..');
+const source = fileURLToPath(new URL('../..', import.meta.url));
 const pageFile = process.env.QPS_PAGE ?? join(source, 'build/viewer/qpsreader.html');
 const example = (name) => join(source, 'examples', name);
 const axe = readFileSync(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8');
