@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <sstream>
 #include <string_view>
@@ -34,6 +35,10 @@ constexpr Command kCommands[] = {
      Need::kItems, true, ".jsonl", false, writeJson},
     {CommandId::kHtml, "html", "Print an HTML page that looks like the notebook", Need::kAll, false,
      ".html", false, writeHtml},
+#if defined(QPS_XLSX)
+    {CommandId::kXlsx, "xlsx", "Write a spreadsheet workbook (.xlsx): numbers, formats and looks",
+     Need::kAll, true, ".xlsx", false, nullptr, writeXlsx, prepareXlsx},
+#endif
     {CommandId::kItems, "items", "Print every item with its raw fields, for debugging",
      Need::kItems, false, ".items.txt", false, writeItems},
 };
@@ -177,6 +182,8 @@ constexpr OptionRow kOptions[] = {
     {"--with-source", nullptr, kCsvOnly,
      "Put the file's and the worksheet's name in front of each record",
      [](Settings& s, const std::string&) { s.withSource = true; }},
+    {"-o,--output", "FILE", bitOf(CommandId::kXlsx), "Write this file, for one notebook",
+     [](Settings& s, const std::string& value) { s.outputFile = notEmpty("--output", value); }},
     {"--delimiter", "CHAR", kCsvOnly, "Between columns (default a comma; \\t or tab for a tab)",
      [](Settings& s, const std::string& value) { s.delimiter = parseDelimiter(value); }},
     {"--separator", "TEXT", kCsvOnly,
@@ -249,12 +256,28 @@ class HelpFormatter : public CLI::Formatter {
   }
 };
 
-void check(const Command& command, const Settings& settings) {
+// Where a command that writes files puts them.
+void checkOutput(const Command& command, Settings& settings) {
+  if (command.writeFile == nullptr) return;
+  const std::string name = command.name;
+  if (settings.outputFile.empty() == settings.outputDir.empty())
+    throw UsageError{name + ": name the output with either --output or --output-dir"};
+  if (settings.outputFile.empty()) return;
+  if (settings.manyFiles()) throw UsageError{name + ": --output takes one notebook"};
+  const auto path = std::filesystem::path(settings.outputFile);
+  if (!path.has_filename())
+    throw UsageError{"--output: '" + settings.outputFile + "' names no file"};
+  settings.outputDir = path.has_parent_path() ? path.parent_path().string() : ".";
+  settings.outputFile = path.filename().string();
+}
+
+void check(const Command& command, Settings& settings) {
   const bool both = !settings.files.empty() && !settings.files0From.empty();
   if (both) throw UsageError{"files are named on the command line and with --files0-from"};
   if (settings.files.empty() && settings.files0From.empty())
     throw UsageError{std::string(command.name) + ": no file is named (see 'qps " + command.name +
                      " --help')"};
+  checkOutput(command, settings);
 }
 
 }  // namespace

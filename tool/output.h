@@ -77,6 +77,8 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
 
   Output& out() { return out_; }
+  // The file under its temporary name, for what writes to a name.
+  const std::filesystem::path& temporary() const { return temporary_; }
   void finish();
 
  private:

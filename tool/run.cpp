@@ -55,7 +55,7 @@ class FileLoop {
  private:
   void handle(const std::string& file);
   void process(const std::string& file);
-  void rehearse(const Document& document, std::uint64_t fileBytes);
+  void rehearse(const Document& document);
   void writeAll(const Document& document);
   void writeFile(const Document& document, std::span<const SheetData> sheets,
                  std::string_view sheetName);
@@ -70,7 +70,9 @@ class FileLoop {
   OutputNames names_;
   Output standardOutput_{stdout};
   bool anyPrinted_ = false;
-  Status first_ = Status::kOk;  // the first failure
+  std::uint64_t mostOutput_ = 0;  // of this file; 0 is no limit
+  std::string lost_;              // what its writer had to say
+  Status first_ = Status::kOk;    // the first failure
 };
 
 Status FileLoop::run() {
@@ -80,6 +82,7 @@ Status FileLoop::run() {
     std::filesystem::create_directories(settings_.outputDir, error);
     if (error) throw UsageError{"--output-dir: " + settings_.outputDir + ": " + error.message()};
   }
+  if (command_.prepare != nullptr) command_.prepare();
   if (settings_.sandbox) {
     loadLibraryByName(OLE_LIBRARY_NAME);
     enterSandbox(settings_.outputDir);
@@ -108,11 +111,13 @@ void FileLoop::handle(const std::string& file) {
 void FileLoop::process(const std::string& file) {
   const TimeLimit time(settings_.maxTime);
   const std::uint64_t undefinedBefore = decoder_.undefinedBytes();
+  lost_.clear();
   OpenedFile opened = openInput(file, settings_);
   Document document = readDocument(file, opened, command_, settings_, decoder_, time, progress_);
   document.follows = settings_.outputDir.empty() && anyPrinted_;
   const std::uint64_t undefinedWhileReading = decoder_.undefinedBytes() - undefinedBefore;
-  rehearse(document, opened.size);
+  mostOutput_ = settings_.maxOutput.value_or(defaultMaxOutput(opened.size));
+  rehearse(document);
   const std::uint64_t undefinedInRehearsal = decoder_.undefinedBytes();
   anyPrinted_ = true;
   writeAll(document);
@@ -122,10 +127,10 @@ void FileLoop::process(const std::string& file) {
 
 // Where there might be too much output, it is written to nowhere first: nothing of a notebook that
 // is given up shall be taken for the whole.
-void FileLoop::rehearse(const Document& document, std::uint64_t fileBytes) {
-  const std::uint64_t most = settings_.maxOutput.value_or(defaultMaxOutput(fileBytes));
-  if (most == 0 || outputBound(document, command_.need, settings_) <= most) return;
-  Output nowhere(standardOutput_, most);
+void FileLoop::rehearse(const Document& document) {
+  if (command_.write == nullptr) return;  // it writes a file, which can be taken back
+  if (mostOutput_ == 0 || outputBound(document, command_.need, settings_) <= mostOutput_) return;
+  Output nowhere(standardOutput_, mostOutput_);
   command_.write(nowhere, document, document.sheets, settings_);
   nowhere.flush();
 }
@@ -145,10 +150,16 @@ void FileLoop::writeAll(const Document& document) {
 
 void FileLoop::writeFile(const Document& document, std::span<const SheetData> sheets,
                          std::string_view sheetName) {
-  const std::string name = names_.make(document.name, sheetName, command_.extension);
+  const std::string name = settings_.outputFile.empty()
+                               ? names_.make(document.name, sheetName, command_.extension)
+                               : settings_.outputFile;
   try {
     OutputFile file(settings_.outputDir, name);
-    command_.write(file.out(), document, sheets, settings_);
+    if (command_.writeFile == nullptr)
+      command_.write(file.out(), document, sheets, settings_);
+    else
+      lost_ = command_.writeFile(file.temporary(), document, mostOutput_);
+    if (settings_.strict && !lost_.empty()) throw Failure{Status::kFailed, lost_};
     file.finish();
   } catch (const WriteError& error) {
     throw Failure{Status::kFailed, "cannot write " + name + ": " + error.message()};
@@ -163,6 +174,7 @@ void FileLoop::warn(const Document& document, std::uint64_t undefinedBytes) {
   warnOf(undefinedBytesMessage(document, undefinedBytes), "such bytes show as U+FFFD");
   for (const SheetData& sheet : document.sheets)
     warnOf(repeatedCellsMessage(sheet), "the last of each is shown");
+  if (!lost_.empty()) say(document.name, "warning: " + lost_);
 }
 
 void FileLoop::say(const std::string& file, std::string_view text) {

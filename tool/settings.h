@@ -28,7 +28,8 @@ struct Settings {
   bool encodingChosen = false;
 
   // Output.
-  std::string outputDir;  // "" is standard output
+  std::string outputDir;   // "" is standard output
+  std::string outputFile;  // xlsx: the name of the only file there; "" for the notebook's own
   bool quiet = false;
   bool strict = false;
   bool salvage = false;

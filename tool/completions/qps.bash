@@ -9,12 +9,12 @@ _qps() {
   COMPREPLY=()
 
   if ((COMP_CWORD == 1)); then
-    mapfile -t COMPREPLY < <(compgen -W 'sheets info text csv json html items --help --version' \
+    mapfile -t COMPREPLY < <(compgen -W 'sheets info text csv json html xlsx items --help --version' \
       -- "$current")
     return
   fi
   case $previous in
-    --files0-from)
+    --files0-from | --output | -o)
       compopt -o filenames
       mapfile -t COMPREPLY < <(compgen -f -- "$current")
       return
@@ -49,6 +49,9 @@ _qps() {
         ;;
       text)
         common+=' --skip-empty --trim --values --hidden'
+        ;;
+      xlsx)
+        common+=' --output'
         ;;
       json)
         common+=' --no-style'

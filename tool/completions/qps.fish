@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # fish completion for qps
 
-set -l commands sheets info text csv json html items
+set -l commands sheets info text csv json html xlsx items
 set -l before "not __fish_seen_subcommand_from $commands"
 set -l after "__fish_seen_subcommand_from $commands"
 set -l rows '__fish_seen_subcommand_from csv text'
@@ -13,6 +13,7 @@ complete -c qps -f -n "$before" -a text -d 'Print rows as lines and columns betw
 complete -c qps -f -n "$before" -a csv -d 'Print comma-separated values'
 complete -c qps -f -n "$before" -a json -d 'Print JSON Lines'
 complete -c qps -f -n "$before" -a html -d 'Print an HTML page'
+complete -c qps -f -n "$before" -a xlsx -d 'Write a spreadsheet workbook'
 complete -c qps -f -n "$before" -a items -d 'Print every item with its raw fields'
 complete -c qps -n "$before" -l version -d 'Print the version and exit'
 complete -c qps -s h -l help -d 'Print help and exit'
@@ -33,6 +34,8 @@ complete -c qps -n "$rows" -l skip-empty -d 'Leave out rows in which nothing sho
 complete -c qps -n "$rows" -l trim -d 'Remove blanks at both ends of each text'
 complete -c qps -n "$rows" -l values -d 'What cells hold instead of what they show'
 complete -c qps -n "$rows" -x -l hidden -a 'keep skip mark' -d 'Hidden rows and columns'
+
+complete -c qps -n '__fish_seen_subcommand_from xlsx' -r -F -s o -l output -d 'Write this file'
 
 complete -c qps -n '__fish_seen_subcommand_from json' -l no-style -d 'Leave out alignment, colours, borders and fonts'
 
