@@ -44,10 +44,10 @@ class CellContents {
   CellContents(Place where, ValueType type, bool isFormula, std::uint32_t format, double number)
       : place(where),
         facts_(format << 8 | (isFormula ? kFormula : 0) | std::uint32_t(type)),
-        number_(number) {}
+        held_{number} {}
   CellContents(Place where, bool isFormula, std::uint32_t format, const char* text)
       : CellContents(where, ValueType::kText, isFormula, format, 0) {
-    text_ = text;
+    held_.text = text;
   }
 
   Place place;
@@ -55,17 +55,17 @@ class CellContents {
   ValueType type() const { return static_cast<ValueType>(facts_ & (kFormula - 1)); }
   bool isFormula() const { return (facts_ & kFormula) != 0; }
   std::uint32_t format() const { return facts_ >> 8; }  // a number of Document::formats
-  double number() const { return number_; }             // of a number or date, its serial
-  const char* text() const { return text_; }            // of a text, in the notebook's bytes
+  double number() const { return held_.number; }        // of a number or date, its serial
+  const char* text() const { return held_.text; }       // of a text, in the notebook's bytes
 
  private:
   static constexpr std::uint32_t kFormula = 0x80;
 
   std::uint32_t facts_;
   union {
-    double number_;
-    const char* text_;
-  };
+    double number;
+    const char* text;
+  } held_;
 };
 static_assert(sizeof(CellContents) == 16 && std::is_trivially_copyable_v<CellContents>);
 
