@@ -45,7 +45,10 @@ async function drop(...paths) {
     const transfer = new DataTransfer();
     for (const {name, base64} of dropped)
       transfer.items.add(new File([Uint8Array.from(atob(base64), (c) => c.charCodeAt(0))], name));
-    window.dispatchEvent(new DragEvent('drop', {dataTransfer: transfer}));
+    // On the sheet, where one is open.
+    const target = document.querySelector('iframe')?.contentDocument?.body ?? document.body;
+    target.dispatchEvent(
+        new DragEvent('drop', {dataTransfer: transfer, bubbles: true, cancelable: true}));
   }, files);
   await page.waitForSelector(`#files button[title="${files[0].name}"][aria-selected=true]`);
 }

@@ -65,6 +65,16 @@ export class SheetView {
     page.addEventListener('click', (event) => this.click(event));
     page.addEventListener('keydown', (event) => this.key(event));
     page.addEventListener('change', () => this.drawCursor());
+    for (const type of ['dragover', 'dragleave', 'drop'])
+      page.addEventListener(type, (event) => this.passOn(/** @type {DragEvent} */ (event)));
+  }
+
+  // What is dropped on the frame is dropped on the page.
+  /** @param {DragEvent} event */
+  passOn(event) {
+    event.preventDefault();
+    const {dataTransfer, relatedTarget} = event;
+    window.dispatchEvent(new DragEvent(event.type, {dataTransfer, relatedTarget}));
   }
 
   /** @param {number} row */
