@@ -26,7 +26,10 @@ quietly python-npm npm ci --prefix tests/python --no-audit --no-fund --ignore-sc
 
 log=build/log/pytest.txt
 $python -m pytest -q -rs -p no:cacheprovider tests/python > "$log" 2>&1 || tail -n 60 "$log"
-countOf() { tail -n 1 "$log" | grep -oE "[0-9]+ $1" | cut -d' ' -f1 | awk '{ sum += $1 } END { print sum + 0 }'; }
+countOf() {
+  tail -n 1 "$log" | { grep -oE "[0-9]+ $1" || true; } | cut -d' ' -f1 |
+    awk '{ sum += $1 } END { print sum + 0 }'
+}
 sed -n 's/^SKIPPED \[[0-9]*\] [^ ]*: /skipped: /p' "$log"
 passed=$(countOf passed) failed=$(countOf '(failed|errors?)') skipped=$(countOf skipped)
 [ $((passed + failed)) -gt 0 ] || failed=1
