@@ -133,7 +133,7 @@ format() {
   count $status
 }
 
-# Includes point down only (README, "Rooms"): a folder, and what it may include beside itself. The
+# Includes point down only (docs/architecture.md): a folder, and what it may include beside itself. The
 # public headers include each other, as <qpsreader/...>, and are open to all.
 includes() {
   local room allowed found status=0
@@ -154,6 +154,7 @@ reader/sheetinfo  reader/frame
 olefio
 host
 tool              host
+python            host
 viewer            host|tool
 END
   count $status
