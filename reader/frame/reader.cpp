@@ -42,7 +42,7 @@ int32_t QPSGetWorkSheetInfo(QPSReader* reader, SSWorkSheetList* result, uint32_t
 }
 
 void qpsGetSSReaderInterface(SSReaderInterface* table) {
-  *table = {
+  static constexpr SSReaderInterface kOperations{
       .allocateReader = QPSAllocateReader,
       .closeReader = QPSCloseReader,
       .getCharSet = QPSGetCharSet,
@@ -53,4 +53,5 @@ void qpsGetSSReaderInterface(SSReaderInterface* table) {
       .processSheet = QPSProcessSheet,
       .closeSheet = QPSCloseSheet,
   };
+  *table = kOperations;
 }
