@@ -33,7 +33,7 @@ constexpr Command kCommands[] = {
      ".csv", true, writeCsv},
     {CommandId::kJson, "json", "Print JSON Lines: one object for each item, with value and style",
      Need::kItems, true, ".jsonl", false, writeJson},
-    {CommandId::kHtml, "html", "Print an HTML page that looks like the notebook", Need::kAll, false,
+    {CommandId::kHtml, "html", "Print an HTML page that looks like the notebook", Need::kAll, true,
      ".html", false, writeHtml},
 #if defined(QPS_XLSX)
     {CommandId::kXlsx, "xlsx", "Write a spreadsheet workbook (.xlsx): numbers, formats and looks",

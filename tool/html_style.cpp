@@ -112,17 +112,8 @@ std::string points(std::uint64_t twentieths) {
   return text + "pt";
 }
 
-bool isNumber(std::string_view text, const CellStyle& style) {
-  if (text == "ERR") return true;
-  const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
-  bool digit = false;
-  std::size_t word = 0, longest = 0;
-  for (const char c : text) {
-    digit = digit || (c >= '0' && c <= '9');
-    word = isLetter(c) ? word + 1 : 0;
-    longest = std::max(longest, word);
-  }
-  return digit && (style.horizontal == HorizontalAlign::kRight || longest <= 3);
+bool isNumber(ValueType type) {
+  return type != ValueType::kText && type != ValueType::kBlank;
 }
 
 std::string cssOf(const CellStyle& style, const Decoder& decoder) {
@@ -198,6 +189,12 @@ section:has(:checked) th.x{background:#806000;color:#fff}
 @media(prefers-color-scheme:dark){html{--bar:#303030;--ink:#e0e0e0;--room:#181818}}
 @media print{nav{display:none}th{position:static}section{content-visibility:visible}}
 )";
+}
+
+std::string html(std::string_view utf8) {
+  std::string text;
+  appendHtml(utf8, text);
+  return text;
 }
 
 void appendHtml(std::string_view utf8, std::string& result) {

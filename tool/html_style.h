@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include <qpsreader/host/item.hpp>
+#include "tool/cell_value.h"
 #include "tool/encoding.h"
 
 namespace qps {
@@ -17,10 +18,8 @@ namespace qps {
 // A length in twentieths of a point: "48.2pt".
 std::string points(std::uint64_t twentieths);
 
-// Whether a cell shows a number, which must be seen whole or not at all; a label may be cut. Judged
-// by the text: a label that looks like a number, or has a digit and stands at the right, counts as
-// one, since marks in its place hide what a cut would falsify.
-bool isNumber(std::string_view text, const CellStyle& style);
+// Whether such a value must be seen whole or not at all; a text may be cut.
+bool isNumber(ValueType type);
 
 // The declarations of a cell's style: "text-align:right;...".
 std::string cssOf(const CellStyle& style, const Decoder& decoder);
@@ -34,6 +33,7 @@ std::string_view pageStyles();
 // Appends UTF-8 text as the text of an element or the value of a quoted attribute. Line ends become
 // newlines; controls, which a page may not hold, show as pictures of themselves.
 void appendHtml(std::string_view utf8, std::string& result);
+std::string html(std::string_view utf8);
 
 }  // namespace qps
 

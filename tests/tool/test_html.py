@@ -7,7 +7,8 @@ import struct
 import subprocess
 import unittest
 
-from notebooks import EXAMPLE, ToolTest, blank, font, integer, label, notebook, record, run, sheet, style
+from notebooks import (EXAMPLE, ToolTest, blank, font, formula, integer, label, notebook, number, record, run, sheet,
+                       style, user_format)
 
 try:
     import html5lib
@@ -182,6 +183,17 @@ class Browser(Page):
         # Runs over B and C, and not into D.
         self.assertGreater(runs["textRight"], plain["left"] + plain["width"] + 10)
         self.assertLessEqual(runs["clip"], following["left"] + 3)
+
+    def test_what_a_cell_holds_tells_a_number_from_a_label(self):
+        """Not what it shows: labels look like numbers, and numbers have words in their formats."""
+        cells = [integer(0, 0, 7, 2), label(0, 1, b"2024 01 15 12 30 55"), label(0, 2, b"room 12 of the house", 3),
+                 label(0, 3, b"ERR"), formula(0, 4, None, 3), formula(0, 5, b"1234567890"), number(0, 6, 123456.5)]
+        cells = [record(216, struct.pack("<HH", 0, 800)), *cells, *[label(1, n, b"x") for n in range(7)]]
+        definitions = (font() + style(form=0x10) + style(form=0x71) + style(form=0x10, align=2) +
+                       user_format(1, b"N9' pieces in store'"))
+        page = self.page(self.file(notebook(sheet(*cells, columns=2), definitions=definitions))).decode()
+        marked = [n for n in range(1, 8) if re.search(rf'data-n="{n}"></th><td class="s\d+ n n\d"', page)]
+        self.assertEqual(marked, [1, 5, 7], page[-2500:])
 
     @unittest.skipUnless(BROWSER, "no Chromium is installed")
     def test_numbers_show_whole_or_as_marks_and_labels_run_over(self):
