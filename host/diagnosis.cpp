@@ -194,10 +194,6 @@ Error protectedError() {
   return {Reason::kProtected, "protected by a password"};
 }
 
-bool rewind(const RecordSource& source) {
-  return source.records().seek(&source.records(), 0, SSSeekFromStart) != 0;
-}
-
 std::optional<Error> damageIn(RecordSource& source) {
   RecordWalk walk(source.records(), 0);
   std::optional<std::uint64_t> openSheet;
@@ -246,9 +242,9 @@ Error diagnoseListing(SSStream& file, HostServices& services) {
     const FileKind kind = fileKindOf({begin.data(), got});
     if (kind != FileKind::kPlainNotebook) return notANotebook(kind);
   }
-  if (!rewind(source)) return sourceError(source);
+  if (!source.rewind()) return sourceError(source);
   if (readDefinitions(source).isProtected) return protectedError();
-  if (!rewind(source)) return sourceError(source);
+  if (!source.rewind()) return sourceError(source);
   if (auto damage = damageIn(source)) return *std::move(damage);
   return damaged("damaged: the notebook has no worksheets");
 }

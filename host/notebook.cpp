@@ -6,6 +6,7 @@
 #include <qpsreader/host/notebook.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <new>
 #include <system_error>
@@ -17,6 +18,8 @@
 #include "host/heap_pool.hpp"
 #include "host/host_services.hpp"
 #include "host/notebook_bytes.hpp"
+#include "host/record_source.hpp"
+#include "host/salvage.hpp"
 
 namespace qps {
 namespace {
@@ -37,6 +40,44 @@ std::uint64_t mostInMemory(const OpenOptions& options) {
   return options.memoryLimit == 0 ? kMost : std::min<std::uint64_t>(kMost, options.memoryLimit / 4);
 }
 
+struct FreeBlock {
+  HeapPool* pool = nullptr;
+  void operator()(std::byte* block) const { pool->free(block); }
+};
+using PoolBlock = std::unique_ptr<std::byte, FreeBlock>;
+
+PoolBlock allocate(HeapPool& pool, std::size_t size) {
+  return PoolBlock(static_cast<std::byte*>(pool.allocate(size)), FreeBlock{&pool});
+}
+
+// Whether it has records that begin as a notebook's do.
+bool mayBeNotebook(const RecordSource& source) {
+  if (source.status() != RecordSource::Status::kOpen) return false;
+  std::array<unsigned char, 6> begin{};
+  SSStream& records = source.records();
+  const std::size_t got = records.read(&records, begin.data(), begin.size());
+  return fileKindOf({begin.data(), got}) == FileKind::kPlainNotebook && source.rewind();
+}
+
+// All bytes of the records, `size` of them; null when the pool has no room.
+PoolBlock readAll(const RecordSource& source, HeapPool& pool, std::size_t& size) {
+  constexpr std::size_t kFirst = std::size_t{64} << 10;
+  constexpr std::size_t kMost = 0xFFFFFFFFu;  // the reader's offsets have 32 bits
+  if (!source.rewind()) return nullptr;
+  SSStream& records = source.records();
+  PoolBlock block(nullptr, FreeBlock{&pool});
+  for (std::size_t room = kFirst; room <= kMost; room *= 2) {
+    void* const larger = pool.resize(block.get(), room);
+    if (larger == nullptr) return nullptr;
+    static_cast<void>(block.release());
+    block.reset(static_cast<std::byte*>(larger));
+    size += records.read(&records, block.get() + size, room - size);
+    if (size < room) return block;
+    if (room > kMost / 2) break;
+  }
+  return nullptr;
+}
+
 // Empty for an empty path, and for one that cannot be told: every one on a system without files.
 std::filesystem::path absoluteFolder([[maybe_unused]] const std::filesystem::path& folder) {
 #if defined(__wasm__)
@@ -53,18 +94,22 @@ struct NotebookState {
   explicit NotebookState(const OpenOptions& options)
       : pool(std::make_shared<HeapPool>(options.memoryLimit)),
         services(*pool, absoluteFolder(options.libraryFolder)),
-        bytes(*pool, mostInMemory(options)) {}
+        bytes(*pool, mostInMemory(options)),
+        salvages(options.salvage) {}
   NotebookState(const NotebookState&) = delete;
   NotebookState& operator=(const NotebookState&) = delete;
   ~NotebookState() { pool->free(sheets.data()); }
 
   std::optional<Error> list();
+  std::optional<Error> repair();
   bool keepSheets(const SSWorkSheetList& list);
   const std::optional<Error>& findDamageOnce();
 
   std::shared_ptr<HeapPool> pool;
   HostServices services;
   NotebookBytes bytes;
+  bool salvages;
+  std::optional<Salvage> salvaged;       // of a damaged notebook: what the bytes are made of now
   std::optional<NotebookStream> stream;  // for the listing and the diagnosis
   ReaderHandle reader;                   // owns the worksheet table, and with it the sheets' names
   std::span<Sheet> sheets;               // a pool block
@@ -75,6 +120,8 @@ struct NotebookState {
 // Lists the worksheets and reads the facts, once the bytes are there.
 std::optional<Error> NotebookState::list() {
   if (bytes.empty()) return Error{Reason::kEmpty, "the file is empty"};
+  if (salvages)
+    if (auto failure = repair()) return failure;
   SSStream& file = stream.emplace(bytes).table();
   reader.reset(QPSAllocateReader(nullptr, nullptr, &file, &services, nullptr, nullptr));
   if (!reader) return memoryLimitError();
@@ -82,12 +129,48 @@ std::optional<Error> NotebookState::list() {
   SSWorkSheetList list{};
   const bool listed = QPSGetWorkSheetInfo(reader.get(), &list, 0) != 0;
   if (auto failure = bytes.readError()) return failure;
+  if (!listed && salvaged) return *damage;
   if (!listed) return diagnoseListing(file, services);
   if (pool->limitHit() || !keepSheets(list)) return memoryLimitError();
 
   auto found = readFacts(file, services);
   if (!found) return found.error();
-  facts = *found;
+  const NotebookFacts damaged = std::exchange(facts, *found);
+  if (salvaged) {
+    facts.kind = damaged.kind;
+    facts.containerStream = damaged.containerStream;
+  }
+  return std::nullopt;
+}
+
+// Puts in the place of damaged bytes the records that are left of them. What is wrong with bytes
+// that are no notebook's, the listing finds out.
+std::optional<Error> NotebookState::repair() {
+  SSStream& file = stream.emplace(bytes).table();
+  std::size_t size = 0;
+  PoolBlock records;
+  {
+    RecordSource source(file, services);
+    if (!mayBeNotebook(source) || isWholeNotebook(source.records())) return std::nullopt;
+    if (auto failure = bytes.readError()) return failure;
+    records = readAll(source, *pool, size);
+    if (!records) return memoryLimitError();
+    facts.containerStream = source.streamName();
+  }
+  const bool isPlain = *facts.containerStream == '\0';
+  facts.kind = isPlain ? FileKind::kPlainNotebook : FileKind::kCompoundNotebook;
+  damage = findDamage(file, services);
+  if (!*damage) *damage = Error{Reason::kDamaged, "damaged: it has records that no notebook has"};
+
+  salvaged = salvage({records.get(), size});
+  const std::string lost = salvaged->lostBytes();
+  if (!lost.empty()) (*damage)->message += "; " + lost;
+  const std::size_t repairedBytes = salvaged->repairedBytes();
+  PoolBlock repaired = allocate(*pool, repairedBytes);
+  if (!repaired) return memoryLimitError();
+  salvaged->repair({records.get(), size}, repaired.get());
+  stream.reset();
+  bytes.replace(repaired.release(), repairedBytes);
   return std::nullopt;
 }
 
@@ -98,8 +181,9 @@ bool NotebookState::keepSheets(const SSWorkSheetList& list) {
   std::uint32_t count = 0;
   for (const SSWorkSheetEntry& entry : std::span(list.entries, list.count)) {
     if (entry.typeFlags == 0) continue;  // counted by the file but not described
-    ::new (kept + count)
-        Sheet{.index = count, .startOffset = entry.startOffset, .name = entry.name};
+    const std::uint32_t offset =
+        salvaged ? salvaged->originalOffset(entry.startOffset) : entry.startOffset;
+    ::new (kept + count) Sheet{.index = count, .startOffset = offset, .name = entry.name};
     ++count;
   }
   sheets = {kept, count};
@@ -128,7 +212,8 @@ struct ItemRangeState {
   NotebookStream stream;
   TextArena ownTexts;
   TextArena* texts;
-  std::uint32_t sheetStart;
+  std::uint32_t startOffset;   // as the sheet has it
+  std::uint32_t sheetStart;    // in the bytes that are read
   bool lostSomething = false;  // to the memory limit
   bool opened = false;
   bool started = false;
@@ -143,7 +228,9 @@ ItemRangeState::ItemRangeState(std::shared_ptr<NotebookState> owner, const Sheet
       stream(notebook->bytes),
       ownTexts(notebook->pool),
       texts(given != nullptr ? given : &ownTexts),
-      sheetStart(which.startOffset) {
+      startOffset(which.startOffset),
+      sheetStart(notebook->salvaged ? notebook->salvaged->repairedOffset(startOffset)
+                                    : startOffset) {
   const std::uint64_t refusalsBefore = notebook->pool->refusals();
   reader.reset(
       QPSAllocateReader(nullptr, nullptr, &stream.table(), &notebook->services, nullptr, nullptr));
@@ -210,13 +297,14 @@ std::optional<Error> ItemRangeState::error() {
   if (auto failure = notebook->bytes.readError()) return failure;
   if (lostSomething) return memoryLimitError();
   if (sheet) return std::nullopt;
+  if (notebook->salvaged && notebook->salvaged->isCut(startOffset)) return *notebook->damage;
   // One walk over the whole notebook clears all of its sheets; one over the sheet only when not.
   if (notebook->findDamageOnce()) {
     if (auto damage = findSheetDamage(stream.table(), notebook->services, sheetStart))
       return damage;
   }
   if (opened) return std::nullopt;
-  return Error{Reason::kDamaged, "damaged: the worksheet at byte " + std::to_string(sheetStart) +
+  return Error{Reason::kDamaged, "damaged: the worksheet at byte " + std::to_string(startOffset) +
                                      " cannot be opened"};
 }
 

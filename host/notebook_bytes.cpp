@@ -74,6 +74,13 @@ std::optional<Error> NotebookBytes::readPipe(const File& pipe) {
   return readErrorOf(pipe);
 }
 
+void NotebookBytes::replace(std::byte* block, std::size_t size) {
+  file_.reset();
+  pool_.free(block_);
+  block_ = block;
+  memory_ = {block, size};
+}
+
 bool NotebookBytes::resizeBlock(std::size_t size) {
   void* const larger = pool_.resize(block_, size);
   if (larger == nullptr) return false;

@@ -36,6 +36,9 @@ class NotebookBytes {
   std::optional<Error> open(const std::filesystem::path& path);
   void borrow(std::span<const std::byte> bytes) { memory_ = bytes; }
 
+  // In their place from now on: a pool block, which goes back with this. No stream is over them.
+  void replace(std::byte* block, std::size_t size);
+
   // The file that is read in blocks; null when the bytes lie in memory.
   const File* file() const { return file_.get(); }
   std::span<const std::byte> memory() const { return memory_; }

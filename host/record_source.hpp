@@ -39,6 +39,9 @@ class RecordSource {
   // The records, from the first one; only when status() is kOpen.
   SSStream& records() const { return *records_; }
 
+  // Back to the first record; false when the stream refuses.
+  bool rewind() const { return records_->seek(records_, 0, SSSeekFromStart) != 0; }
+
   // The name of the stream in the compound document; "" for a plain file.
   const char* streamName() const { return streamName_; }
 

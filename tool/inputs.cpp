@@ -67,6 +67,10 @@ Notebook valueOrThrow(Expected<Notebook> notebook) {
   return *std::move(notebook);
 }
 
+OpenOptions openOptions(std::uint64_t memoryLimit, const Settings& settings) {
+  return {.memoryLimit = static_cast<std::size_t>(memoryLimit), .salvage = settings.salvage};
+}
+
 OpenedFile openStandardInput(const Settings& settings) {
   // The reader's offsets have 32 bits.
   constexpr std::uint64_t kMostBytes = 0xFFFFFFFF;
@@ -78,8 +82,8 @@ OpenedFile openStandardInput(const Settings& settings) {
   if (size > kMostBytes) throw Failure{Status::kLimit, "longer than 4 GiB"};
 
   const std::uint64_t left = limit == 0 ? 0 : limit - size;
-  Notebook notebook = valueOrThrow(Notebook::open(std::span<const std::byte>(bytes.get(), size),
-                                                  {static_cast<std::size_t>(left)}));
+  Notebook notebook = valueOrThrow(
+      Notebook::open(std::span<const std::byte>(bytes.get(), size), openOptions(left, settings)));
   return {std::move(bytes), std::move(notebook), size, left};
 }
 
@@ -137,9 +141,9 @@ OpenedFile openInput(const std::string& name, const Settings& settings) {
     return openStandardInput(settings);
   }
   refuseNamedPipe(name);
-  const OpenOptions options{static_cast<std::size_t>(settings.maxMemory)};
-  return {nullptr, valueOrThrow(Notebook::open(fs::path(name), options)), sizeOf(name),
-          settings.maxMemory};
+  return {nullptr,
+          valueOrThrow(Notebook::open(fs::path(name), openOptions(settings.maxMemory, settings))),
+          sizeOf(name), settings.maxMemory};
 }
 
 }  // namespace qps

@@ -165,5 +165,60 @@ TEST(Diagnosis, TellsWhichWorksheetIsDamaged) {
   }
 }
 
+// A plain notebook and one in a compound document, with bytes missing from the first of three
+// worksheets; the third is cut.
+TEST(Diagnosis, SalvagesWorksheetsBehindDamage) {
+  NotebookBuilder builder;
+  builder.header().font(10, 0, "Arial").sheetStart().table(1, 99);
+  for (unsigned row = 0; row < 99; ++row)
+    builder.label({.row = row}, "some label or other");
+  builder.sheetEnd();
+  const std::size_t second = builder.bytes().size();
+  builder.sheetStart(1).table(1, 1).label({}, "whole").sheetEnd();
+  builder.sheetStart(2).table(1, 2).label({}, "before the cut").rawHeader(rec::kLabel, 9);
+  Bytes bytes = builder.bytes();
+  bytes.erase(bytes.begin() + 700, bytes.begin() + 1212);
+  for (const Bytes& file : {bytes, compound({{"NOVELL_MAIN", bytes}})}) {
+    const bool isPlain = file.size() == bytes.size();
+    const auto notebook = Notebook::open(std::span(file), {.salvage = true});
+    ASSERT_TRUE(notebook) << notebook.error().message;
+    EXPECT_EQ(notebook->facts().kind,
+              isPlain ? FileKind::kPlainNotebook : FileKind::kCompoundNotebook);
+    ASSERT_EQ(notebook->sheets().size(), 3u);
+    EXPECT_EQ(notebook->sheets()[1].startOffset, second - 512);
+    ASSERT_TRUE(notebook->damage());
+    const std::string& message = notebook->damage()->message;
+    EXPECT_NE(message.find(" to " + std::to_string(second - 513) + ", "), std::string::npos)
+        << message;
+    for (const Sheet& sheet : notebook->sheets()) {
+      ItemRange items = notebook->items(sheet);
+      std::string last;
+      for (const Item& item : items)
+        if (const auto cell = item.cell()) last = cell->text();
+      EXPECT_EQ(items.error().has_value(), sheet.index != 1) << sheet.index;
+      EXPECT_EQ(last, sheet.index == 0   ? "some label or other"
+                      : sheet.index == 1 ? "whole"
+                                         : "before the cut");
+    }
+  }
+  const Bytes whole = everyRecordNotebook().bytes();
+  const auto undamaged = Notebook::open(std::span(whole), {.salvage = true});
+  ASSERT_TRUE(undamaged);
+  EXPECT_FALSE(undamaged->damage());
+}
+
+// Hostile bytes cost no more than others: many worksheets whose records all lead far.
+TEST(Diagnosis, SalvageIsBounded) {
+  NotebookBuilder builder;
+  builder.header();
+  for (unsigned sheet = 0; sheet < 2000; ++sheet)
+    builder.sheetStart(sheet % 256).table(1, 1).label({}, "x");
+  const Bytes bytes = builder.bytes();
+  const auto notebook = Notebook::open(std::span(bytes), {.salvage = true});
+  ASSERT_TRUE(notebook);
+  EXPECT_LE(notebook->sheets().size(), 256u);
+  EXPECT_TRUE(notebook->damage());
+}
+
 }  // namespace
 }  // namespace qps::test

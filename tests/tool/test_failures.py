@@ -2,12 +2,13 @@
 # What happens when something is wrong: the exit status, one line on standard error that says which
 # file and why, and nothing on standard output that could be taken for a result.
 import os
+import re
 import resource
 import signal
 import subprocess
 import unittest
 
-from notebooks import EXAMPLE, QPS, ToolTest, font, label, notebook, record, run, sheet, style
+from notebooks import EXAMPLE, QPS, ToolTest, font, integer, label, notebook, record, run, sheet, style
 
 GOOD = notebook(sheet(label(0, 0, b"x")))
 TWO = notebook(sheet(label(0, 0, b"first")), sheet(label(0, 0, b"second"), number=1))
@@ -97,10 +98,33 @@ class Failures(ToolTest):
     def test_salvage_prints_what_is_there(self):
         path = self.file(CUT)
         result = run("csv", "--salvage", path)
-        self.assertEqual((result.returncode, result.stdout), (5, b"first\n\n"))  # the second has no cell left
+        self.assertEqual((result.returncode, result.stdout), (5, b"first\n"))  # the second has no dimensions left
         self.assertIn(b"cut short", result.stderr)
         result = run("csv", "--salvage", self.file(NO_END))
         self.assertEqual((result.returncode, result.stdout), (5, b"x\n\ny\n"))
+
+    def test_salvage_goes_on_at_the_next_worksheet(self):
+        """Wherever 512 bytes are missing or wrong, the second worksheet is whole, and no cell shows what none has."""
+        cells = [b for n in range(200) for b in (label(0, n, b"a longer label %04d" % n), integer(1, n, n))]
+        first = sheet(*cells, columns=2, rows=200)
+        whole = notebook(first, sheet(label(0, 0, b"second"), number=1, name=b"Next"))
+        end = whole.index(first) + len(first)
+        known = {text.encode() for n in range(200) for text in (f"{n}", f"a longer label {n:04}")} | {b""}
+        for start in range(end - len(first) + 150, end - 520, 331):
+            for gap in (b"", b"\0" * 512, b"\xa5" * 512):
+                path = self.file(whole[:start] + gap + whole[start + 512:])
+                result = run("csv", "--salvage", path)
+                message = result.stderr.decode()
+                kept, _, second = result.stdout.rpartition(b"\n\n")
+                self.assertEqual((result.returncode, second), (5, b"second\n"), (start, message))
+                self.assertLessEqual(set(re.split(rb"[\n,]", kept)), known, start)
+                lost = re.search(r"; bytes (\d+) to (\d+) are lost\n", message)
+                self.assertTrue(start - 40 <= int(lost[1]) <= start + 300, (start, message))
+                self.assertEqual(int(lost[2]) + 1, end - 512 + len(gap), message)
+        listed = [line.split(b"\t") for line in run("sheets", "--salvage", path).stdout.splitlines()[1:]]
+        self.assertEqual([(fields[1], fields[-1]) for fields in listed],
+                         [(b"A", b"%d" % (end - len(first))), (b"Next", b"%d" % end)])
+        self.assertIn(f"; bytes {lost[1]} to {lost[2]} are lost.", run("html", "--salvage", path).stdout.decode())
 
     def test_small_files_cannot_make_much(self):
         for data in (ROWS, ROWS_OF_MANY, NESTED, CORNERS):

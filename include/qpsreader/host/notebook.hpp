@@ -49,6 +49,12 @@ struct OpenOptions {
   // A folder to take the compound-document library from before any other place (Notebook::open);
   // relative to the current directory at that call.
   std::filesystem::path libraryFolder = {};
+
+  // Reads what is left of a damaged notebook, not only what stands before the damage: worksheets
+  // behind it are found again, and one that it cuts short ends there. Notebook::damage tells which
+  // bytes of the record stream are lost. Opening walks over all records; those of a damaged
+  // notebook are copied into memory, and stricter rules tell whether it is one.
+  bool salvage = false;
 };
 
 // One worksheet. `name` holds as long as the notebook (or one of its ranges) lives.
