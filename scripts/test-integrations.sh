@@ -12,7 +12,7 @@ need "${buildPackages[@]}" file git less libglib2.0-bin libxml2-utils parallel p
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 top=$PWD
-export PATH=$top/build/release/bin:$top/integrations/ripgrep:$PATH
+export PATH=$top/build/release/bin:$top/integrations/ripgrep:$top/integrations/git:$PATH
 export HOME=$work/user XDG_CONFIG_HOME=$work/user/.config XDG_DATA_HOME=$work/user/.local/share
 export XDG_CACHE_HOME=$work/user/.cache LC_ALL=C.UTF-8
 mkdir -p "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME"
@@ -86,6 +86,24 @@ gitDiff() {
   grep "^-Plot	01-Jan-24" "$work/diff.txt" && grep "^+Plum	01-Jan-24" "$work/diff.txt"
 }
 
+# One damaged notebook among others must not end the log.
+gitLogPasses() {
+  local repository=$work/repository
+  { head -c 700 examples/budget.wb2; tail -c +1001 examples/budget.wb2; } > "$repository/Cut.wB2"
+  echo "no notebook" > "$repository/none.wb1"
+  git -C "$repository" add . && git -C "$repository" commit -qm damaged
+  git -C "$repository" log -p > "$work/log.txt" || return 1
+  grep "^+qps: .*damaged\|^+qps: .*cut short.*are lost" "$work/log.txt" &&
+    grep "^+qps: .*not a Quattro Pro" "$work/log.txt" && grep "^+Plum	01-Jan-24" "$work/log.txt"
+}
+
+# ripgrep reads on behind damage, whatever the case of the name.
+ripgrepSalvages() {
+  mkdir "$work/damaged"
+  { head -c 700 "$work/books/second.wb2"; tail -c +1001 "$work/books/second.wb2"; } > "$work/damaged/Cut.wB2"
+  RIPGREP_CONFIG_PATH=$top/integrations/ripgrep/ripgreprc rg --no-messages -l "$1" "$work/damaged"
+}
+
 lessShows() {
   install -D integrations/less/lessfilter "$XDG_CONFIG_HOME/lessfilter"
   LESSOPEN='| /usr/bin/lesspipe %s' less -f "$1"
@@ -151,6 +169,8 @@ xdgTypes > "$work/check.txt" 2>&1
 check "ripgrep finds a cell's text" same "$work/books/second.wb2" ripgrepFinds Plum
 check "ripgrep-all's adapter prints cells" shows Plum ripgrepAllAdapter "$work/books/second.wb2"
 check "git diff shows a changed cell" gitDiff
+check "git log passes over damaged notebooks" gitLogPasses
+check "ripgrep finds a text in a damaged notebook" same "$work/damaged/Cut.wB2" ripgrepSalvages Wed
 check "less shows cells" shows Plum lessShows "$work/books/second.wb2"
 check "recoll indexes and finds a notebook" same second.wb2 recollFinds Plum
 for type in version1 version6 compound; do
