@@ -32,8 +32,8 @@ namespace {
 
 constexpr std::size_t kMostFound = 10'000;
 
-constexpr Command kShow{CommandId::kHtml, "html", "", Need::kAll, ".html", false, writeHtml};
-constexpr Command kCsv{CommandId::kCsv, "csv", "", Need::kTexts, ".csv", true, writeCsv};
+constexpr Command kShow{CommandId::kHtml, "html", "", Need::kAll, true, ".html", false, writeHtml};
+constexpr Command kCsv{CommandId::kCsv, "csv", "", Need::kTexts, false, ".csv", true, writeCsv};
 
 struct Shown {
   Document document;
