@@ -142,6 +142,8 @@ constexpr OptionRow kOptions[] = {
      }},
     {"--output-dir", "DIR", kEvery, "Write a file for each notebook (csv: each worksheet) in DIR",
      [](Settings& s, const std::string& value) { s.outputDir = notEmpty("--output-dir", value); }},
+    {"--base", "DIR", kEvery, "Cut DIR off the front of the names of the files in --output-dir",
+     [](Settings& s, const std::string& value) { s.base = notEmpty("--base", value); }},
     {"--encoding", "NAME", kEvery, "The notebook's character set (default windows-1252)",
      [](Settings& s, const std::string& value) {
        s.encoding = value;

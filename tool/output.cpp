@@ -17,7 +17,12 @@
 #define getpid _getpid
 #define isatty _isatty
 #else
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include <csignal>
 #endif
 
 namespace qps {
@@ -28,22 +33,79 @@ namespace fs = std::filesystem;
 // Large enough that the system calls no longer show, small enough to stay in the cache.
 constexpr std::size_t kBlockBytes = std::size_t{256} << 10;
 
+// The temporary file that stands on the disk, for the handler of signals; "" when there is none.
+char currentTemporary[4096];
+
+void remember(const std::string& name) {
+  if (name.size() < sizeof currentTemporary) name.copy(currentTemporary, name.size());
+  currentTemporary[name.size() < sizeof currentTemporary ? name.size() : 0] = '\0';
+}
+
+constexpr std::string_view kTemporaryPrefix = ".qps-";
+constexpr std::string_view kTemporarySuffix = ".tmp";
+
 // Another process may be writing to the same folder, and a name may have been left by a process
 // that was killed: the number goes up until the name is free.
 fs::path temporaryName(const fs::path& folder, unsigned attempt) {
-  return folder / (".qps-" + std::to_string(getpid()) + "-" + std::to_string(attempt) + ".tmp");
+  return folder / (std::string(kTemporaryPrefix) + std::to_string(getpid()) + "-" +
+                   std::to_string(attempt) + std::string(kTemporarySuffix));
+}
+
+// A lock tells others that the file is in use; it goes away with the process. False when one who
+// takes it for a leftover was faster. Windows removes no file that is open anyway.
+bool lock([[maybe_unused]] std::FILE* file, [[maybe_unused]] const std::string& name) {
+#if defined(_WIN32)
+  return true;
+#else
+  struct stat status {};
+  if (flock(fileno(file), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return false;
+  return stat(name.c_str(), &status) == 0;
+#endif
 }
 
 // "x" opens only a file that is not there, a dangling link included, so that nothing that stands in
 // the folder can lead the bytes elsewhere.
-std::FILE* createTemporary(const fs::path& folder, fs::path& name) {
+std::FILE* createTemporary(const fs::path& folder, fs::path& path) {
+  bool folderMade = false;
   for (unsigned attempt = 0;; ++attempt) {
-    name = temporaryName(folder, attempt);
+    path = temporaryName(folder, attempt);
+    const std::string name = path.string();
     errno = 0;
-    if (std::FILE* const file = std::fopen(name.string().c_str(), "wbx")) return file;
-    if (errno != EEXIST) throw WriteError{errno};
+    if (std::FILE* const file = std::fopen(name.c_str(), "wbx")) {
+      remember(name);
+      if (lock(file, name)) return file;
+      std::fclose(file);
+    } else if (errno == ENOENT && !folderMade) {
+      std::error_code error;
+      fs::create_directories(folder, error);
+      if (error) throw WriteError{error.value()};
+      folderMade = true;
+    } else if (errno != EEXIST) {
+      throw WriteError{errno};
+    }
   }
 }
+
+void removeIfLeft(const fs::path& path) {
+#if !defined(_WIN32)
+  const int file = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) return;
+  const bool inUse = flock(file, LOCK_EX | LOCK_NB) != 0;
+  if (!inUse) unlink(path.c_str());
+  close(file);
+#else
+  std::error_code ignored;
+  fs::remove(path, ignored);
+#endif
+}
+
+#if !defined(_WIN32)
+extern "C" void removeTemporaryAndEnd(int number) {
+  if (currentTemporary[0] != '\0') unlink(currentTemporary);
+  signal(number, SIG_DFL);
+  raise(number);  // once the handler has returned
+}
+#endif
 
 }  // namespace
 
@@ -86,15 +148,47 @@ void Output::flush() {
   if (size > 0 && std::fwrite(block_.get(), 1, size, file_) != size) throw WriteError{errno};
 }
 
+bool ignoresCase(const fs::path& folder) {
+  fs::path probe;
+  std::FILE* const file = createTemporary(folder, probe);
+  std::string other = probe.filename().string();
+  other.replace(1, 3, "QPS");
+  std::error_code ignored;
+  const bool same = fs::exists(folder / other, ignored);
+  std::fclose(file);
+  fs::remove(probe, ignored);
+  remember("");
+  return same;
+}
+
+void removeLeftovers(const fs::path& folder) {
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    const std::string name = entry->path().filename().string();
+    if (name.starts_with(kTemporaryPrefix) && name.ends_with(kTemporarySuffix))
+      removeIfLeft(entry->path());
+  }
+}
+
+void cleanUpOnSignals() {
+#if !defined(_WIN32)
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    if (signal(number, removeTemporaryAndEnd) == SIG_IGN) signal(number, SIG_IGN);  // as nohup does
+  }
+#endif
+}
+
 OutputFile::OutputFile(const fs::path& folder, const std::string& name)
     : target_(folder / fs::path(std::u8string(name.begin(), name.end()))),
-      file_(createTemporary(folder, temporary_)),
+      file_(createTemporary(target_.parent_path(), temporary_)),
       out_(file_) {}
 
 OutputFile::~OutputFile() {
   if (file_ != nullptr) std::fclose(file_);
   std::error_code ignored;
   if (!temporary_.empty()) fs::remove(temporary_, ignored);
+  remember("");
 }
 
 void OutputFile::finish() {

@@ -67,8 +67,19 @@ class Output {
   char* end_;
 };
 
-// A new file in a folder. Its bytes go to a temporary name beside it, which `finish` renames;
-// without `finish` nothing stays behind. Each function may throw WriteError.
+// Whether "A" and "a" are one file in this folder, in which files can be made.
+bool ignoresCase(const std::filesystem::path& folder);
+
+// Removes the temporary files in the folder that no process is writing to: those of processes that
+// were killed.
+void removeLeftovers(const std::filesystem::path& folder);
+
+// From now on signals that end the process (Ctrl-C, TERM, HUP) remove its temporary file first.
+void cleanUpOnSignals();
+
+// A new file below a folder; `name` may have folders before it, which are made. Its bytes go to a
+// temporary name beside it, which `finish` renames; without `finish` nothing stays behind. Each
+// function may throw WriteError.
 class OutputFile {
  public:
   OutputFile(const std::filesystem::path& folder, const std::string& name);

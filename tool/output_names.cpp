@@ -4,9 +4,13 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <unordered_set>
+#include <utility>
 
 #include "tool/letter_case.h"
+#include "tool/status.h"
 #include "tool/text_forms.h"
+#include "tool/utf8.h"
 
 namespace qps {
 namespace {
@@ -36,6 +40,53 @@ void cutTo(std::string& utf8, std::size_t size) {
   utf8.resize(size);
 }
 
+void appendByte(char byte, std::string& result) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  const auto value = static_cast<unsigned char>(byte);
+  result += '%';
+  result += kDigits[value >> 4U];
+  result += kDigits[value & 0xFU];
+}
+
+// One name of a path, so that it can be told what it was: "%3A" stands for what is not allowed.
+void appendEscaped(std::string_view name, std::string& result) {
+  const std::size_t last = name.find_last_not_of(". ") + 1;  // Windows drops what follows
+  bool escapesFirst = isDeviceName(name);
+  for (std::size_t i = 0; i < name.size();) {
+    const std::size_t size = firstCharacter(name.substr(i)).size;
+    const std::string_view character = name.substr(i, size);
+    const bool plain = i < last && !escapesFirst && isAllowed(character[0]) && character != "%" &&
+                       visible(character) == character;
+    if (plain)
+      result += character;
+    else
+      for (const char byte : character)
+        appendByte(byte, result);
+    escapesFirst = false;
+    i += size;
+  }
+}
+
+// Which letters are capitals, a bit for each letter as hexadecimal digits: "%u1" for "Abc". Nothing
+// else has a "%" before a "u".
+std::string caseMark(std::string_view path) {
+  std::string digits;
+  unsigned digit = 0, bits = 0;
+  const auto flush = [&] {
+    digits += "0123456789abcdef"[digit];
+    digit = bits = 0;
+  };
+  while (!path.empty()) {
+    const std::string_view character = path.substr(0, firstCharacter(path).size);
+    path.remove_prefix(character.size());
+    if (lowerCase(character) != character) digit |= 1U << bits;
+    if (++bits == 4) flush();
+  }
+  flush();
+  digits.resize(digits.find_last_not_of('0') + 1);
+  return digits.empty() ? "" : "%u" + digits;
+}
+
 }  // namespace
 
 std::string safeName(std::string_view utf8) {
@@ -50,17 +101,67 @@ std::string safeName(std::string_view utf8) {
   return name;
 }
 
-std::string OutputNames::make(const std::string& file, std::string_view sheet,
-                              std::string_view extension) {
-  const std::string base =
-      file == "-" ? "stdin" : safeName(std::filesystem::path(file).filename().string());
-  const std::string stem = sheet.empty() ? base : base + "." + safeName(sheet);
-  const std::string plain = stem + std::string(extension);
-  std::string name = plain;
-  unsigned& repeats = repeats_[lowerCase(plain)];
-  while (!given_.insert(lowerCase(name)).second)
-    name = stem + "~" + std::to_string(++repeats + 1) + std::string(extension);
-  return name;
+std::vector<std::string> sheetFileNames(const std::vector<std::string>& sheets) {
+  std::vector<std::string> names;
+  std::unordered_set<std::string> given;  // in lower case
+  for (const std::string& sheet : sheets) {
+    std::string safe =
+        safeName(sheet.empty() ? "sheet " + std::to_string(names.size() + 1) : sheet);
+    std::replace(safe.begin(), safe.end(), '.', '_');
+    std::string name = safe;
+    for (unsigned repeat = 2; !given.insert(lowerCase(name)).second; ++repeat)
+      name = safe + "~" + std::to_string(repeat);
+    names.push_back(std::move(name));
+  }
+  return names;
+}
+
+OutputNames::OutputNames(const std::string& base, bool diskIgnoresCase)
+    : baseText_(std::filesystem::path(base).generic_string()), diskIgnoresCase_(diskIgnoresCase) {
+  if (!baseText_.empty()) base_ = split(baseText_);
+}
+
+OutputNames::Parts OutputNames::split(std::string_view path) {
+  Parts parts{path.starts_with('/'), {}};
+  while (!path.empty()) {
+    const std::string_view name = path.substr(0, path.find('/'));
+    path.remove_prefix(std::min(name.size() + 1, path.size()));
+    if (!name.empty() && name != ".") parts.names.push_back(name);
+  }
+  return parts;
+}
+
+void OutputNames::cutBase(Parts& parts) const {
+  const bool below = parts.absolute == base_->absolute &&
+                     parts.names.size() > base_->names.size() &&
+                     std::equal(base_->names.begin(), base_->names.end(), parts.names.begin());
+  if (!below) throw Failure{Status::kFailed, "not below --base " + baseText_};
+  parts.names.erase(parts.names.begin(),
+                    parts.names.begin() + static_cast<std::ptrdiff_t>(base_->names.size()));
+}
+
+std::string OutputNames::pathOf(const std::string& source) {
+  if (source == "-") return "stdin";
+  const std::string generic = std::filesystem::path(source).generic_string();
+  Parts parts = split(generic);
+  if (base_) {
+    cutBase(parts);
+  } else if (absolute_.value_or(parts.absolute) != parts.absolute) {
+    throw Failure{Status::kFailed,
+                  "absolute and relative names could have the same output; see --base"};
+  }
+  absolute_ = parts.absolute;
+
+  std::string path;
+  for (const std::string_view name : parts.names) {
+    if (name == "..")
+      throw Failure{Status::kFailed, "'..' leads out of --output-dir; --base can cut it off"};
+    if (!path.empty()) path += '/';
+    appendEscaped(name, path);
+  }
+  if (path == "stdin") return "%73tdin";  // the other one is standard input's
+  if (diskIgnoresCase_) path += caseMark(generic);
+  return path;
 }
 
 }  // namespace qps

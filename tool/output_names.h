@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// Names for the files in --output-dir, made of names that may hold anything: a file's and a
-// worksheet's.
+// Names for the files in --output-dir. They depend on nothing but the notebook's name and what is
+// in it, so that every process gives the same one, and no two notebooks have one in common.
 #ifndef QPSREADER_TOOL_OUTPUT_NAMES_H
 #define QPSREADER_TOOL_OUTPUT_NAMES_H
 
+#include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
-#include <unordered_set>
+#include <vector>
 
 namespace qps {
 
@@ -16,16 +16,37 @@ namespace qps {
 // not begin or end with a dot or a blank, and which is at most 100 bytes long. Never empty.
 std::string safeName(std::string_view utf8);
 
+// For the worksheets of a notebook, in their order: safe names without a dot (the last dot but one
+// of an output ends the notebook's name), "~2" and so on added where a name was there before, also
+// when only the case of letters differs.
+std::vector<std::string> sheetFileNames(const std::vector<std::string>& sheets);
+
 class OutputNames {
  public:
-  // "FILE.EXTENSION", or "FILE.SHEET.EXTENSION" for a sheet name that is not empty. The same name
-  // is given once: the next time it has "~2" in it, also when only the case of letters differs.
-  std::string make(const std::string& file, std::string_view sheet, std::string_view extension);
+  // `base` is cut off from the front of names; "" is none. Where the disk ignores the case of
+  // letters, names with capitals get a mark that says which ones.
+  OutputNames(const std::string& base, bool diskIgnoresCase);
+  OutputNames(const OutputNames&) = delete;
+  OutputNames& operator=(const OutputNames&) = delete;
+
+  // The notebook's path below --output-dir, with "/" between folders: "/a/./b.wb2" is "a/b.wb2".
+  // What some system does not allow in names is written as "%3A". Throws Failure for a name that
+  // leads out (".."), that is not below the base, and for an absolute name after a relative one or
+  // the other way round: "/a" and "a" would have the same.
+  std::string pathOf(const std::string& source);
 
  private:
-  // All in lower case.
-  std::unordered_set<std::string> given_;
-  std::unordered_map<std::string, unsigned> repeats_;  // of a name, so far
+  struct Parts {
+    bool absolute = false;
+    std::vector<std::string_view> names;
+  };
+  static Parts split(std::string_view path);
+  void cutBase(Parts& parts) const;
+
+  std::string baseText_;  // what the parts of base_ are views of
+  std::optional<Parts> base_;
+  bool diskIgnoresCase_;
+  std::optional<bool> absolute_;  // what the names before were
 };
 
 }  // namespace qps

@@ -11,6 +11,7 @@
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include <qpsreader/ole_interface.h>
 #include "host/library_loader.hpp"
@@ -53,12 +54,15 @@ class FileLoop {
   Status run();
 
  private:
+  void openOutputFolder();
   void handle(const std::string& file);
   void process(const std::string& file);
   void rehearse(const Document& document);
+  void nameSheets(const Notebook& notebook);
   void writeAll(const Document& document);
   void writeFile(const Document& document, std::span<const SheetData> sheets,
-                 std::string_view sheetName);
+                 const std::string& name);
+  std::string outputName(std::string_view sheet) const;
   void warn(const Document& document, std::uint64_t undefinedBytes);
   void say(const std::string& file, std::string_view text);
   void fail(const std::string& file, Status status, std::string_view reason);
@@ -67,7 +71,9 @@ class FileLoop {
   const Settings& settings_;
   Decoder decoder_;
   Progress progress_;
-  OutputNames names_;
+  std::optional<OutputNames> names_;     // with --output-dir
+  std::string outputPath_;               // of the notebook at hand, as names_ has it
+  std::vector<std::string> sheetNames_;  // of its worksheets, where each has a file
   Output standardOutput_{stdout};
   bool anyPrinted_ = false;
   std::uint64_t mostOutput_ = 0;  // of this file; 0 is no limit
@@ -77,11 +83,7 @@ class FileLoop {
 
 Status FileLoop::run() {
   Inputs inputs(settings_);
-  if (!settings_.outputDir.empty()) {
-    std::error_code error;
-    std::filesystem::create_directories(settings_.outputDir, error);
-    if (error) throw UsageError{"--output-dir: " + settings_.outputDir + ": " + error.message()};
-  }
+  if (!settings_.outputDir.empty()) openOutputFolder();
   if (command_.prepare != nullptr) command_.prepare();
   if (settings_.sandbox) {
     loadLibraryByName(OLE_LIBRARY_NAME);
@@ -98,6 +100,20 @@ Status FileLoop::run() {
   return first_;
 }
 
+void FileLoop::openOutputFolder() {
+  const auto check = [this](const std::error_code& error) {
+    if (error) throw UsageError{"--output-dir: " + settings_.outputDir + ": " + error.message()};
+  };
+  std::error_code error;
+  std::filesystem::create_directories(settings_.outputDir, error);
+  check(error);
+  try {
+    names_.emplace(settings_.base, ignoresCase(settings_.outputDir));
+  } catch (const WriteError& failure) {
+    check({failure.error, std::generic_category()});
+  }
+}
+
 void FileLoop::handle(const std::string& file) {
   try {
     process(file);
@@ -110,9 +126,11 @@ void FileLoop::handle(const std::string& file) {
 
 void FileLoop::process(const std::string& file) {
   const TimeLimit time(settings_.maxTime);
-  const std::uint64_t undefinedBefore = decoder_.undefinedBytes();
   lost_.clear();
+  if (names_ && settings_.outputFile.empty()) outputPath_ = names_->pathOf(file);
   OpenedFile opened = openInput(file, settings_);
+  nameSheets(opened.notebook);
+  const std::uint64_t undefinedBefore = decoder_.undefinedBytes();
   Document document = readDocument(file, opened, command_, settings_, decoder_, time, progress_);
   document.follows = settings_.outputDir.empty() && anyPrinted_;
   const std::uint64_t undefinedWhileReading = decoder_.undefinedBytes() - undefinedBefore;
@@ -142,17 +160,30 @@ void FileLoop::writeAll(const Document& document) {
     standardOutput_.flush();
     return;
   }
-  if (!command_.filePerSheet) return writeFile(document, document.sheets, "");
+  if (!command_.filePerSheet) return writeFile(document, document.sheets, outputName(""));
   for (const SheetData& sheet : document.sheets)
-    writeFile(document, {&sheet, 1},
-              sheet.name.empty() ? "sheet " + std::to_string(sheet.number) : sheet.name);
+    writeFile(document, {&sheet, 1}, outputName(sheetNames_[sheet.number - 1]));
+}
+
+// All of them have names, so that those of some do not depend on which were asked for.
+void FileLoop::nameSheets(const Notebook& notebook) {
+  sheetNames_.clear();
+  if (!names_ || !command_.filePerSheet) return;
+  std::vector<std::string> names;
+  for (const Sheet& sheet : notebook.sheets())
+    names.push_back(decoder_.decode(sheet.name));
+  sheetNames_ = sheetFileNames(names);
+}
+
+std::string FileLoop::outputName(std::string_view sheet) const {
+  if (!settings_.outputFile.empty()) return settings_.outputFile;
+  std::string name = outputPath_;
+  if (!sheet.empty()) name.append(".").append(sheet);
+  return name + command_.extension;
 }
 
 void FileLoop::writeFile(const Document& document, std::span<const SheetData> sheets,
-                         std::string_view sheetName) {
-  const std::string name = settings_.outputFile.empty()
-                               ? names_.make(document.name, sheetName, command_.extension)
-                               : settings_.outputFile;
+                         const std::string& name) {
   try {
     OutputFile file(settings_.outputDir, name);
     if (command_.writeFile == nullptr)

@@ -80,8 +80,9 @@ constexpr int kAllowed[] = {
 
 // What files in a folder of output take besides.
 constexpr int kAllowedForFolder[] = {
-    SCMP_SYS(open),      SCMP_SYS(openat), SCMP_SYS(rename),   SCMP_SYS(renameat),
-    SCMP_SYS(renameat2), SCMP_SYS(unlink), SCMP_SYS(unlinkat),
+    SCMP_SYS(open),     SCMP_SYS(openat),   SCMP_SYS(mkdir),      SCMP_SYS(mkdirat),
+    SCMP_SYS(rename),   SCMP_SYS(renameat), SCMP_SYS(renameat2),  SCMP_SYS(unlink),
+    SCMP_SYS(unlinkat), SCMP_SYS(flock),    SCMP_SYS(getdents64), SCMP_SYS(fcntl),
 };
 
 struct Release {
@@ -170,8 +171,8 @@ std::uint64_t changesOfFiles(long version) {
 bool limitFiles(const std::string& outputFolder) {
   constexpr std::uint64_t kNotInFolder =
       LANDLOCK_ACCESS_FS_EXECUTE | LANDLOCK_ACCESS_FS_REMOVE_DIR | LANDLOCK_ACCESS_FS_MAKE_CHAR |
-      LANDLOCK_ACCESS_FS_MAKE_DIR | LANDLOCK_ACCESS_FS_MAKE_SOCK | LANDLOCK_ACCESS_FS_MAKE_FIFO |
-      LANDLOCK_ACCESS_FS_MAKE_BLOCK | LANDLOCK_ACCESS_FS_MAKE_SYM;
+      LANDLOCK_ACCESS_FS_MAKE_SOCK | LANDLOCK_ACCESS_FS_MAKE_FIFO | LANDLOCK_ACCESS_FS_MAKE_BLOCK |
+      LANDLOCK_ACCESS_FS_MAKE_SYM;
 
   const long version =
       ::syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION);

@@ -30,6 +30,7 @@ struct Settings {
   // Output.
   std::string outputDir;   // "" is standard output
   std::string outputFile;  // xlsx: the name of the only file there; "" for the notebook's own
+  std::string base;        // what outputs in outputDir are named below of; "" is nothing
   bool quiet = false;
   bool strict = false;
   bool salvage = false;

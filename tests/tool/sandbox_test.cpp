@@ -110,6 +110,8 @@ TEST_F(SandboxTest, FilesAreWrittenInTheFolderOfOutputOnly) {
       {"make a file", [this] { return opens(out() + "/a", O_WRONLY | O_CREAT | O_EXCL); }},
       {"replace one",
        [this] { return ::rename((out() + "/a").c_str(), (out() + "/b").c_str()) == 0; }},
+      {"make a folder", [this] { return ::mkdir((out() + "/new").c_str(), 0700) == 0; }},
+      {"a file in it", [this] { return opens(out() + "/new/a", O_WRONLY | O_CREAT); }},
       {"remove it", [this] { return ::unlink((out() + "/b").c_str()) == 0; }},
       {"read elsewhere", [this] { return opens(file(), O_RDONLY); }},
   };
@@ -119,6 +121,7 @@ TEST_F(SandboxTest, FilesAreWrittenInTheFolderOfOutputOnly) {
   std::fclose(std::fopen((out() + "/a").c_str(), "w"));
   const Attempt forbidden[] = {
       {"make a file elsewhere", [this] { return opens(file() + "2", O_WRONLY | O_CREAT); }},
+      {"make a folder elsewhere", [this] { return ::mkdir((file() + "3").c_str(), 0700) == 0; }},
       {"write to one elsewhere", [this] { return opens(file(), O_WRONLY); }},
       {"by way of the folder", [this] { return opens(out() + "/../file", O_WRONLY); }},
       {"empty one elsewhere", [this] { return opens(file(), O_RDONLY | O_TRUNC); }},

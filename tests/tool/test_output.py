@@ -5,6 +5,7 @@ import os
 import pathlib
 import pty
 import resource
+import shutil
 import signal
 import subprocess
 import time
@@ -20,7 +21,9 @@ LONG = [b"x" * 60, b"\xe9" * 62]
 
 
 def contents(folder):
-    return {path.name: path.read_bytes() for path in pathlib.Path(folder).iterdir()}
+    """Of every file below the folder, by its path from there."""
+    return {str(path.relative_to(folder)): path.read_bytes()
+            for path in pathlib.Path(folder).rglob("*") if path.is_file()}
 
 
 class OutputTest(ToolTest):
@@ -62,41 +65,75 @@ class OutputTest(ToolTest):
         self.assertEqual((result.returncode, result.stdout), (5, b""))
         self.assertTrue(result.stderr.startswith(b"qps: -: "))
 
+    def convert(self, *args, command="csv", **keywords):
+        return run(command, "--output-dir", "out", *args, cwd=self.folder, **keywords)
+
     def test_a_folder_of_output(self):
-        out = self.path("new/folder")
         os.mkdir(self.path("sub"))
-        inputs = [self.file(ONE, "book.wb2"), self.file(TWO, "sub/book.wb2"), "-"]
+        self.file(ONE), self.file(TWO, "sub/book.wb2")
         for command, extension in (("csv", ".A.csv"), ("text", ".txt"), ("json", ".jsonl"),
                                    ("html", ".html"), ("info", ".info.txt")):
-            result = run(command, "--output-dir", out, *inputs, stdin=ONE)
+            result = self.convert("book.wb2", "sub/book.wb2", "-", command=command, stdin=ONE)
             self.assertEqual((result.returncode, result.stdout, result.stderr), (0, b"", b""))
-            for name in (f"book.wb2{extension}", f"stdin{extension}"):
-                self.assertTrue(os.path.getsize(os.path.join(out, name)) > 0, name)
-        self.assertEqual(contents(out)["book.wb2.A.csv"], b"one\n")
-        self.assertEqual(contents(out)["book.wb2.A~2.csv"], b"two\n")
-        self.assertEqual(len(os.listdir(out)), 15)
+            for name in ("book.wb2", "sub/book.wb2", "stdin"):
+                self.assertGreater(os.path.getsize(self.path(f"out/{name}{extension}")), 0, name)
+        out = contents(self.path("out"))
+        self.assertEqual(out["book.wb2.A.csv"], b"one\n")
+        self.assertEqual(out["sub/book.wb2.A.csv"], b"two\n")
+        self.assertEqual(len(out), 15)
 
-    def test_names_are_safe(self):
+    def test_names_come_from_the_path_as_given(self):
+        names = {"a/x.wb2": "a/x.wb2", "./a//y": "a/y", "con": "%63on", "stdin": "%73tdin", "%": "%25",
+                 "n?:\\": "n%3F%3A%5C", "end. ": "end%2E%20", "tab\t": "tab%09", b"\xff": "%FF",
+                 "...": "%2E%2E%2E", ".hidden/z": ".hidden/z", "caf\u00e9~1": "caf\u00e9~1"}
+        for folder in ("a", ".hidden"):
+            os.mkdir(self.path(folder))
+        for source, name in names.items():
+            (pathlib.Path(self.folder) / os.fsdecode(source)).write_bytes(ONE)
+            self.assertEqual(self.convert(source, command="text").stderr, b"")
+            self.assertTrue(os.path.exists(self.path(f"out/{name}.txt")), name)
+        self.assertEqual(len(contents(self.path("out"))), len(names))
+
+    def test_a_base_is_cut_off(self):
+        os.mkdir(self.path("a"))
+        book, a = self.file(ONE, "a/x"), self.path("a")
+        up = f"../{os.path.basename(self.folder)}/a"
+        for base, source, expected in ((a, book, "x"), (self.folder + "/./", book, "a/x"), (".", "a/x", "a/x"),
+                                       (up, f"{up}/x", "x"), ("a", "a/x", "x"), (None, book, book[1:])):
+            shutil.rmtree(self.path("out"), ignore_errors=True)
+            result = self.convert(*(["--base", base] if base else []), source)
+            self.assertEqual((result.stderr, list(contents(self.path("out")))), (b"", [expected + ".A.csv"]))
+        for args, reason in ((["--base", "b", "a/x"], b"not below --base b"), (["--base", a, "a/x"], b"not below"),
+                             (["--base", "a", "ab/x"], b"not below"), ([f"{up}/x"], b"'..' leads out"),
+                             (["--base", ".", "a/../a/x"], b"'..' leads out"), (["a/x", book], b"absolute and")):
+            result = self.convert(*args)
+            self.assertEqual(result.returncode, 1)
+            self.assertIn(reason, result.stderr)
+
+    def test_names_of_worksheets_are_safe(self):
         before = set(os.listdir(self.folder)) | {"out", "book.wb2"}
         sheets = [sheet(label(0, 0, b"x"), name=name, number=i) for i, name in enumerate(NAMES + LONG)]
-        out = self.path("out")
-        result = run("csv", "--output-dir", out, self.file(notebook(*sheets)))
+        self.file(notebook(*sheets))
+        result = self.convert("book.wb2")
         self.assertEqual((result.returncode, result.stderr), (0, b""))
         self.assertEqual(set(os.listdir(self.folder)), before)
-        names = sorted(os.listdir(out))
-        self.assertEqual(names, sorted([
-            "book.wb2.Budget.csv", "book.wb2.budget~2.csv", "book.wb2._._.._etc_passwd.csv",
+        self.assertEqual(sorted(os.listdir(self.path("out"))), sorted([
+            "book.wb2.Budget.csv", "book.wb2.budget~2.csv", "book.wb2.______etc_passwd.csv",
             "book.wb2.a_b_c_d_e_f_g_h_i_j.csv", "book.wb2.__.csv", "book.wb2._CON.csv",
             "book.wb2.sheet 7.csv", "book.wb2.tab\u2409here.csv", "book.wb2._.csv",
             "book.wb2.caf\u00e9.csv", "book.wb2.CAF\u00c9~2.csv", "book.wb2.Budget~2~2.csv", f"book.wb2.{'x' * 60}.csv",
             f"book.wb2.{chr(0xe9) * 50}.csv"]))
+        shutil.rmtree(self.path("out"))
+        self.convert("--sheet", "budget", "book.wb2")
+        self.assertEqual(os.listdir(self.path("out")), ["book.wb2.budget~2.csv"])
 
     def test_nothing_follows_a_link_out_of_the_folder(self):
         out = self.path("out")
         os.mkdir(out)
         victim = self.file(b"mine", "victim")
         os.symlink(victim, os.path.join(out, "book.wb2.A.csv"))
-        self.assertEqual(run("csv", "--output-dir", out, self.file(ONE)).returncode, 0)
+        self.file(ONE)
+        self.assertEqual(self.convert("book.wb2").returncode, 0)
         self.assertEqual(contents(out), {"book.wb2.A.csv": b"one\n"})
         self.assertEqual(pathlib.Path(victim).read_bytes(), b"mine")
 
@@ -110,12 +147,13 @@ class OutputTest(ToolTest):
             signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
             resource.setrlimit(resource.RLIMIT_FSIZE, (500000, 500000))
 
-        result = run("csv", "--output-dir", out, self.file(large), self.file(ONE, "small"),
-                     preexec_fn=limit)
+        self.file(large), self.file(ONE, "small")
+        result = self.convert("book.wb2", "small", preexec_fn=limit)
         self.assertEqual(result.returncode, 1)
         self.assertIn(b"cannot write book.wb2.A.csv: File too large\n", result.stderr)
         self.assertEqual(contents(out), {"book.wb2.A.csv": b"older", "small.A.csv": b"one\n"})
-        damaged = run("csv", "--output-dir", out, self.file(ONE[:-20], "damaged"))
+        self.file(ONE[:-20], "damaged")
+        damaged = self.convert("damaged")
         self.assertEqual((damaged.returncode, len(os.listdir(out))), (5, 2))
 
     def test_an_output_folder_that_is_none(self):

@@ -4,7 +4,7 @@
 _qps() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local command=${COMP_WORDS[1]} i
-  local common='--help --sheet --files0-from --output-dir --encoding --strict --salvage
+  local common='--help --sheet --files0-from --output-dir --base --encoding --strict --salvage
     --max-memory --max-output --max-time --no-sandbox --quiet'
   COMPREPLY=()
 
@@ -19,7 +19,7 @@ _qps() {
       mapfile -t COMPREPLY < <(compgen -f -- "$current")
       return
       ;;
-    --output-dir)
+    --output-dir | --base)
       compopt -o filenames
       mapfile -t COMPREPLY < <(compgen -d -- "$current")
       return
