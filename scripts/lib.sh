@@ -10,7 +10,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # What a build of the release preset takes, and what the short form of the tests takes beyond that.
 # shellcheck disable=SC2034
 buildPackages=(cmake ninja-build g++ libcli11-dev libgmock-dev libgtest-dev libseccomp-dev
-  libxlsxwriter-dev rapidjson-dev)
+  libxlsxwriter-dev nettle-dev rapidjson-dev)
 # shellcheck disable=SC2034
 testPackages=(clang-format-14 locales pkg-config python3 python3-html5lib python3-jsonschema)
 

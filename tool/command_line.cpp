@@ -76,6 +76,22 @@ std::uint64_t parseSize(const char* option, const std::string& text) {
   return number << shift;
 }
 
+// "2/8".
+void parseShard(const std::string& text, Settings& settings) {
+  const auto number = [](const char* begin, const char* end, std::uint64_t& value) {
+    const auto [rest, error] = std::from_chars(begin, end, value);
+    return error == std::errc() && rest == end;
+  };
+  const char* const end = text.data() + text.size();
+  const char* const slash = std::find(text.data(), end, '/');
+  std::uint64_t shard = 0, count = 0;
+  if (slash == end || !number(text.data(), slash, shard) || !number(slash + 1, end, count) ||
+      shard == 0 || shard > count)
+    throw UsageError{"--shard: '" + text + "' is not one of 1/N to N/N"};
+  settings.shard = shard - 1;
+  settings.shardCount = count;
+}
+
 // "60" or "0.5".
 std::chrono::milliseconds parseSeconds(const std::string& text) {
   constexpr double kMostSeconds = 1e9;
@@ -144,6 +160,14 @@ constexpr OptionRow kOptions[] = {
      [](Settings& s, const std::string& value) { s.outputDir = notEmpty("--output-dir", value); }},
     {"--base", "DIR", kEvery, "Cut DIR off the front of the names of the files in --output-dir",
      [](Settings& s, const std::string& value) { s.base = notEmpty("--base", value); }},
+    {"--skip-existing", nullptr, kEvery,
+     "Leave out notebooks whose files in --output-dir are there (those that have failed run again)",
+     [](Settings& s, const std::string&) { s.skipExisting = true; }},
+    {"--manifest", "FILE", kEvery,
+     "Write a line of JSON for each notebook to FILE: SHA-256, status, cells, files of output",
+     [](Settings& s, const std::string& value) { s.manifest = notEmpty("--manifest", value); }},
+    {"--shard", "K/N", kEvery, "Only the K-th of every N files, for N processes side by side",
+     [](Settings& s, const std::string& value) { parseShard(value, s); }},
     {"--encoding", "NAME", kEvery, "The notebook's character set (default windows-1252)",
      [](Settings& s, const std::string& value) {
        s.encoding = value;
@@ -280,6 +304,9 @@ void check(const Command& command, Settings& settings) {
     throw UsageError{std::string(command.name) + ": no file is named (see 'qps " + command.name +
                      " --help')"};
   checkOutput(command, settings);
+  if (settings.outputDir.empty() && (settings.skipExisting || !settings.base.empty()))
+    throw UsageError{std::string(settings.skipExisting ? "--skip-existing" : "--base") +
+                     " goes with --output-dir"};
 }
 
 }  // namespace

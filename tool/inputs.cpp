@@ -113,6 +113,17 @@ Inputs::Inputs(const Settings& settings) : settings_(settings) {
 }
 
 std::optional<std::string> Inputs::next() {
+  while (auto name = nextOfAll())
+    if (taken_++ % settings_.shardCount == settings_.shard) return name;
+  return std::nullopt;
+}
+
+std::uint64_t Inputs::total() const {
+  const std::uint64_t all = settings_.files.size();
+  return all / settings_.shardCount + (all % settings_.shardCount > settings_.shard ? 1 : 0);
+}
+
+std::optional<std::string> Inputs::nextOfAll() {
   if (settings_.files0From.empty()) {
     if (nextFile_ == settings_.files.size()) return std::nullopt;
     return settings_.files[nextFile_++];

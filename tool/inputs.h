@@ -26,6 +26,9 @@ class Inputs {
   // None after the last one. Throws Failure when the list cannot be read on; then it has ended.
   std::optional<std::string> next();
 
+  // How many there will be; 0 when that is not known.
+  std::uint64_t total() const;
+
   // What the user called the list; "" for the command line.
   const std::string& list() const { return settings_.files0From; }
 
@@ -36,8 +39,11 @@ class Inputs {
     }
   };
 
+  std::optional<std::string> nextOfAll();
+
   const Settings& settings_;
   std::size_t nextFile_ = 0;
+  std::uint64_t taken_ = 0;                  // of all, those of other shards among them
   std::unique_ptr<std::FILE, Close> names_;  // null: the command line, or a list that has ended
 };
 

@@ -70,9 +70,9 @@ std::FILE* createTemporary(const fs::path& folder, fs::path& path) {
   for (unsigned attempt = 0;; ++attempt) {
     path = temporaryName(folder, attempt);
     const std::string name = path.string();
+    remember(name);
     errno = 0;
     if (std::FILE* const file = std::fopen(name.c_str(), "wbx")) {
-      remember(name);
       if (lock(file, name)) return file;
       std::fclose(file);
     } else if (errno == ENOENT && !folderMade) {

@@ -3,7 +3,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 
 #if defined(_WIN32)
 #include <io.h>
@@ -33,18 +32,26 @@ bool terminalIsDumb() {
 }  // namespace
 
 Progress::Progress(bool wanted)
-    : wanted_(wanted && errorIsTerminal() && !terminalIsDumb()), next_(Clock::now() + kPatience) {}
+    : terminal_(wanted && errorIsTerminal()),
+      wanted_(terminal_ && !terminalIsDumb()),
+      next_(Clock::now() + kPatience) {}
 
 void Progress::show() {
   const Clock::time_point now = Clock::now();
   if (now < next_) return;
   next_ = now + kInterval;
   std::string line = "qps: " + std::to_string(cells_) + " cells";
-  if (files_ > 0) line += ", " + std::to_string(files_) + " files done";
+  const std::string total = expected_ > 1 ? " of " + std::to_string(expected_) : "";
+  if (files_ > 0) line += ", " + std::to_string(files_) + total + " files done";
   clear();
   width_ = line.size();
   std::fputs(("\r" + line).c_str(), stderr);
   std::fflush(stderr);
+}
+
+void Progress::finish(const std::string& line) {
+  clear();
+  if (terminal_) std::fputs((line + "\n").c_str(), stderr);
 }
 
 void Progress::clear() {

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace qps {
 
@@ -18,6 +19,9 @@ class Progress {
   ~Progress() { clear(); }
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
+
+  // How many files there will be; 0 when that is not known.
+  void expect(std::uint64_t files) { expected_ = files; }
 
   void fileDone() {
     ++files_;
@@ -29,6 +33,9 @@ class Progress {
     if ((++cells_ & 0x3FFF) == 0 && wanted_) show();
   }
 
+  // The last line of a run, on a terminal.
+  void finish(const std::string& line);
+
   // Takes the line away, so that a message can stand in its place.
   void clear();
 
@@ -37,8 +44,10 @@ class Progress {
 
   void show();
 
+  bool terminal_;  // and the user did not ask for silence
   bool wanted_;
   std::uint64_t files_ = 0;
+  std::uint64_t expected_ = 0;
   std::uint64_t cells_ = 0;
   Clock::time_point next_;  // when the line is due
   std::size_t width_ = 0;   // of the line that stands there

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tool/run.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -10,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -20,6 +22,7 @@
 #include "tool/encoding.h"
 #include "tool/inputs.h"
 #include "tool/limits.h"
+#include "tool/manifest.h"
 #include "tool/output.h"
 #include "tool/output_bound.h"
 #include "tool/output_names.h"
@@ -43,6 +46,16 @@ void printError(std::initializer_list<std::string_view> parts) {
   }
 }
 
+// No file after this one can be written either.
+struct Stop : Failure {};
+
+bool stopsAll(int error) {
+#if defined(EDQUOT)
+  if (error == EDQUOT) return true;
+#endif
+  return error == ENOSPC || error == EROFS;
+}
+
 class FileLoop {
  public:
   FileLoop(const Command& command, const Settings& settings)
@@ -56,7 +69,12 @@ class FileLoop {
  private:
   void openOutputFolder();
   void handle(const std::string& file);
-  void process(const std::string& file);
+  void process(const std::string& file, InputBytes& bytes, std::size_t& size);
+  void record(std::span<const std::byte> bytes);
+  void removeLeftoversOnce();
+  bool skips(std::vector<std::string> outputs);
+  std::vector<std::string> sheetOutputs() const;
+  std::string summary() const;
   void rehearse(const Document& document);
   void nameSheets(const Notebook& notebook);
   void writeAll(const Document& document);
@@ -75,6 +93,11 @@ class FileLoop {
   std::string outputPath_;               // of the notebook at hand, as names_ has it
   std::vector<std::string> sheetNames_;  // of its worksheets, where each has a file
   Output standardOutput_{stdout};
+  std::unordered_set<std::string> tidied_;  // folders of output
+  std::optional<Manifest> manifest_;
+  ManifestEntry entry_;  // of the notebook at hand
+  std::uint64_t done_ = 0, skipped_ = 0, failed_ = 0;
+  bool stopped_ = false;
   bool anyPrinted_ = false;
   std::uint64_t mostOutput_ = 0;  // of this file; 0 is no limit
   std::string lost_;              // what its writer had to say
@@ -83,21 +106,30 @@ class FileLoop {
 
 Status FileLoop::run() {
   Inputs inputs(settings_);
+  cleanUpOnSignals();
   if (!settings_.outputDir.empty()) openOutputFolder();
   if (command_.prepare != nullptr) command_.prepare();
+  if (!settings_.manifest.empty()) manifest_.emplace(settings_, command_.name);
+  progress_.expect(inputs.total());
   if (settings_.sandbox) {
     loadLibraryByName(OLE_LIBRARY_NAME);
     enterSandbox(settings_.outputDir);
   }
   try {
-    while (const auto file = inputs.next()) {
+    for (std::optional<std::string> file; !stopped_ && (file = inputs.next());) {
       handle(*file);
       progress_.fileDone();
     }
   } catch (const Failure& failure) {
     fail("--files0-from: " + inputs.list(), failure.status, failure.reason);
   }
+  if (settings_.manyFiles()) progress_.finish(summary());
   return first_;
+}
+
+std::string FileLoop::summary() const {
+  return "qps: " + std::to_string(done_) + " done, " + std::to_string(skipped_) + " skipped, " +
+         std::to_string(failed_) + " failed" + (stopped_ ? ", stopped" : "");
 }
 
 void FileLoop::openOutputFolder() {
@@ -107,6 +139,7 @@ void FileLoop::openOutputFolder() {
   std::error_code error;
   std::filesystem::create_directories(settings_.outputDir, error);
   check(error);
+  removeLeftovers(settings_.outputDir);
   try {
     names_.emplace(settings_.base, ignoresCase(settings_.outputDir));
   } catch (const WriteError& failure) {
@@ -115,22 +148,50 @@ void FileLoop::openOutputFolder() {
 }
 
 void FileLoop::handle(const std::string& file) {
+  if (manifest_ && manifest_->has(file)) {
+    ++skipped_;
+    return;
+  }
+  entry_ = {};
+  entry_.source = file;
+  InputBytes bytes;
+  std::size_t size = 0;
   try {
-    process(file);
+    process(file, bytes, size);
+  } catch (const Stop& stop) {
+    stopped_ = true;
+    fail(file, stop.status, stop.reason);
   } catch (const Failure& failure) {
     fail(file, failure.status, failure.reason);
   } catch (const std::bad_alloc&) {
     fail(file, Status::kLimit, "the machine has not enough memory for it");
   }
+  ++(entry_.skipped ? skipped_ : entry_.status == Status::kOk ? done_ : failed_);
+  if (manifest_) record({bytes.get(), size});
 }
 
-void FileLoop::process(const std::string& file) {
+void FileLoop::record(std::span<const std::byte> bytes) {
+  try {
+    manifest_->add(entry_, bytes);
+  } catch (const WriteError& error) {
+    stopped_ = true;
+    fail("--manifest: " + settings_.manifest, Status::kFailed, error.message());
+  }
+}
+
+void FileLoop::process(const std::string& file, InputBytes& bytes, std::size_t& size) {
   const TimeLimit time(settings_.maxTime);
   lost_.clear();
   if (names_ && settings_.outputFile.empty()) outputPath_ = names_->pathOf(file);
+  if (names_) removeLeftoversOnce();
+  if (!command_.filePerSheet && skips({outputName("")})) return;
   OpenedFile opened = openInput(file, settings_);
+  entry_.facts = opened.notebook.facts();
   nameSheets(opened.notebook);
+  if (command_.filePerSheet && settings_.sheets.empty() && skips(sheetOutputs())) return;
   const std::uint64_t undefinedBefore = decoder_.undefinedBytes();
+  bytes = std::move(opened.bytes);  // which outlive the document
+  size = static_cast<std::size_t>(opened.size);
   Document document = readDocument(file, opened, command_, settings_, decoder_, time, progress_);
   document.follows = settings_.outputDir.empty() && anyPrinted_;
   const std::uint64_t undefinedWhileReading = decoder_.undefinedBytes() - undefinedBefore;
@@ -139,6 +200,9 @@ void FileLoop::process(const std::string& file) {
   const std::uint64_t undefinedInRehearsal = decoder_.undefinedBytes();
   anyPrinted_ = true;
   writeAll(document);
+  entry_.worksheets = document.sheets.size();
+  for (const SheetData& sheet : document.sheets)
+    entry_.cells += sheet.shownCells;
   warn(document, undefinedWhileReading + decoder_.undefinedBytes() - undefinedInRehearsal);
   if (document.damage) throw *document.damage;
 }
@@ -163,6 +227,32 @@ void FileLoop::writeAll(const Document& document) {
   if (!command_.filePerSheet) return writeFile(document, document.sheets, outputName(""));
   for (const SheetData& sheet : document.sheets)
     writeFile(document, {&sheet, 1}, outputName(sheetNames_[sheet.number - 1]));
+}
+
+// Those of processes that were killed, in the folder where the next output goes.
+void FileLoop::removeLeftoversOnce() {
+  const auto folder =
+      (std::filesystem::path(settings_.outputDir) / outputPath_).parent_path().string();
+  if (tidied_.insert(folder).second) removeLeftovers(folder);
+}
+
+// Without a manifest, a notebook is known to be done by its outputs: each appears when it is whole.
+// With one, its line is missing, and it is done again.
+bool FileLoop::skips(std::vector<std::string> outputs) {
+  if (!settings_.skipExisting || manifest_ || outputs.empty()) return false;
+  const auto exists = [this](const std::string& output) {
+    std::error_code ignored;
+    return std::filesystem::exists(std::filesystem::path(settings_.outputDir) / output, ignored);
+  };
+  entry_.skipped = std::all_of(outputs.begin(), outputs.end(), exists);
+  return entry_.skipped;
+}
+
+std::vector<std::string> FileLoop::sheetOutputs() const {
+  std::vector<std::string> outputs;
+  for (const std::string& sheet : sheetNames_)
+    outputs.push_back(outputName(sheet));
+  return outputs;
 }
 
 // All of them have names, so that those of some do not depend on which were asked for.
@@ -192,8 +282,11 @@ void FileLoop::writeFile(const Document& document, std::span<const SheetData> sh
       lost_ = command_.writeFile(file.temporary(), document, mostOutput_);
     if (settings_.strict && !lost_.empty()) throw Failure{Status::kFailed, lost_};
     file.finish();
+    entry_.outputs.push_back(name);
   } catch (const WriteError& error) {
-    throw Failure{Status::kFailed, "cannot write " + name + ": " + error.message()};
+    Failure failure{Status::kFailed, "cannot write " + name + ": " + error.message()};
+    if (stopsAll(error.error)) throw Stop{std::move(failure)};
+    throw failure;
   }
 }
 
@@ -215,6 +308,10 @@ void FileLoop::say(const std::string& file, std::string_view text) {
 
 void FileLoop::fail(const std::string& file, Status status, std::string_view reason) {
   if (first_ == Status::kOk) first_ = status;
+  if (entry_.status == Status::kOk) {
+    entry_.status = status;
+    entry_.message = reason;
+  }
   say(file, reason);
 }
 

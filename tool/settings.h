@@ -22,7 +22,9 @@ enum class Hidden : std::uint8_t {
 struct Settings {
   // Input.
   std::vector<std::string> files;
-  std::string files0From;           // a file of names, each ended by a zero byte; "" is none
+  std::string files0From;   // a file of names, each ended by a zero byte; "" is none
+  std::uint64_t shard = 0;  // of every shardCount files, the one with this place, from 0
+  std::uint64_t shardCount = 1;
   std::vector<std::string> sheets;  // names or numbers; none means all
   std::string encoding = "windows-1252";
   bool encodingChosen = false;
@@ -31,6 +33,8 @@ struct Settings {
   std::string outputDir;   // "" is standard output
   std::string outputFile;  // xlsx: the name of the only file there; "" for the notebook's own
   std::string base;        // what outputs in outputDir are named below of; "" is nothing
+  bool skipExisting = false;
+  std::string manifest;  // a file; "" is none
   bool quiet = false;
   bool strict = false;
   bool salvage = false;

@@ -4,7 +4,7 @@
 _qps() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local command=${COMP_WORDS[1]} i
-  local common='--help --sheet --files0-from --output-dir --base --encoding --strict --salvage
+  local common='--help --sheet --files0-from --output-dir --base --skip-existing --manifest --shard --encoding --strict --salvage
     --max-memory --max-output --max-time --no-sandbox --quiet'
   COMPREPLY=()
 
@@ -14,7 +14,7 @@ _qps() {
     return
   fi
   case $previous in
-    --files0-from | --output | -o)
+    --files0-from | --manifest | --output | -o)
       compopt -o filenames
       mapfile -t COMPREPLY < <(compgen -f -- "$current")
       return
@@ -37,7 +37,7 @@ _qps() {
       mapfile -t COMPREPLY < <(compgen -W 'keep skip mark' -- "$current")
       return
       ;;
-    --sheet | --max-memory | --max-output | --max-time | --separator)
+    --sheet | --shard | --max-memory | --max-output | --max-time | --separator)
       return
       ;;
   esac
