@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <iterator>
 #include <limits>
 #include <new>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -25,6 +27,9 @@ namespace fs = std::filesystem;
 // No system has longer names; a "list" without zero bytes is something else.
 constexpr std::size_t kLongestName = std::size_t{64} << 10;
 
+// How much of a file is looked at to see that it is no notebook.
+constexpr std::size_t kBeginning = 4096;
+
 std::string systemMessage() {
   return std::generic_category().message(errno);
 }
@@ -42,22 +47,33 @@ void resize(InputBytes& bytes, std::size_t size) {
   bytes.reset(static_cast<std::byte*>(resized));
 }
 
-// Reads to the end, or one byte more than `most`.
-std::size_t readStandardInput(std::uint64_t most, InputBytes& bytes) {
-  constexpr std::size_t kFirstBlock = std::size_t{64} << 10;
+// Whether a file can still be a notebook that begins with these bytes: with record 0, or as a
+// compound document. Zeros are records 0 without end.
+bool canBeNotebook(std::string_view begin) {
+  using namespace std::string_view_literals;
+  constexpr std::string_view kBegins[] = {"\0\0"sv, "\xD0\xCF\x11\xE0"sv};
+  const bool known = std::any_of(
+      std::begin(kBegins), std::end(kBegins),
+      [&](std::string_view start) { return begin.starts_with(start.substr(0, begin.size())); });
+  return known && (begin.size() < kBeginning || begin.find_first_not_of('\0') != begin.npos);
+}
+
+// Reads to the end, or one byte more than `most`, or until it can be no notebook.
+std::size_t readAll(std::FILE* file, std::uint64_t most, InputBytes& bytes) {
   const std::uint64_t mostRoom =
       std::min<std::uint64_t>(most, std::numeric_limits<std::size_t>::max() - 1) + 1;
-  readBinary(stdin);
+  readBinary(file);
   errno = 0;
   std::size_t size = 0;
   std::size_t room = 0;
   while (size == room && room < mostRoom) {
-    room = static_cast<std::size_t>(
-        std::min<std::uint64_t>(mostRoom, std::max(kFirstBlock, 2 * room)));
+    room =
+        static_cast<std::size_t>(std::min<std::uint64_t>(mostRoom, std::max(kBeginning, 2 * room)));
     resize(bytes, room);
-    size += std::fread(bytes.get() + size, 1, room - size, stdin);
+    size += std::fread(bytes.get() + size, 1, room - size, file);
+    if (!canBeNotebook({reinterpret_cast<const char*>(bytes.get()), size})) break;
   }
-  if (std::ferror(stdin) != 0) throw Failure{Status::kFailed, systemMessage()};
+  if (std::ferror(file) != 0) throw Failure{Status::kFailed, systemMessage()};
   resize(bytes, size);
   return size;
 }
@@ -71,16 +87,24 @@ OpenOptions openOptions(std::uint64_t memoryLimit, const Settings& settings) {
   return {.memoryLimit = static_cast<std::size_t>(memoryLimit), .salvage = settings.salvage};
 }
 
-OpenedFile openStandardInput(const Settings& settings) {
+// Zeros would be listed as a notebook without worksheets.
+[[noreturn]] void refuseBeginning(std::span<const std::byte> bytes) {
+  valueOrThrow(Notebook::open(bytes));
+  throw Failure{Status::kNotANotebook, "not a Quattro Pro for Windows notebook"};
+}
+
+OpenedFile openBytes(std::FILE* file, const Settings& settings) {
   // The reader's offsets have 32 bits.
   constexpr std::uint64_t kMostBytes = 0xFFFFFFFF;
   const std::uint64_t limit = settings.maxMemory;
   InputBytes bytes;
   const std::size_t size =
-      readStandardInput(limit == 0 ? kMostBytes : std::min(limit, kMostBytes), bytes);
+      readAll(file, limit == 0 ? kMostBytes : std::min(limit, kMostBytes), bytes);
   if (limit != 0 && size >= limit) throw failureOf(memoryLimitError());
   if (size > kMostBytes) throw Failure{Status::kLimit, "longer than 4 GiB"};
 
+  if (size == kBeginning && !canBeNotebook({reinterpret_cast<const char*>(bytes.get()), size}))
+    refuseBeginning({bytes.get(), size});
   const std::uint64_t left = limit == 0 ? 0 : limit - size;
   Notebook notebook = valueOrThrow(
       Notebook::open(std::span<const std::byte>(bytes.get(), size), openOptions(left, settings)));
@@ -93,6 +117,28 @@ void refuseNamedPipe(const std::string& name) {
   std::error_code ignored;
   if (!fs::is_fifo(fs::status(name, ignored)) || name.starts_with("/dev/")) return;
   throw Failure{Status::kFailed, "a named pipe, which is only read as standard input (-)"};
+}
+
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+// Files that are not what their size says are taken as a stream: those in /proc, which have none,
+// and large ones that begin as no notebook does, of which only the beginning is read.
+std::optional<OpenedFile> openUnsized(const std::string& name, const Settings& settings) {
+  constexpr std::uintmax_t kLarge = std::uintmax_t{1} << 20;
+  std::error_code error;
+  if (!fs::is_regular_file(name, error)) return std::nullopt;
+  const std::uintmax_t size = fs::file_size(name, error);
+  if (error || (size != 0 && size < kLarge)) return std::nullopt;
+  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(name.c_str(), "rb"));
+  if (file == nullptr) return std::nullopt;
+  if (size == 0) return openBytes(file.get(), settings);
+  std::string begin(kBeginning, '\0');
+  begin.resize(std::fread(begin.data(), 1, begin.size(), file.get()));
+  if (canBeNotebook(begin)) return std::nullopt;
+  std::rewind(file.get());
+  return openBytes(file.get(), settings);
 }
 
 std::uint64_t sizeOf(const std::string& name) {
@@ -149,9 +195,10 @@ OpenedFile openInput(const std::string& name, const Settings& settings) {
   if (name == "-") {
     if (settings.files0From == "-")
       throw Failure{Status::kFailed, "standard input already holds the names of the files"};
-    return openStandardInput(settings);
+    return openBytes(stdin, settings);
   }
   refuseNamedPipe(name);
+  if (auto bytes = openUnsized(name, settings)) return *std::move(bytes);
   return {nullptr,
           valueOrThrow(Notebook::open(fs::path(name), openOptions(settings.maxMemory, settings))),
           sizeOf(name), settings.maxMemory};

@@ -148,6 +148,23 @@ class Failures(ToolTest):
             result = run("csv", "--max-memory", limit, "-", stdin=LARGE)
             self.assertEqual((result.returncode, len(result.stdout) > 0), (status, status == 0), limit)
 
+    def test_what_is_no_notebook_is_refused_after_its_first_bytes(self):
+        huge = self.file(b"")
+        os.truncate(huge, 100 << 30)
+        for data in (b"%PDF-1.4", b"\0\0", b"hello"):
+            with open(huge, "r+b") as file:
+                file.write(data.ljust(10, b"\0"))
+            self.assert_fails(run("csv", "--max-time", "1", huge), huge, 3, "not a Quattro Pro")
+        for source in ("/dev/zero", "yes"):  # without end
+            command = "yes | " + " ".join(QPS) + " csv -" if source == "yes" else " ".join(QPS) + f" csv - < {source}"
+            result = subprocess.run(command, shell=True, capture_output=True, timeout=60, check=False)
+            self.assertEqual((result.returncode, result.stderr),
+                             (3, b"qps: -: not a Quattro Pro for Windows notebook\n"))
+
+    @unittest.skipUnless(os.path.exists("/proc/version"), "there is no /proc")
+    def test_files_without_a_size_are_read(self):
+        self.assert_fails(run("csv", "/proc/version"), "/proc/version", 3, "not a Quattro Pro")
+
     def test_lists_that_cannot_be_read(self):
         for source, reason in ((self.folder, "Is a directory"),
                                (self.file(b"x" * 70000, "list"), "not a list of names")):
