@@ -13,6 +13,7 @@
 #include <memory>
 #include <sstream>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <qpsreader/version.h>
@@ -61,15 +62,20 @@ const std::string& notEmpty(const char* option, const std::string& value) {
   return value;
 }
 
+// The power of 2 that a letter stands for; 0 for other letters.
+unsigned shiftOf(char unit) {
+  const std::string_view units = "KkMmGgTt";
+  const std::size_t place = units.find(unit);
+  return place == units.npos ? 0 : 10 * (static_cast<unsigned>(place) / 2 + 1);
+}
+
 // "4M" and the like.
 std::uint64_t parseSize(const char* option, const std::string& text) {
   std::uint64_t number = 0;
   const char* const end = text.data() + text.size();
   const auto [suffix, error] = std::from_chars(text.data(), end, number);
-  const std::string_view units = "KMGT";
   unsigned shift = 0;
-  if (error == std::errc() && end - suffix == 1)
-    shift = 10 * (static_cast<unsigned>(units.find(*suffix)) + 1);  // npos + 1 is 0
+  if (error == std::errc() && end - suffix == 1) shift = shiftOf(*suffix);
   const bool known = suffix == end || shift > 0;
   if (error != std::errc() || !known || (number << shift >> shift) != number)
     throw UsageError{std::string(option) + ": '" + text + "' is not a size such as 500M or 2G"};
@@ -148,7 +154,7 @@ Hidden parseHidden(const std::string& text) {
 }
 
 constexpr OptionRow kOptions[] = {
-    {"--sheet", "NAME|NUMBER", kEvery,
+    {"-s,--sheet", "NAME|NUMBER", kEvery,
      "Only this worksheet, by its name or its number from 1 (repeatable)",
      [](Settings& s, const std::string& value) { s.sheets.push_back(value); }},
     {"--files0-from", "FILE", kEvery,
@@ -187,7 +193,7 @@ constexpr OptionRow kOptions[] = {
     {"--max-time", "SECONDS", kEvery,
      "Give up after SECONDS of processor time (default 60; 0: no limit)",
      [](Settings& s, const std::string& value) { s.maxTime = parseSeconds(value); }},
-    {"--quiet", nullptr, kEvery, "No warnings and no progress; failures are still reported",
+    {"-q,--quiet", nullptr, kEvery, "No warnings and no progress; failures are still reported",
      [](Settings& s, const std::string&) { s.quiet = true; }},
     {"--no-sandbox", nullptr, kEvery,
      "Keep the powers that this program gives up before it reads a notebook (see --version)",
@@ -210,7 +216,7 @@ constexpr OptionRow kOptions[] = {
      [](Settings& s, const std::string&) { s.withSource = true; }},
     {"-o,--output", "FILE", bitOf(CommandId::kXlsx), "Write this file, for one notebook",
      [](Settings& s, const std::string& value) { s.outputFile = notEmpty("--output", value); }},
-    {"--delimiter", "CHAR", kCsvOnly, "Between columns (default a comma; \\t or tab for a tab)",
+    {"-d,--delimiter", "CHAR", kCsvOnly, "Between columns (default a comma; \\t or tab for a tab)",
      [](Settings& s, const std::string& value) { s.delimiter = parseDelimiter(value); }},
     {"--separator", "TEXT", kCsvOnly,
      "Between worksheets in one output (default \\n, an empty line; nothing with --with-source; "
@@ -282,6 +288,50 @@ class HelpFormatter : public CLI::Formatter {
   }
 };
 
+// How many letters must be added, removed or replaced to make one of the other.
+std::size_t distance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  for (std::size_t j = 0; j <= b.size(); ++j)
+    row[j] = j;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    std::size_t diagonal = std::exchange(row[0], i + 1);
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
+    }
+  }
+  return row.back();
+}
+
+// CLI11 would take the word for a superfluous argument.
+void checkCommand(std::string_view word) {
+  constexpr std::size_t kLongestWord = 20;
+  const Command* nearest = nullptr;
+  std::size_t least = 3;  // what is further away was not meant
+  for (const Command& command : kCommands) {
+    if (word == command.name) return;
+    if (word.size() > kLongestWord) continue;
+    const std::size_t away = distance(word, command.name);
+    if (away < least) nearest = &command, least = away;
+  }
+  const std::string hint =
+      nearest == nullptr ? "see 'qps help'" : "did you mean '" + std::string(nearest->name) + "'?";
+  throw UsageError{"'" + std::string(word) + "' is not a command (" + hint + ")"};
+}
+
+// Those of "qps help [COMMAND]" are the same as of "qps [COMMAND] --help".
+std::vector<std::string> argumentsOf(int argc, const char* const* argv) {
+  std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+  if (!arguments.empty() && arguments[0] == "help") {
+    arguments.erase(arguments.begin());
+    arguments.resize(std::min<std::size_t>(arguments.size(), 1));
+    arguments.push_back("--help");
+  }
+  if (!arguments.empty() && !arguments[0].starts_with('-')) checkCommand(arguments[0]);
+  return arguments;
+}
+
 // Where a command that writes files puts them.
 void checkOutput(const Command& command, Settings& settings) {
   if (command.writeFile == nullptr) return;
@@ -316,13 +366,14 @@ std::span<const Command> commands() {
 }
 
 Invocation parseCommandLine(int argc, const char* const* argv) {
+  std::vector<std::string> given = argumentsOf(argc, argv);
   Invocation invocation;
   CLI::App app("Read Quattro Pro for Windows notebooks (.wb1, .wb2, .wb3).", "qps");
   app.allow_windows_style_options(false);  // "/name" is a file everywhere
   app.formatter(std::make_shared<HelpFormatter>());
   app.footer("'qps COMMAND --help' lists the options of a command.");
   app.set_version_flag(
-      "--version",
+      "-V,--version",
       [] { return "qps " QPSREADER_VERSION_STRING "\nsandbox: " + enterSandbox("").description(); },
       "Print the version and the sandbox that this system allows, and exit");
   app.set_help_flag("-h,--help", "Print this help and exit");
@@ -334,8 +385,8 @@ Invocation parseCommandLine(int argc, const char* const* argv) {
 
   try {
     std::vector<std::string> arguments;  // CLI11 wants them from the last to the first
-    for (int i = argc - 1; i > 0; --i)
-      arguments.push_back(marked(argv[i]));
+    for (auto argument = given.rbegin(); argument != given.rend(); ++argument)
+      arguments.push_back(marked(std::move(*argument)));
     app.parse(std::move(arguments));
   } catch (const CLI::Success& request) {  // for the help or the version
     std::ostringstream text;

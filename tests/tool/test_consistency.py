@@ -50,7 +50,7 @@ class Consistency(Options):
         self.assertEqual(set(re.findall(r"^\.TP\n\.B ([a-z]+)$", commands, re.M)), COMMANDS)
         sections = dict(part.split("\n", 1) for part in
                         page.split(".SH EXIT STATUS")[0].split("\n.SS ")[1:])
-        described = {name: set(re.findall(r"^\.TP\n\\fB(--[a-z0-9-]+)", text, re.M))
+        described = {name: set(re.findall(r"^\.TP\n\\fB(?:-\w\\fR, \\fB)?(--[a-z0-9-]+)", text, re.M))
                      for name, text in sections.items()}
         for command, options in self.options.items():
             wanted = described["All commands"] | {"--help"}

@@ -201,6 +201,13 @@ class Failures(ToolTest):
                 self.assertEqual((result.returncode, result.stdout), (2, b""))
                 self.assertRegex(result.stderr.decode(), r"\Aqps: [^\n]+\n\Z")
 
+    def test_an_unknown_command_is_called_that(self):
+        for word, hint in (("shets", "did you mean 'sheets'?"), ("cvs", "did you mean 'csv'?"),
+                           ("budget.wb2", "see 'qps help'")):
+            result = run(word, "x")
+            self.assertEqual((result.returncode, result.stderr.decode()),
+                             (2, f"qps: '{word}' is not a command ({hint})\n"))
+
     def test_a_folder_is_no_file(self):
         self.assert_fails(run("csv", self.folder), self.folder, 1, "directory")
 
