@@ -9,6 +9,7 @@
 #include <memory>
 #include <numeric>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -191,13 +192,18 @@ std::string visit(const Input& input) {
                                                      input.settings, input.decoder, time, progress);
     if (!input.command.filePerSheet) return write(input, document, document.sheets);
     std::string all;
-    qps::OutputNames names;
-    for (const qps::SheetData& sheet : document.sheets) {
-      const std::string name = names.make(document.name, sheet.name, input.command.extension);
+    std::vector<std::string> sheetNames;
+    for (const qps::SheetData& sheet : document.sheets)
+      sheetNames.push_back(sheet.name);
+    const std::vector<std::string> fileNames = qps::sheetFileNames(sheetNames);
+    require(std::set(fileNames.begin(), fileNames.end()).size() == document.sheets.size(),
+            "a name for each worksheet");
+    for (std::size_t i = 0; i < fileNames.size(); ++i) {
+      const std::string& name = fileNames[i];
       qps::fuzz::checkCharacters(name, true);
-      require(name.size() < 255 && name.find_first_of("/\\:*?\"<>|\n\t") == std::string::npos,
+      require(name.size() < 128 && name.find_first_of("/\\:*?\"<>|.\n\t") == std::string::npos,
               "a name that every system takes");
-      all += name + write(input, document, {&sheet, 1});
+      all += name + write(input, document, {&document.sheets[i], 1});
     }
     return all;
   } catch (const qps::Failure& failure) {

@@ -17,8 +17,8 @@ struct Sandbox {
 };
 
 // For the rest of the process's life: files can be read, what is open can be written to, and new
-// files and folders can be made in `outputFolder` only ("" for none). What the system refuses is left out;
-// the result says what is in force. Libraries that may be needed must be loaded before.
+// files and folders can be made in `outputFolder` only ("" for none). What the system refuses is
+// left out; the result says what is in force. Libraries that may be needed must be loaded before.
 //
 // Where there is seccomp and no Landlock, files can be written anywhere when `outputFolder` is
 // named, and nowhere when it is not.

@@ -261,6 +261,7 @@ class Xlsx(WorkbookTest):
         self.convert(contents(EXAMPLE))
         os.mkdir(self.path("out"))
         result = run("xlsx", EXAMPLE, EXAMPLE[:-1] + "3", "--output-dir", self.path("out"),
+                     "--base", os.path.dirname(EXAMPLE),
                      env={"TZ": "Asia/Tokyo", "LC_ALL": "C"})
         self.assertEqual((result.returncode, result.stderr), (0, b""))
         whole = contents(self.path("book.xlsx"))
