@@ -197,6 +197,18 @@ std::string html(std::string_view utf8) {
   return text;
 }
 
+namespace {
+
+// A control of the upper half: "<U+0085>", which is no markup.
+void appendNumbered(std::string_view control, std::string& result) {
+  const std::string shown = visible(control);
+  result += "&lt;";
+  result.append(shown, 1, shown.size() - 2);
+  result += "&gt;";
+}
+
+}  // namespace
+
 void appendHtml(std::string_view utf8, std::string& result) {
   for (std::size_t i = 0; i < utf8.size(); ++i) {
     const char c = utf8[i];
@@ -226,7 +238,7 @@ void appendHtml(std::string_view utf8, std::string& result) {
           appendVisible({&c, 1}, result);
         else if (byte == 0xC2 && i + 1 < utf8.size() &&
                  static_cast<unsigned char>(utf8[i + 1]) < 0xA0)
-          appendHtml(visible(utf8.substr(i++, 2)), result);  // "<U+0085>"
+          appendNumbered(utf8.substr(i++, 2), result);
         else
           result += c;
     }
