@@ -215,14 +215,13 @@ bool Manifest::keeps(const std::string& line, const Settings& settings) {
   if ((outcome != "done" && outcome != "salvaged") || stringIn(object, "command") != command_ ||
       object.HasMember("sourceBytes"))
     return false;
-  const auto outputs = object.FindMember("outputs");
-  if (outputs == object.MemberEnd() || !outputs->value.IsArray()) return false;
+  if (!object.HasMember("outputs") || !object["outputs"].IsArray()) return false;
   const auto exists = [&settings](const rapidjson::Value& output) {
     std::error_code ignored;
     return output.IsString() &&
            fs::exists(fs::path(settings.outputDir) / output.GetString(), ignored);
   };
-  const auto list = outputs->value.GetArray();
+  const auto list = object["outputs"].GetArray();
   return !list.Empty() && std::all_of(list.begin(), list.end(), exists) &&
          kept_.insert(source).second;
 }
