@@ -11,7 +11,7 @@ shortSteps=(short format includes)
 # What "all" takes; one row a step: its name, the function that does it with that name, the Debian
 # packages that it takes beyond those of the short form. The tests labelled "full" belong to "release".
 steps=(
-  "xlsx         xlsx    python3-openpyxl xlsx2csv"
+  "xlsx         xlsx    xlsx2csv"
   "release      release chromium fish libgsf-bin python3-xlwt zsh"
   "clang        preset  clang-14"
   "asan         preset"
