@@ -187,7 +187,7 @@ TEST(Diagnosis, SalvagesWorksheetsBehindDamage) {
     ASSERT_EQ(notebook->sheets().size(), 3u);
     EXPECT_EQ(notebook->sheets()[1].startOffset, second - 512);
     ASSERT_TRUE(notebook->damage());
-    const std::string& message = notebook->damage()->message;
+    const std::string message = notebook->damage()->message;
     EXPECT_NE(message.find(" to " + std::to_string(second - 513) + ", "), std::string::npos)
         << message;
     for (const Sheet& sheet : notebook->sheets()) {
