@@ -29,7 +29,7 @@ elif [ "$way" = package ] || [ "$way" = pkg-config ]; then
   mv first installed
   # A path ends where no further character of a name follows: /q does not occur in /qpsreader.
   for path in "$work/first" "$source" "$build"; do
-    grep -rlaP "(?<![\w.-])\Q$path\E(?![\w.-])" installed && fail "paths of the build"
+    grep -rIlP "(?<![\w.-])\Q$path\E(?![\w.-])" installed && fail "paths of the build"
   done
   libraries=$(dirname "$(find "$work/installed" -name libqpsreader.so)")
   export PKG_CONFIG_PATH=$libraries/pkgconfig
