@@ -84,11 +84,12 @@ class Salvager {
 // None where the bytes end first.
 std::optional<Record> Salvager::headerAt(std::uint64_t offset) const {
   if (offset > records_.size() || records_.size() - offset < kHeaderBytes) return std::nullopt;
-  const auto u16 = [this](std::uint64_t at) {
+  const auto u16 = [this](std::size_t at) {
     return static_cast<std::uint16_t>(std::to_integer<unsigned>(records_[at]) |
                                       std::to_integer<unsigned>(records_[at + 1]) << 8);
   };
-  return Record{{u16(offset), u16(offset + 2), offset}};
+  const auto at = static_cast<std::size_t>(offset);
+  return Record{{u16(at), u16(at + 2), offset}};
 }
 
 // None where the records cannot be followed.
@@ -121,13 +122,12 @@ bool Salvager::isTornLabel(const Record& record) const {
 }
 
 std::optional<std::uint64_t> Salvager::nextWorksheet(std::uint64_t from) const {
-  while (from < records_.size()) {
-    const void* const found = std::memchr(&records_[from], kWorksheet, records_.size() - from);
+  for (auto at = static_cast<std::size_t>(std::min<std::uint64_t>(from, records_.size()));
+       at < records_.size(); ++at) {
+    const void* const found = std::memchr(&records_[at], kWorksheet, records_.size() - at);
     if (found == nullptr) break;
-    const auto offset =
-        static_cast<std::uint64_t>(static_cast<const std::byte*>(found) - records_.data());
-    if (startsWorksheet(offset)) return offset;
-    from = offset + 1;
+    at = static_cast<std::size_t>(static_cast<const std::byte*>(found) - records_.data());
+    if (startsWorksheet(at)) return at;
   }
   return std::nullopt;
 }

@@ -30,9 +30,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Large enough that the system calls no longer show, small enough to stay in the cache.
-constexpr std::size_t kBlockBytes = std::size_t{256} << 10;
-
 // The temporary file that stands on the disk, for the handler of signals; "" when there is none.
 char currentTemporary[4096];
 
@@ -113,13 +110,7 @@ std::string WriteError::message() const {
   return std::generic_category().message(error);
 }
 
-Output::Output(std::FILE* file)
-    : file_(file),
-      terminal_(isatty(fileno(file)) != 0),
-      capacity_(kBlockBytes),
-      block_(new char[kBlockBytes]),
-      cursor_(block_.get()),
-      end_(block_.get() + kBlockBytes) {
+Output::Output(std::FILE* file) : file_(file), terminal_(isatty(fileno(file)) != 0) {
   std::setvbuf(file, nullptr, _IONBF, 0);
 #if defined(_WIN32)
   _setmode(_fileno(file), _O_BINARY);
@@ -127,13 +118,7 @@ Output::Output(std::FILE* file)
 }
 
 Output::Output(const Output& real, std::uint64_t most)
-    : file_(nullptr),
-      terminal_(real.terminal_),
-      bytesLeft_(most),
-      capacity_(kBlockBytes),
-      block_(new char[kBlockBytes]),
-      cursor_(block_.get()),
-      end_(block_.get() + kBlockBytes) {}
+    : file_(nullptr), terminal_(real.terminal_), bytesLeft_(most) {}
 
 void Output::flush() {
   const auto size = static_cast<std::size_t>(cursor_ - block_.get());

@@ -56,15 +56,18 @@ class Output {
   bool isTerminal() const { return terminal_; }
 
  private:
+  // Large enough that the system calls no longer show, small enough to stay in the cache.
+  static constexpr std::size_t kBlockBytes = std::size_t{256} << 10;
+
   void makeRoom(std::size_t size);
 
   std::FILE* file_;  // null: a rehearsal
   bool terminal_;
   std::uint64_t bytesLeft_ = 0;  // of a rehearsal
-  std::size_t capacity_;
-  std::unique_ptr<char[]> block_;
-  char* cursor_;
-  char* end_;
+  std::size_t capacity_ = kBlockBytes;
+  std::unique_ptr<char[]> block_{new char[kBlockBytes]};
+  char* cursor_ = block_.get();
+  char* end_ = cursor_ + kBlockBytes;
 };
 
 // Whether "A" and "a" are one file in this folder, in which files can be made.

@@ -6,19 +6,8 @@
 #include "viewer/module/host_calls.h"
 
 namespace qps {
-namespace {
 
-constexpr std::size_t kBlockBytes = std::size_t{64} << 10;
-
-}  // namespace
-
-Output::Output(std::FILE*)
-    : file_(nullptr),
-      terminal_(false),
-      capacity_(kBlockBytes),
-      block_(new char[kBlockBytes]),
-      cursor_(block_.get()),
-      end_(block_.get() + kBlockBytes) {}
+Output::Output(std::FILE*) : file_(nullptr), terminal_(false) {}
 
 void Output::flush() {
   const auto size = static_cast<std::size_t>(cursor_ - block_.get());
