@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// prove_fixed_point [COUNT]: compares the integer road of reader/render/fixed_point.cpp with
+// prove_fixed_point [COUNT]: compares the integer digits of reader/render/fixed_point.cpp with
 // std::to_chars on COUNT texts (10^9 by default), and stops at the first that differs. The values
 // are chosen where the two could part, each with 0 to 19 decimals. A value that the integers refuse
 // must be 2^64 or more.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Reading a stream: the reader of records asks for a header of four bytes and then for a body,
-// again and again, and passes over records by seeking. Both stay inside the buffer as a rule, and
+// again and again, and passes over records by seeking. Both mostly stay inside the buffer, and
 // the host sees one call for many records.
 #include "olefio/stream.h"
 

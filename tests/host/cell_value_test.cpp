@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// CellView::value: the values that were written come back, by every road to the bytes, and dates
-// are those that the reader shows.
+// CellView::value: the values that were written come back, from a file, memory and a document, and
+// dates are those that the reader shows.
 #include <gtest/gtest.h>
 
 #include <bit>
