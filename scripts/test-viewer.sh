@@ -31,5 +31,5 @@ node --test --test-reporter=tap package.test.mjs page.test.mjs > "$log" 2>&1 || 
 grep -v '^ *\(duration_ms\|type\):' "$log" | grep -E '^(ok|not ok)|error:|: .* ms$|read:' || true
 passed=$((passed + $(sed -n 's/^# pass //p' "$log")))
 failed=$((failed + $(sed -n 's/^# fail //p' "$log")))
-echo "$passed passed, $failed failed"
+echo "$passed passed, $failed failed, 0 skipped"
 [ $failed = 0 ]

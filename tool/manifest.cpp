@@ -173,10 +173,16 @@ std::string lineOf(const char* command, const ManifestEntry& entry, const Conten
   return object.line();
 }
 
-std::string stringIn(const rapidjson::Document& object, const char* name) {
+// Null where the object has no such member.
+const rapidjson::Value* memberOf(const rapidjson::Value& object, const char* name) {
   const auto member = object.FindMember(name);
-  if (member == object.MemberEnd() || !member->value.IsString()) return "";
-  return {member->value.GetString(), member->value.GetStringLength()};
+  return member == object.MemberEnd() ? nullptr : &member->value;
+}
+
+std::string stringIn(const rapidjson::Value& object, const char* name) {
+  const rapidjson::Value* const value = memberOf(object, name);
+  if (value == nullptr || !value->IsString()) return "";
+  return {value->GetString(), value->GetStringLength()};
 }
 
 }  // namespace
@@ -215,13 +221,14 @@ bool Manifest::keeps(const std::string& line, const Settings& settings) {
   if ((outcome != "done" && outcome != "salvaged") || stringIn(object, "command") != command_ ||
       object.HasMember("sourceBytes"))
     return false;
-  if (!object.HasMember("outputs") || !object["outputs"].IsArray()) return false;
+  const rapidjson::Value* const outputs = memberOf(object, "outputs");
+  if (outputs == nullptr || !outputs->IsArray()) return false;
   const auto exists = [&settings](const rapidjson::Value& output) {
     std::error_code ignored;
     return output.IsString() &&
            fs::exists(fs::path(settings.outputDir) / output.GetString(), ignored);
   };
-  const auto list = object["outputs"].GetArray();
+  const auto list = outputs->GetArray();
   return !list.Empty() && std::all_of(list.begin(), list.end(), exists) &&
          kept_.insert(source).second;
 }

@@ -37,7 +37,7 @@ double anyDouble(std::mt19937_64& random) {
 }
 
 std::string anyText(std::mt19937_64& random) {
-  std::string text(random() % 60, ' ');
+  std::string text(static_cast<std::size_t>(random() % 60), ' ');
   for (char& c : text)
     c = static_cast<char>(1 + random() % 255);
   return text;

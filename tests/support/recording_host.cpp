@@ -254,7 +254,7 @@ void RecordingHost::release(void* block, Kind kind) {
   require(header->kind == kind, "a block goes back to where it came from, once");
   header->kind = kReleased;
   --blocks_[kind];
-  if (kind == kPoolBlocks) poolBytes_ -= header->size;
+  if (kind == kPoolBlocks) poolBytes_ -= static_cast<std::size_t>(header->size);
   std::free(header);
 }
 

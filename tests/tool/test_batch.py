@@ -89,7 +89,9 @@ class Batch(ToolTest):
         self.assertEqual(sorted(name for line in found for name in line["outputs"]), sorted(self.whole))
         for line in found[::9]:
             data = pathlib.Path(self.path(line["source"])).read_bytes()
-            self.assertEqual((line["size"], line["sha256"]), (len(data), hashlib.sha256(data).hexdigest()))
+            self.assertEqual(line["size"], len(data))
+            if len(QPS) == 1 or line["sha256"]:  # programs of other machines may have no library for it
+                self.assertEqual(line["sha256"], hashlib.sha256(data).hexdigest())
         damaged = [line for line in found if line["outcome"] != "done"]
         self.assertEqual(len(damaged), 10)
         self.assertEqual({(line["outcome"], line["status"], line["cells"]) for line in damaged}, {("failed", 5, None)})
