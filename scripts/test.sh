@@ -101,11 +101,16 @@ skippedTests() {
     NF { reason = $0 }'
 }
 
-# The mingw preset, in a Wine prefix of its own that is set up before the first test starts a clock.
+# The mingw preset, in a Wine prefix of its own. Its server is started first and outlives the programs:
+# else each of them would start Windows anew.
 windows() {
-  export WINEPREFIX=$PWD/build/wine
-  quietly wine-setup env WINEDEBUG=-all /usr/lib/wine/wine64 wineboot --init || true
+  export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all
+  local server=/usr/lib/wine/wineserver64
+  mkdir -p "$WINEPREFIX"
+  "$server" -p
+  quietly wine-setup /usr/lib/wine/wine64 wineboot --init || true
   preset "$1"
+  "$server" -k || true
 }
 
 # Runs scripts/test-NAME.sh, which names what it skips and ends with its counts as this one does.

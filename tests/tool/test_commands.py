@@ -154,7 +154,7 @@ class Commands(ToolTest):
 
     def test_the_source_of_each_record(self):
         book = notebook(sheet(label(0, 1, b"x"), name=b"=1"), sheet(label(0, 0, b"y"), name=b"2", number=1))
-        paths = [self.file(book, "a.wb2"), self.file(PLAIN, "b,\xff.wb2")]
+        paths = [self.file(book, "a.wb2"), self.file(PLAIN, "b,c.wb2")]
         rows = [[paths[0], "=1", ""], [paths[0], "=1", "x"], [paths[0], "2", "y"],
                 [paths[1], "A", "X", "Y"], [paths[1], "A", "1", "-5"]]
         result = run("csv", "--with-source", *paths)
