@@ -11,10 +11,14 @@
 
 namespace qps {
 
-// A block for `size` characters from the sheet's itemAlloc, with the zero byte after them written.
-// The host's at once. Null when there is none.
+// A block from the sheet's itemAlloc, the host's at once. Null when there is none.
+[[nodiscard]] inline char* itemBlock(const QPSSheet& sheet, std::size_t bytes) {
+  return static_cast<char*>(sheet.itemAlloc(sheet.itemAllocContext, nullptr, bytes, 0));
+}
+
+// A block for `size` characters with the zero byte after them written.
 [[nodiscard]] inline char* itemText(const QPSSheet& sheet, std::size_t size) {
-  auto* text = static_cast<char*>(sheet.itemAlloc(sheet.itemAllocContext, nullptr, size + 1, 0));
+  char* text = itemBlock(sheet, size + 1);
   if (text != nullptr) [[likely]]
     text[size] = '\0';
   return text;

@@ -144,6 +144,10 @@ enum ItemState : std::uint32_t {
 }  // namespace qps
 
 struct QPSSheet {
+  // Its stream is null while none is open. It comes first because one register then holds the
+  // address of both, in code that runs for every cell.
+  qps::RecordStream records;
+
   void* hostData;
   QPSReader* reader;
   void* itemAllocContext;
@@ -151,8 +155,7 @@ struct QPSSheet {
   SSHostServices* services;
 
   qps::Container container;
-  qps::RecordStream records;  // its stream is null while none is open
-  std::uint32_t sheetStart;   // where the worksheet's records begin, from the stream's start
+  std::uint32_t sheetStart;  // where the worksheet's records begin, from the stream's start
 
   // Items
   std::uint32_t itemState;

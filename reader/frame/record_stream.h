@@ -66,8 +66,7 @@ class BodyView {
   // From `offset` up to the first zero byte; empty when the body ends before.
   std::string_view textAt(std::size_t offset) const {
     if (offset >= size()) return {};
-    const auto* text = reinterpret_cast<const char*>(bytes_.data() + offset);
-    return {text, textLength(text, size() - offset)};
+    return reinterpret_cast<const char*>(bytes_.data() + offset);
   }
 
  private:

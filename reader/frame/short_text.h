@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace qps {
 
@@ -28,21 +29,26 @@ void storeWord(char* to, Word word) {
   std::memcpy(to, &word, sizeof(word));
 }
 
-// The place of the first zero byte among eight, or 8.
-inline std::size_t firstZeroOfEight(const char* bytes) {
-  const std::uint64_t word = loadWord(bytes);
-  // The top bit of every zero byte, and perhaps of some after the first of them.
-  const std::uint64_t zeros = (word - 0x0101'0101'0101'0101) & ~word & 0x8080'8080'8080'8080;
-  return static_cast<std::size_t>(std::countr_zero(zeros)) / 8;
+// Among the top bits of a word's bytes, those of every zero byte, and perhaps of some after the
+// first of them.
+constexpr std::uint64_t zeroBytes(std::uint64_t word) {
+  return (word - 0x0101'0101'0101'0101) & ~word;
 }
 
-// The length of a text whose zero byte stands at text[most] or before. Up to 16 bytes go by two
-// words that overlap: strlen would wait for the bytes, which have just been stored, to reach the
-// cache.
-inline std::size_t textLength(const char* text, std::size_t most) {
-  if (most < 8 || most > 16) return std::strlen(text);
-  const std::size_t length = firstZeroOfEight(text);
-  return length < 8 ? length : most - 8 + firstZeroOfEight(text + most - 8);
+// Whether the bytes are 8 to 15 characters and the zero byte that ends them.
+inline bool isShortText(std::string_view bytes) {
+  if (bytes.size() < 9 || bytes.size() > 16 || bytes.back() != '\0') return false;
+  const std::uint64_t first = loadWord(bytes.data());
+  const std::uint64_t last = loadWord(bytes.data() + bytes.size() - 9);
+  return ((zeroBytes(first) | zeroBytes(last)) & 0x8080'8080'8080'8080) == 0;
+}
+
+// Copies such bytes, in two words that overlap.
+inline void copyShortText(char* to, std::string_view bytes) {
+  const std::size_t second = bytes.size() - 8;
+  const std::uint64_t last = loadWord(bytes.data() + second);
+  storeWord(to, loadWord(bytes.data()));
+  storeWord(to + second, last);
 }
 
 }  // namespace qps

@@ -42,8 +42,8 @@ inline constexpr std::uint16_t kSpecialError = 0;
 inline constexpr std::uint16_t kSpecialInteger = 3;
 inline constexpr std::size_t kSpecialIntegerOffset = 8;
 
-inline std::uint16_t styleFieldOf(const BodyView& body) {
-  return static_cast<std::uint16_t>(body.u16At(kStyleOffset) >> kStyleNumberShift);
+inline std::uint32_t styleFieldOf(const BodyView& body) {
+  return std::uint32_t{body.u16At(kStyleOffset)} >> kStyleNumberShift;
 }
 
 constexpr bool isSpecialResult(std::uint16_t marker) {

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 #include "reader/format/format_value.h"
@@ -43,6 +44,26 @@ CellStep deliverNumber(QPSSheet& sheet, SSItemCell& cell, double value) {
   return CellStep::kDeliver;
 }
 
+[[gnu::noinline]] char* copyAnyLabel(const QPSSheet& sheet) {
+  return qpsStrDup(sheet, sheet.records.body().textAt(kTextOffset));
+}
+
+// The record from its text on; as good as endless where a short one has none.
+inline std::string_view labelBytes(const QPSSheet& sheet) {
+  const std::span<const std::uint8_t> body = sheet.records.body().bytes();
+  return {reinterpret_cast<const char*>(body.data()) + kTextOffset, body.size() - kTextOffset};
+}
+
+// Most labels are short and fill their record. The record is looked at again after the host's call:
+// that costs less than keeping what was loaded.
+inline char* copyLabel(const QPSSheet& sheet) {
+  if (!isShortText(labelBytes(sheet))) return copyAnyLabel(sheet);
+  char* copy = itemBlock(sheet, labelBytes(sheet).size());
+  if (copy != nullptr) [[likely]]
+    copyShortText(copy, labelBytes(sheet));
+  return copy;
+}
+
 CellStep deliverError(QPSSheet& sheet, SSItemCell& cell) {
   const QPSAppearance& appearance = placeCell(sheet, cell, kNumericCell);
   cell.text = isHidden(appearance) ? nullptr : qpsStrDup(sheet, kErrorText);
@@ -68,8 +89,7 @@ CellStep qpsReadNumberCell(QPSSheet& sheet, SSItemCell& cell) {
 
 CellStep qpsReadLabelCell(QPSSheet& sheet, SSItemCell& cell) {
   const QPSAppearance& appearance = placeCell(sheet, cell, kTextCell);
-  cell.text =
-      isHidden(appearance) ? nullptr : qpsStrDup(sheet, sheet.records.body().textAt(kTextOffset));
+  cell.text = isHidden(appearance) ? nullptr : copyLabel(sheet);
   return CellStep::kDeliver;
 }
 

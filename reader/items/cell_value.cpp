@@ -57,13 +57,13 @@ void setContents(QPSCellValue& value, RecordType type, const BodyView& body) {
   }
 }
 
-const char* styleNameOf(const QPSSheet& sheet, std::uint16_t styleField) {
+const char* styleNameOf(const QPSSheet& sheet, std::uint32_t styleField) {
   const QPSStyle* style = findStyle(sheet, styleNumberOf(styleField));
   const QPSNamedStyle* named = style == nullptr ? nullptr : sheet.namedStyleById[style->namedStyle];
   return named == nullptr ? nullptr : named->name;
 }
 
-void setFormat(QPSCellValue& value, const QPSSheet& sheet, std::uint16_t styleField) {
+void setFormat(QPSCellValue& value, const QPSSheet& sheet, std::uint32_t styleField) {
   const QPSAppearance& appearance = appliedAppearance(sheet, styleField);
   value.formatCode = appearance.formatCode;
   value.decimals = appearance.decimals;

@@ -55,7 +55,7 @@ void applyWithBase(const QPSSheet& sheet, QPSAppearance& appearance, const QPSSt
 
 }  // namespace
 
-const QPSAppearance& resolveAppearance(QPSSheet& sheet, std::uint16_t styleField) {
+const QPSAppearance& resolveAppearance(QPSSheet& sheet, std::uint32_t styleField) {
   if (sheet.styleList == nullptr) return sheet.unstyled;
   const QPSStyle* style = findStyle(sheet, styleNumberOf(styleField));
   if (style == nullptr) return kUnstyled;
@@ -66,7 +66,7 @@ const QPSAppearance& resolveAppearance(QPSSheet& sheet, std::uint16_t styleField
   return *appearance;
 }
 
-const QPSAppearance& appliedAppearance(const QPSSheet& sheet, std::uint16_t styleField) {
+const QPSAppearance& appliedAppearance(const QPSSheet& sheet, std::uint32_t styleField) {
   if (sheet.styleList == nullptr) return sheet.unstyled;
   if (findStyle(sheet, styleNumberOf(styleField)) == nullptr) return kUnstyled;
   const QPSAppearance* kept =

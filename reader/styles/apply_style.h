@@ -28,10 +28,10 @@ inline constexpr QPSAppearance kUnstyled{
 
 // Works out what a cell's style field (styleNumberOf) means, for its first cell and for every cell
 // without a style.
-const QPSAppearance& resolveAppearance(QPSSheet& sheet, std::uint16_t styleField);
+const QPSAppearance& resolveAppearance(QPSSheet& sheet, std::uint32_t styleField);
 
 // What a cell's style field means. Stays as it is until the next cell.
-inline const QPSAppearance& appearanceOf(QPSSheet& sheet, std::uint16_t styleField) {
+inline const QPSAppearance& appearanceOf(QPSSheet& sheet, std::uint32_t styleField) {
   const QPSStylePage* page = sheet.stylePageByNumber[styleField >> 8];
   if (page != nullptr) [[likely]] {
     const QPSAppearance* appearance = page->appearances[styleField & 0xFF];
@@ -42,7 +42,7 @@ inline const QPSAppearance& appearanceOf(QPSSheet& sheet, std::uint16_t styleFie
 }
 
 // What the last cell's style field meant when its style was applied. Changes nothing.
-const QPSAppearance& appliedAppearance(const QPSSheet& sheet, std::uint16_t styleField);
+const QPSAppearance& appliedAppearance(const QPSSheet& sheet, std::uint32_t styleField);
 
 inline void writeBorders(SSItemCell& cell, const QPSStyle& style) {
   for (std::size_t slot = 0; slot < kBorderSlots; ++slot) {
@@ -65,7 +65,7 @@ inline void writeFont(SSItemFont& item, const QPSFont::Shown& font) {
 // Applies a style to the cell that refers to it by this field: writes the item's style fields.
 // Returns what the style means for the cell's value.
 inline const QPSAppearance& qpsApplyCellStyle(QPSSheet& sheet, SSItemCell& cell, CellKind kind,
-                                              std::uint16_t styleField) {
+                                              std::uint32_t styleField) {
   const QPSAppearance& appearance = appearanceOf(sheet, styleField);
   const QPSAppearance::Colours colours = appearance.colours;
   const std::uint32_t present = appearance.present;

@@ -66,7 +66,7 @@ void qpsSetColumnColour(QPSSheet& sheet, std::uint16_t column, const QPSStyle& s
   sheet.columnColours[column] = qpsBlendColours(style.colour1, style.colour2, style.blend);
 }
 
-void qpsApplyColumnStyle(QPSSheet& sheet, std::uint16_t column, std::uint16_t styleNumber) {
+void qpsApplyColumnStyle(QPSSheet& sheet, std::uint16_t column, std::uint32_t styleNumber) {
   const QPSStyle* style = findStyle(sheet, styleNumber);
   if (style != nullptr) qpsSetColumnColour(sheet, column, *style);
 }

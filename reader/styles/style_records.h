@@ -17,15 +17,15 @@ Step qpsReadStyle(QPSSheet& sheet);
 // read.
 Step qpsReadColumnStyle(QPSSheet& sheet);
 
-// The style with this number, or null.
-inline const QPSStyle* findStyle(const QPSSheet& sheet, std::uint16_t number) {
+// The style with this number, at most 65535, or null.
+inline const QPSStyle* findStyle(const QPSSheet& sheet, std::uint32_t number) {
   const QPSStylePage* page = sheet.stylePageByNumber[number >> 8];
   return page == nullptr ? nullptr : page->styles[number & 0xFF];
 }
 
 // The style number that a cell's or a column's field means: 0 stands for style 1.
-inline std::uint16_t styleNumberOf(std::uint16_t field) {
-  return field == 0 ? std::uint16_t{1} : field;
+inline std::uint32_t styleNumberOf(std::uint32_t field) {
+  return field == 0 ? 1 : field;
 }
 
 }  // namespace qps
