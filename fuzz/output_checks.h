@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What leaves the tool, judged without the tool's own code: the C library knows UTF-8, RapidJSON
-// knows JSON, and CSV and HTML are read by the rules of those who will read them.
+// What leaves the tool, judged without the tool's own code: RapidJSON knows JSON, and UTF-8, CSV
+// and HTML are read by the rules of those who will read them.
 #ifndef QPSREADER_FUZZ_OUTPUT_CHECKS_H
 #define QPSREADER_FUZZ_OUTPUT_CHECKS_H
 
