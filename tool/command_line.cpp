@@ -171,6 +171,9 @@ constexpr OptionRow kOptions[] = {
     {"--skip-existing", nullptr, kEvery,
      "Leave out notebooks whose files in --output-dir are there (those that have failed run again)",
      [](Settings& s, const std::string&) { s.skipExisting = true; }},
+    {"--overwrite", nullptr, kEvery,
+     "Replace files in --output-dir that have other content (else the notebook fails)",
+     [](Settings& s, const std::string&) { s.overwrite = true; }},
     {"--manifest", "FILE", kEvery,
      "Write a line of JSON for each notebook to FILE: SHA-256, status, cells, files of output",
      [](Settings& s, const std::string& value) { s.manifest = notEmpty("--manifest", value); }},
@@ -356,9 +359,12 @@ void check(const Command& command, Settings& settings) {
     throw UsageError{std::string(command.name) + ": no file is named (see 'qps " + command.name +
                      " --help')"};
   checkOutput(command, settings);
-  if (settings.outputDir.empty() && (settings.skipExisting || !settings.base.empty()))
-    throw UsageError{std::string(settings.skipExisting ? "--skip-existing" : "--base") +
-                     " goes with --output-dir"};
+  const std::pair<const char*, bool> forFolders[] = {{"--skip-existing", settings.skipExisting},
+                                                     {"--overwrite", settings.overwrite},
+                                                     {"--base", !settings.base.empty()}};
+  for (const auto& [option, given] : forFolders)
+    if (given && settings.outputDir.empty())
+      throw UsageError{std::string(option) + " goes with --output-dir"};
 }
 
 }  // namespace

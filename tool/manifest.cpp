@@ -195,7 +195,7 @@ Manifest::Manifest(const Settings& settings, const char* command) : command_(com
     const fs::path path(name);
     OutputFile renewed(path.has_parent_path() ? path.parent_path() : ".", path.filename().string());
     renewed.out().write(kept);
-    renewed.finish();
+    static_cast<void>(renewed.finish(true));
     errno = 0;
     file_.reset(std::fopen(name.c_str(), "ab"));
     if (file_ == nullptr) throw WriteError{errno};

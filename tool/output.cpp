@@ -3,7 +3,10 @@
 // Output and OutputFile; the C library's files are used because they are the same on every system.
 #include "tool/output.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <fstream>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -96,6 +99,15 @@ void removeIfLeft(const fs::path& path) {
 #endif
 }
 
+bool sameBytes(const fs::path& a, const fs::path& b) {
+  std::error_code error;
+  if (!fs::is_regular_file(fs::symlink_status(b, error))) return false;
+  std::ifstream first(a, std::ios::binary), second(b, std::ios::binary);
+  if (!first || !second) return false;
+  using Bytes = std::istreambuf_iterator<char>;
+  return std::equal(Bytes(first), Bytes(), Bytes(second), Bytes());
+}
+
 #if !defined(_WIN32)
 extern "C" void removeTemporaryAndEnd(int number) {
   if (currentTemporary[0] != '\0') unlink(currentTemporary);
@@ -176,14 +188,22 @@ OutputFile::~OutputFile() {
   remember("");
 }
 
-void OutputFile::finish() {
+bool OutputFile::finish(bool overwrite) {
   out_.flush();
   errno = 0;
   if (std::fclose(std::exchange(file_, nullptr)) != 0) throw WriteError{errno};
   std::error_code error;
+  if (!overwrite) {
+    // A second name can only be one that is free. Some disks have no second names: there, a file
+    // that another process makes at this moment would be replaced.
+    fs::create_hard_link(temporary_, target_, error);
+    if (!error) return true;
+    if (fs::exists(fs::symlink_status(target_, error))) return sameBytes(temporary_, target_);
+  }
   fs::rename(temporary_, target_, error);
   if (error) throw WriteError{error.value()};
   temporary_.clear();
+  return true;
 }
 
 }  // namespace qps

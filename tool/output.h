@@ -81,8 +81,8 @@ void removeLeftovers(const std::filesystem::path& folder);
 void cleanUpOnSignals();
 
 // A new file below a folder; `name` may have folders before it, which are made. Its bytes go to a
-// temporary name beside it, which `finish` renames; without `finish` nothing stays behind. Each
-// function may throw WriteError.
+// temporary name beside it, which `finish` turns into its own; without `finish` nothing stays
+// behind. Each function may throw WriteError.
 class OutputFile {
  public:
   OutputFile(const std::filesystem::path& folder, const std::string& name);
@@ -93,7 +93,9 @@ class OutputFile {
   Output& out() { return out_; }
   // The file under its temporary name, for what writes to a name.
   const std::filesystem::path& temporary() const { return temporary_; }
-  void finish();
+  // False where a file of that name is there, with other bytes; it is replaced only if `overwrite`
+  // says so. Of two processes that finish at the same time one finds the other's file.
+  [[nodiscard]] bool finish(bool overwrite);
 
  private:
   std::filesystem::path target_;

@@ -49,14 +49,16 @@ void appendByte(char byte, std::string& result) {
 }
 
 // One name of a path, so that it can be told what it was: "%3A" stands for what is not allowed.
-void appendEscaped(std::string_view name, std::string& result) {
+void appendEscaped(std::string_view name, bool diskIgnoresCase, std::string& result) {
   const std::size_t last = name.find_last_not_of(". ") + 1;  // Windows drops what follows
   bool escapesFirst = isDeviceName(name);
   for (std::size_t i = 0; i < name.size();) {
-    const std::size_t size = firstCharacter(name.substr(i)).size;
+    const Decoded first = firstCharacter(name.substr(i));
+    const std::size_t size = first.size;
     const std::string_view character = name.substr(i, size);
     const bool plain = i < last && !escapesFirst && isAllowed(character[0]) && character != "%" &&
-                       visible(character) == character;
+                       visible(character) == character &&
+                       (!diskIgnoresCase || hasKnownCase(first.character));
     if (plain)
       result += character;
     else
@@ -67,7 +69,7 @@ void appendEscaped(std::string_view name, std::string& result) {
   }
 }
 
-// Which letters are capitals, a bit for each letter as hexadecimal digits: "%u1" for "Abc". Nothing
+// Which characters are capitals, a bit for each as hexadecimal digits: "%u1" for "Abc". Nothing
 // else has a "%" before a "u".
 std::string caseMark(std::string_view path) {
   std::string digits;
@@ -153,14 +155,16 @@ std::string OutputNames::pathOf(const std::string& source) {
   absolute_ = parts.absolute;
 
   std::string path;
+  std::string letters;
   for (const std::string_view name : parts.names) {
     if (name == "..")
       throw Failure{Status::kFailed, "'..' leads out of --output-dir; --base can cut it off"};
-    if (!path.empty()) path += '/';
-    appendEscaped(name, path);
+    if (!path.empty()) path += '/', letters += '/';
+    appendEscaped(name, diskIgnoresCase_, path);
+    letters += name;
   }
   if (path == "stdin") return "%73tdin";  // the other one is standard input's
-  if (diskIgnoresCase_) path += caseMark(generic);
+  if (diskIgnoresCase_) path += caseMark(letters);
   return path;
 }
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Names for the files in --output-dir. They depend on nothing but the notebook's name and what is
-// in it, so that every process gives the same one, and no two notebooks have one in common.
+// in it, so that every process gives the same one, and no two names have one in common, but for
+// those that pathOf leaves to be noticed when the file is written.
 #ifndef QPSREADER_TOOL_OUTPUT_NAMES_H
 #define QPSREADER_TOOL_OUTPUT_NAMES_H
 
@@ -24,7 +25,8 @@ std::vector<std::string> sheetFileNames(const std::vector<std::string>& sheets);
 class OutputNames {
  public:
   // `base` is cut off from the front of names; "" is none. Where the disk ignores the case of
-  // letters, names with capitals get a mark that says which ones.
+  // letters, names with capitals get a mark that says which ones, and letters of which disks have
+  // different opinions are written as their bytes.
   OutputNames(const std::string& base, bool diskIgnoresCase);
   OutputNames(const OutputNames&) = delete;
   OutputNames& operator=(const OutputNames&) = delete;
@@ -32,7 +34,8 @@ class OutputNames {
   // The notebook's path below --output-dir, with "/" between folders: "/a/./b.wb2" is "a/b.wb2".
   // What some system does not allow in names is written as "%3A". Throws Failure for a name that
   // leads out (".."), that is not below the base, and for an absolute name after a relative one or
-  // the other way round: "/a" and "a" would have the same.
+  // the other way round: "/a" and "a" would have the same. Those of another process, or relative
+  // names from another folder, are found out by OutputFile::finish.
   std::string pathOf(const std::string& source);
 
  private:

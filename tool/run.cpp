@@ -121,10 +121,11 @@ Status FileLoop::run() {
       progress_.fileDone();
     }
   } catch (const Failure& failure) {
+    stopped_ = true;
     fail("--files0-from: " + inputs.list(), failure.status, failure.reason);
   }
   if (settings_.manyFiles()) progress_.finish(summary());
-  return first_;
+  return stopped_ ? Status::kFailed : first_;
 }
 
 std::string FileLoop::summary() const {
@@ -281,7 +282,9 @@ void FileLoop::writeFile(const Document& document, std::span<const SheetData> sh
     else
       lost_ = command_.writeFile(file.temporary(), document, mostOutput_);
     if (settings_.strict && !lost_.empty()) throw Failure{Status::kFailed, lost_};
-    file.finish();
+    if (!file.finish(settings_.overwrite || !settings_.outputFile.empty()))
+      throw Failure{Status::kFailed,
+                    name + " is there and is not the same; --overwrite replaces it"};
     entry_.outputs.push_back(name);
   } catch (const WriteError& error) {
     Failure failure{Status::kFailed, "cannot write " + name + ": " + error.message()};

@@ -82,7 +82,8 @@ constexpr int kAllowed[] = {
 constexpr int kAllowedForFolder[] = {
     SCMP_SYS(open),     SCMP_SYS(openat),   SCMP_SYS(mkdir),      SCMP_SYS(mkdirat),
     SCMP_SYS(rename),   SCMP_SYS(renameat), SCMP_SYS(renameat2),  SCMP_SYS(unlink),
-    SCMP_SYS(unlinkat), SCMP_SYS(flock),    SCMP_SYS(getdents64), SCMP_SYS(fcntl),
+    SCMP_SYS(unlinkat), SCMP_SYS(flock),    SCMP_SYS(getdents64), SCMP_SYS(link),
+    SCMP_SYS(linkat),   SCMP_SYS(fcntl),
 };
 
 struct Release {

@@ -34,7 +34,8 @@ struct Settings {
   std::string outputFile;  // xlsx: the name of the only file there; "" for the notebook's own
   std::string base;        // what outputs in outputDir are named below of; "" is nothing
   bool skipExisting = false;
-  std::string manifest;  // a file; "" is none
+  bool overwrite = false;  // files in outputDir that have other content
+  std::string manifest;    // a file; "" is none
   bool quiet = false;
   bool strict = false;
   bool salvage = false;

@@ -11,7 +11,7 @@ from notebooks import QPS, SOURCE, ToolTest, run
 
 COMMANDS = {"sheets", "info", "text", "csv", "json", "html", "xlsx", "items"}
 LEFT_OUT = {"xlsx"} - set(run("--help").stdout.decode().split())  # without its library
-OPTION = re.compile(r"--[a-z][a-z0-9-]*")
+OPTION = re.compile(r"(?<![\w-])--?[A-Za-z][a-z0-9-]*")
 
 
 def help_options(*command):
@@ -41,7 +41,7 @@ class Consistency(Options):
     def test_the_help_lists_every_command(self):
         text = run("--help").stdout.decode()
         self.assertEqual(set(re.findall(r"^  ([a-z]+) ", text, re.M)), COMMANDS - LEFT_OUT)
-        self.assertEqual(help_options(), {"--help", "--version"})
+        self.assertEqual(help_options(), {"-h", "--help", "-V", "--version"})
         self.assertGreaterEqual(min(len(options) for options in self.options.values()), 9)
 
     def test_man_page(self):
@@ -50,10 +50,11 @@ class Consistency(Options):
         self.assertEqual(set(re.findall(r"^\.TP\n\.B ([a-z]+)$", commands, re.M)), COMMANDS)
         sections = dict(part.split("\n", 1) for part in
                         page.split(".SH EXIT STATUS")[0].split("\n.SS ")[1:])
-        described = {name: set(re.findall(r"^\.TP\n\\fB(?:-\w\\fR, \\fB)?(--[a-z0-9-]+)", text, re.M))
+        described = {name: {option for line in re.findall(r"^\.TP\n\\fB(.*)", text, re.M)
+                            for option in OPTION.findall(line.replace("\\fR", " ").replace("\\fB", " "))}
                      for name, text in sections.items()}
         for command, options in self.options.items():
-            wanted = described["All commands"] | {"--help"}
+            wanted = described["All commands"] | {"-h", "--help"}
             if command in ("csv", "text"):
                 wanted = wanted | described["csv and text"]
             if command in ("csv", "json", "xlsx"):
@@ -64,20 +65,22 @@ class Consistency(Options):
 class Completions(Options):
     def test_bash_completion(self):
         for command, options in self.options.items():
-            out = shell("bash", f"source ./qps.bash; COMP_WORDS=(qps {command} --); COMP_CWORD=2; _qps;"
+            out = shell("bash", f"source ./qps.bash; COMP_WORDS=(qps {command} -); COMP_CWORD=2; _qps;"
                                 'echo "${COMPREPLY[@]}"')
             self.assertEqual(set(out.split()), options, command)
-        out = shell("bash", 'source ./qps.bash; COMP_WORDS=(qps ""); COMP_CWORD=1; _qps;'
-                            'echo "${COMPREPLY[@]}"')
-        self.assertEqual(set(out.split()), COMMANDS | {"--help", "--version"})
+        for words, expected in (("", COMMANDS | {"help", "--help", "--version", "-h", "-V"}), ("help ", COMMANDS)):
+            out = shell("bash", f'source ./qps.bash; COMP_WORDS=(qps {words} ""); COMP_CWORD={1 + len(words.split())};'
+                                '_qps; echo "${COMPREPLY[@]}"')
+            self.assertEqual(set(out.split()), expected)
 
     @unittest.skipUnless(shutil.which("fish"), "fish is not installed")
     def test_fish_completion(self):
         for command, options in self.options.items():
-            out = shell("fish", f'source qps.fish; complete -C"qps {command} --"')
+            out = shell("fish", f'source qps.fish; complete -C"qps {command} -"')
             self.assertEqual({line.split("\t")[0] for line in out.splitlines()}, options, command)
-        out = shell("fish", 'source qps.fish; complete -C"qps "')
-        self.assertEqual({line.split("\t")[0] for line in out.splitlines()}, COMMANDS)
+        for words, expected in (("", COMMANDS | {"help"}), ("help ", COMMANDS)):
+            out = shell("fish", f'source qps.fish; complete -C"qps {words}"')
+            self.assertEqual({line.split("\t")[0] for line in out.splitlines()}, expected)
 
     @unittest.skipUnless(shutil.which("zsh"), "zsh is not installed")
     def test_zsh_completion(self):
@@ -85,10 +88,10 @@ class Completions(Options):
         for command, options in self.options.items():
             out = shell("zsh", "_arguments() { if [[ $1 = -C ]]; then state=argument;"
                                f'else print -rl -- "$@"; fi }}; words=({command}); source ./_qps')
-            self.assertEqual(set(OPTION.findall(re.sub(r"\[.*", "", out))), options, command)
+            self.assertEqual(set(OPTION.findall(re.sub(r"[[:].*", "", out))), options, command)
         out = shell("zsh", "_arguments() { state=command }; _describe() { print -rl -- ${(P)2} };"
                            "source ./_qps")
-        self.assertEqual({line.split(":")[0] for line in out.splitlines()}, COMMANDS)
+        self.assertEqual({line.split(":")[0] for line in out.splitlines()}, COMMANDS | {"help"})
 
 
 class Readme(ToolTest):

@@ -133,9 +133,23 @@ class OutputTest(ToolTest):
         victim = self.file(b"mine", "victim")
         os.symlink(victim, os.path.join(out, "book.wb2.A.csv"))
         self.file(ONE)
-        self.assertEqual(self.convert("book.wb2").returncode, 0)
-        self.assertEqual(contents(out), {"book.wb2.A.csv": b"one\n"})
-        self.assertEqual(pathlib.Path(victim).read_bytes(), b"mine")
+        for args, status, expected in (([], 1, b"mine"), (["--overwrite"], 0, b"one\n")):
+            self.assertEqual(self.convert(*args, "book.wb2").returncode, status)
+            self.assertEqual(contents(out), {"book.wb2.A.csv": expected})
+            self.assertEqual(pathlib.Path(victim).read_bytes(), b"mine")
+
+    def test_no_notebook_replaces_what_another_left(self):
+        """Relative names have the same output in other folders, and absolute ones may have it too."""
+        os.mkdir(self.path("sub"))
+        self.file(ONE), self.file(TWO, "sub/book.wb2")
+        out = self.path("out")
+        convert = lambda folder, *args: run("csv", "--output-dir", out, "book.wb2", *args, cwd=self.path(folder))
+        for folder, args, status, expected in ((".", [], 0, b"one\n"), (".", [], 0, b"one\n"),
+                                               ("sub", [], 1, b"one\n"), ("sub", ["--overwrite"], 0, b"two\n"),
+                                               (".", [], 1, b"two\n")):
+            result = convert(folder, *args)
+            self.assertEqual((result.returncode, contents(out)), (status, {"book.wb2.A.csv": expected}))
+            self.assertEqual(b"is there and is not the same" in result.stderr, status == 1)
 
     def test_a_file_appears_whole_or_not_at_all(self):
         large = notebook(sheet(*[label(c, r, b"x" * 100) for r in range(500) for c in range(20)]))

@@ -4,13 +4,17 @@
 _qps() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local command=${COMP_WORDS[1]} i
-  local common='--help --sheet --files0-from --output-dir --base --skip-existing --manifest --shard --encoding --strict --salvage
-    --max-memory --max-output --max-time --no-sandbox --quiet'
+  local common='--help --sheet --files0-from --output-dir --base --skip-existing --overwrite --manifest
+    --shard --encoding --strict --salvage --max-memory --max-output --max-time --no-sandbox --quiet -h -s -q'
+  local commands='sheets info text csv json html xlsx items'
   COMPREPLY=()
 
   if ((COMP_CWORD == 1)); then
-    mapfile -t COMPREPLY < <(compgen -W 'sheets info text csv json html xlsx items --help --version' \
-      -- "$current")
+    mapfile -t COMPREPLY < <(compgen -W "$commands help --help --version -h -V" -- "$current")
+    return
+  fi
+  if [[ $command == help ]]; then
+    ((COMP_CWORD > 2)) || mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
     return
   fi
   case $previous in
@@ -29,7 +33,7 @@ _qps() {
         windows-1254 CP437 CP850 CP852 CP866 CP932' -- "$current")
       return
       ;;
-    --delimiter)
+    --delimiter | -d)
       mapfile -t COMPREPLY < <(compgen -W 'tab' -- "$current")
       return
       ;;
@@ -37,7 +41,7 @@ _qps() {
       mapfile -t COMPREPLY < <(compgen -W 'keep skip mark' -- "$current")
       return
       ;;
-    --sheet | --shard | --max-memory | --max-output | --max-time | --separator)
+    --sheet | -s | --shard | --max-memory | --max-output | --max-time | --separator)
       return
       ;;
   esac
@@ -45,13 +49,13 @@ _qps() {
     case $command in
       csv)
         common+=' --skip-empty --trim --values --hidden --with-source --delimiter --separator --crlf
-          --bom --csv-safe'
+          --bom --csv-safe -d'
         ;;
       text)
         common+=' --skip-empty --trim --values --hidden'
         ;;
       xlsx)
-        common+=' --output'
+        common+=' --output -o'
         ;;
       json)
         common+=' --no-style'

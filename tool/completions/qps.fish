@@ -2,7 +2,7 @@
 # fish completion for qps
 
 set -l commands sheets info text csv json html xlsx items
-set -l before "not __fish_seen_subcommand_from $commands"
+set -l before "not __fish_seen_subcommand_from $commands help"
 set -l after "__fish_seen_subcommand_from $commands"
 set -l rows '__fish_seen_subcommand_from csv text'
 set -l csv '__fish_seen_subcommand_from csv'
@@ -15,6 +15,8 @@ complete -c qps -f -n "$before" -a json -d 'Print JSON Lines'
 complete -c qps -f -n "$before" -a html -d 'Print an HTML page'
 complete -c qps -f -n "$before" -a xlsx -d 'Write a spreadsheet workbook'
 complete -c qps -f -n "$before" -a items -d 'Print every item with its raw fields'
+complete -c qps -f -n "$before" -a help -d 'Print help and exit'
+complete -c qps -f -n "__fish_seen_subcommand_from help; and not $after" -a "$commands"
 complete -c qps -n "$before" -s V -l version -d 'Print the version and exit'
 complete -c qps -s h -l help -d 'Print help and exit'
 
@@ -23,6 +25,7 @@ complete -c qps -n "$after" -r -F -l files0-from -d 'Read the names of the files
 complete -c qps -n "$after" -x -l output-dir -a '(__fish_complete_directories)' -d 'Write files in a folder'
 complete -c qps -n "$after" -x -l base -a '(__fish_complete_directories)' -d 'Cut off the front of names of output'
 complete -c qps -n "$after" -l skip-existing -d 'Leave out what is there already'
+complete -c qps -n "$after" -l overwrite -d 'Replace files that have other content'
 complete -c qps -n "$after" -r -F -l manifest -d 'Write a line of JSON for each notebook'
 complete -c qps -n "$after" -x -l shard -d 'Only the K-th of every N files'
 complete -c qps -n "$after" -x -l encoding -a 'windows-1250 windows-1251 windows-1252 windows-1253 windows-1254 CP437 CP850 CP852 CP866 CP932' -d 'The character set of the notebook'
