@@ -2,8 +2,10 @@
 #include "tool/inputs.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <limits>
 #include <new>
@@ -147,6 +149,21 @@ std::uint64_t sizeOf(const std::string& name) {
   return error ? 0 : size;
 }
 
+// The names of a list; 0 when it can only be read once.
+std::uint64_t countNames(const std::string& list) {
+  std::error_code error;
+  if (!fs::is_regular_file(list, error)) return 0;
+  std::ifstream bytes(list, std::ios::binary);
+  std::uint64_t names = 0;
+  char last = '\0';
+  for (std::array<char, 65536> block; bytes.read(block.data(), block.size()), bytes.gcount() > 0;) {
+    const std::string_view part(block.data(), static_cast<std::size_t>(bytes.gcount()));
+    names += static_cast<std::uint64_t>(std::count(part.begin(), part.end(), '\0'));
+    last = part.back();
+  }
+  return names + (last == '\0' ? 0 : 1);
+}
+
 }  // namespace
 
 Inputs::Inputs(const Settings& settings) : settings_(settings) {
@@ -165,7 +182,8 @@ std::optional<std::string> Inputs::next() {
 }
 
 std::uint64_t Inputs::total() const {
-  const std::uint64_t all = settings_.files.size();
+  const std::uint64_t all =
+      settings_.files0From.empty() ? settings_.files.size() : countNames(settings_.files0From);
   return all / settings_.shardCount + (all % settings_.shardCount > settings_.shard ? 1 : 0);
 }
 

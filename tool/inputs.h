@@ -26,7 +26,7 @@ class Inputs {
   // None after the last one. Throws Failure when the list cannot be read on; then it has ended.
   std::optional<std::string> next();
 
-  // How many there will be; 0 when that is not known.
+  // How many there will be; 0 when that is not known. Reads a list in a file to its end.
   std::uint64_t total() const;
 
   // What the user called the list; "" for the command line.

@@ -20,6 +20,9 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
+  // Whether the line will ever show.
+  bool wanted() const { return wanted_; }
+
   // How many files there will be; 0 when that is not known.
   void expect(std::uint64_t files) { expected_ = files; }
 

@@ -110,7 +110,7 @@ Status FileLoop::run() {
   if (!settings_.outputDir.empty()) openOutputFolder();
   if (command_.prepare != nullptr) command_.prepare();
   if (!settings_.manifest.empty()) manifest_.emplace(settings_, command_.name);
-  progress_.expect(inputs.total());
+  if (progress_.wanted()) progress_.expect(inputs.total());
   if (settings_.sandbox) {
     loadLibraryByName(OLE_LIBRARY_NAME);
     enterSandbox(settings_.outputDir);
