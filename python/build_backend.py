@@ -47,6 +47,16 @@ def _metadata(project):
             f"Requires-Python: {project['requires-python']}\n")
 
 
+# Without it pip makes the whole wheel, only to read this.
+def prepare_metadata_for_build_wheel(metadata_directory, config_settings=None):
+    project = _project()
+    info = f"{project['name']}-{project['version']}.dist-info"
+    folder = Path(metadata_directory) / info
+    folder.mkdir()
+    (folder / "METADATA").write_text(_metadata(project), "utf-8")
+    return info
+
+
 def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
     project = _project()
     platform = re.sub(r"[-.]", "_", sysconfig.get_platform())

@@ -79,3 +79,14 @@ freshSystem() {
   quietly debootstrap debootstrap --variant=minbase --cache-dir="$3" --include="$2" \
     "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$1" "$(debianMirror)"
 }
+
+# inside ROOT CACHE COMMAND: runs a shell's words in such a system, with an environment of its own.
+# apt's downloads stay in the folder CACHE; the mounts end with the command.
+inside() {
+  # shellcheck disable=SC2016
+  unshare --mount sh -c '
+    mount --bind "$2" "$1/var/cache/apt/archives" &&
+    mount -t proc proc "$1/proc" && mount -t devpts -o newinstance,ptmxmode=666 devpts "$1/dev/pts" &&
+    exec chroot "$1" env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive \
+      ${http_proxy:+http_proxy="$http_proxy"} sh -c "$3"' sh "$1" "$2" "$3"
+}
