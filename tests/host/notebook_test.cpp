@@ -12,16 +12,8 @@
 #include <vector>
 
 #include <qpsreader/host/notebook.hpp>
-#include "host/library_loader.hpp"
-#include "tests/host/temporary_folder.h"
+#include "tests/host/notebooks.h"
 #include "tests/support/compound_writer.h"
-#include "tests/support/notebook_builder.h"
-#include "tests/support/sheet_driver.h"
-
-#ifdef __linux__
-#include <fcntl.h>
-#include <unistd.h>
-#endif
 
 namespace qps::test {
 namespace {
@@ -53,19 +45,6 @@ Notebook openBytes(const Bytes& bytes, const OpenOptions& options = {}) {
   auto notebook = Notebook::open(std::span(bytes), options);
   if (!notebook) throw std::runtime_error(notebook.error().message);
   return *std::move(notebook);
-}
-
-// Two worksheets with `rows` labels each.
-NotebookBuilder twoSheets(unsigned rows) {
-  NotebookBuilder builder;
-  builder.header();
-  for (unsigned sheet = 0; sheet < 2; ++sheet) {
-    builder.sheetStart(sheet).table(1, rows);
-    for (unsigned row = 0; row < rows; ++row)
-      builder.label({.row = row}, "label " + std::to_string(row));
-    builder.sheetEnd();
-  }
-  return builder.end();
 }
 
 TEST(Notebook, NamesTheFieldsOfItems) {
@@ -159,56 +138,22 @@ TEST(CellView, DecodesTheAlignmentByte) {
   }
 }
 
-// The same items as through the exported operations, from every place that the bytes can be in.
+// The same items as through the exported operations.
 TEST(Notebook, DeliversWhatTheReaderDelivers) {
-  const TemporaryFolder folder;
   const NotebookBuilder builder = everyRecordNotebook();
   const Bytes& plain = builder.bytes();
   const Bytes wrapped = writeCompound({}, {{"PerfectOffice_MAIN", plain}});
-  std::vector<std::vector<test::Item>> expected;
-  RecordingHost host(plain);
-  for (const auto& entry : listSheets(host).value_or(std::vector<SSWorkSheetEntry>{}))
-    expected.push_back(readSheet(host, entry.startOffset).items);
+  const auto expected = itemsBySheet(plain);
   ASSERT_FALSE(expected.empty());
-
-  const auto compare = [&expected](const char* from, Expected<Notebook> notebook) {
-    SCOPED_TRACE(from);
-    ASSERT_TRUE(notebook) << notebook.error().message;
-    ASSERT_EQ(notebook->sheets().size(), expected.size());
-    for (const Sheet& sheet : notebook->sheets()) {
-      auto reference = expected[sheet.index].begin();
-      ItemRange items = notebook->items(sheet);
-      for (const qps::Item& item : items) {
-        ASSERT_NE(reference, expected[sheet.index].end());
-        ASSERT_EQ(item.raw().kind, reference->kind());
-        if (const auto cell = item.cell()) {
-          EXPECT_EQ(cell->row(), reference->row());
-          EXPECT_EQ(cell->column(), reference->column());
-          EXPECT_EQ(cell->hasText() ? std::optional<std::string>(cell->text()) : std::nullopt,
-                    reference->text);
-          EXPECT_EQ(cell->style().alignment, reference->alignment());
-        }
-        if (const auto text = item.notebookText()) {
-          EXPECT_EQ(*text, reference->text);
-        }
-        ++reference;
-      }
-      EXPECT_EQ(reference, expected[sheet.index].end());
-      EXPECT_FALSE(items.error());
-    }
-  };
-  compare("plain, memory", Notebook::open(std::span(plain)));
-  compare("compound, memory", Notebook::open(std::span(wrapped)));
+  expectItems("plain", expected, Notebook::open(std::span(plain)));
+  expectItems("compound", expected, Notebook::open(std::span(wrapped)));
   for (Bytes bytes : {plain, wrapped}) {
-    bytes.resize(bytes.size() + 100000);  // neither ends where the file ends
-    const auto path = folder.write("file", bytes);
-    compare("file, read into memory", Notebook::open(path));
-    compare("file, read in blocks", Notebook::open(path, {.memoryLimit = 3 * bytes.size()}));
+    bytes.resize(bytes.size() + 100000);  // neither ends where the bytes end
+    expectItems("longer", expected, Notebook::open(std::span(bytes)));
   }
 }
 
-TEST(Notebook, OpensBytesOfEveryTypeAndTakesStringsForPaths) {
-  const TemporaryFolder folder;
+TEST(Notebook, OpensBytesOfEveryType) {
   const Bytes bytes = twoSheets(1).bytes();
   const auto* const from = reinterpret_cast<const char*>(bytes.data());
   const std::vector<std::uint8_t> octets(from, from + bytes.size());
@@ -220,31 +165,8 @@ TEST(Notebook, OpensBytesOfEveryTypeAndTakesStringsForPaths) {
   EXPECT_TRUE(Notebook::openBytes(text).has_value());
   EXPECT_TRUE(Notebook::openBytes(std::string_view(text)).has_value());
   EXPECT_EQ(Notebook::open(text).error().reason, Reason::kUnreadable) << "a path";
-  EXPECT_TRUE(Notebook::open(folder.write("book", bytes).string()).has_value());
-
   const Notebook notebook = Notebook::openBytes(text).value();
   EXPECT_EQ(notebook.facts().kind, FileKind::kPlainNotebook);
-  try {
-    (void)Notebook::openBytes("%PDF-").value();
-    ADD_FAILURE() << "no notebook";
-  } catch (const BadExpectedAccess& error) {
-    EXPECT_STREQ(reasonName(error.reason()), "not-a-notebook");
-    EXPECT_NE(std::string_view(error.what()).find("PDF"), std::string_view::npos);
-  }
-}
-
-// The reader's library under the name of the other one: it loads, and is not what was asked for.
-TEST(Notebook, TakesTheCompoundDocumentLibraryFromTheFolderThatIsNamed) {
-  const TemporaryFolder folder;
-  const Bytes bytes = writeCompound({}, {{"NOVELL_MAIN", twoSheets(1).bytes()}});
-  const auto relative = std::filesystem::relative(folder.path());
-  // Another drive cannot be named from here.
-  const OpenOptions options{.libraryFolder = relative.empty() ? folder.path() : relative};
-  EXPECT_TRUE(Notebook::open(bytes, options).has_value()) << "none there: the usual one";
-  std::filesystem::copy_file(platform::readerFile(), folder.path() / OLE_LIBRARY_NAME);
-  const auto notebook = Notebook::open(bytes, options);
-  ASSERT_FALSE(notebook.has_value());
-  EXPECT_EQ(notebook.error().reason, Reason::kLibraryMissing);
 }
 
 TEST(Notebook, RangesOutliveItAndAdvanceInTurn) {
@@ -416,32 +338,6 @@ TEST(Notebook, LeavesOutWorksheetsThatTheFileDoesNotDescribe) {
   EXPECT_EQ(notebook.sheets()[0].name, "B");
   EXPECT_EQ(notebook.sheets()[0].index, 0u);
 }
-
-#ifdef __linux__
-TEST(Notebook, ReadsAPipeToItsEndFirst) {
-  const Bytes bytes = twoSheets(9000).bytes();
-  for (const std::size_t limit : {std::size_t{0}, std::size_t{100000}}) {
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    ASSERT_GE(::fcntl(ends[1], F_SETPIPE_SZ, 1 << 20), 1 << 20);
-    ASSERT_EQ(::write(ends[1], bytes.data(), bytes.size()), std::ssize(bytes));
-    ::close(ends[1]);
-    const auto notebook =
-        Notebook::open("/dev/fd/" + std::to_string(ends[0]), {.memoryLimit = limit});
-    ::close(ends[0]);
-    ASSERT_EQ(static_cast<bool>(notebook), limit == 0);
-    if (notebook) {
-      std::size_t cells = 0;
-      for (const Sheet& sheet : notebook->sheets())
-        for (const qps::Item& item : notebook->items(sheet))
-          cells += item.cell() ? 1 : 0;
-      EXPECT_EQ(cells, 18000u);
-    } else {
-      EXPECT_EQ(notebook.error().reason, Reason::kMemoryLimit);
-    }
-  }
-}
-#endif
 
 }  // namespace
 }  // namespace qps::test

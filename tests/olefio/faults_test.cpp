@@ -63,7 +63,7 @@ TEST(Faults, EveryHostCallMayFail) {
     const Bytes contents = contentsOf(sample.streamBytes, 1);
     RecordingHost host(fileOf(sample, contents));
     for (const Step step : {Step::kOpen, Step::kRead, Step::kSeek, Step::kPoolBlock}) {
-      for (const std::size_t shortBy : {SIZE_MAX, std::size_t{1}}) {
+      for (const std::size_t shortBy : {std::size_t{SIZE_MAX}, std::size_t{1}}) {
         for (const bool forGood : {false, true}) {
           bool isMet = true;
           for (std::size_t nth = 1; isMet; ++nth) {
