@@ -145,21 +145,24 @@ function(qps_set_program target)
   endif()
 endfunction()
 
-# The shared and the static reader, made of one object library.
+# The shared and the static reader, made of one object library. WebAssembly has the static one.
 function(qps_add_reader_libraries objects)
-  add_library(qpsreader SHARED $<TARGET_OBJECTS:${objects}>)
-  set_target_properties(qpsreader PROPERTIES
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} EXPORT_NAME reader)
-  qps_set_plugin(qpsreader ${PROJECT_SOURCE_DIR}/reader/exports.txt)
-  qps_set_public_includes(qpsreader)
-  add_library(qpsreader::reader ALIAS qpsreader)
-
   add_library(qpsreader_static STATIC $<TARGET_OBJECTS:${objects}>)
   set_target_properties(qpsreader_static PROPERTIES
     OUTPUT_NAME qpsreader LINKER_LANGUAGE CXX EXPORT_NAME reader_static)
   target_compile_definitions(qpsreader_static INTERFACE QPS_STATIC)
   qps_set_public_includes(qpsreader_static)
   add_library(qpsreader::reader_static ALIAS qpsreader_static)
+  if(QPS_WASM)
+    return()
+  endif()
+
+  add_library(qpsreader SHARED $<TARGET_OBJECTS:${objects}>)
+  set_target_properties(qpsreader PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} EXPORT_NAME reader)
+  qps_set_plugin(qpsreader ${PROJECT_SOURCE_DIR}/reader/exports.txt)
+  qps_set_public_includes(qpsreader)
+  add_library(qpsreader::reader ALIAS qpsreader)
 
   # Also where the project around this one builds only what it links with.
   add_dependencies(qpsreader zbolefio)
@@ -171,12 +174,7 @@ endfunction()
 # the compound-document library with it, which the host only finds when something asks the linker for
 # it (library_loader_posix.cpp).
 function(qps_add_host_library)
-  set(kind STATIC)
-  # The linker for WebAssembly wants an archiver of its own, which one module does without.
-  if(QPS_WASM)
-    set(kind OBJECT)
-  endif()
-  add_library(qpshost ${kind} ${ARGN})
+  add_library(qpshost STATIC ${ARGN})
   set_target_properties(qpshost PROPERTIES EXPORT_NAME host_archive)
   target_compile_features(qpshost INTERFACE cxx_std_20)
   target_link_libraries(qpshost PUBLIC ${CMAKE_DL_LIBS})
