@@ -5,7 +5,6 @@
 # shellcheck source=scripts/lib.sh
 . "$(dirname "$0")/lib.sh"
 
-need cmake ninja-build clang-19 lld-19 libc++-19-dev-wasm32 libc++abi-19-dev-wasm32 \
-  libclang-rt-19-dev-wasm32 wasi-libc rapidjson-dev python3
+need cmake ninja-build python3 rapidjson-dev "${wasmPackages[@]}"
 buildPreset wasm qpsreader_wasm
 python3 viewer/assemble.py build/wasm/bin/qpsreader.wasm build/viewer

@@ -15,6 +15,11 @@ buildPackages=(cmake ninja-build g++ libcli11-dev libgmock-dev libgtest-dev libs
 testPackages=(clang-format-14 locales pkg-config python3 python3-html5lib python3-jsonschema
   python3-openpyxl)
 
+# What compiles to WebAssembly.
+# shellcheck disable=SC2034
+wasmPackages=(clang-19 lld-19 libc++-19-dev-wasm32 libc++abi-19-dev-wasm32 libclang-rt-19-dev-wasm32
+  wasi-libc googletest)
+
 die() {
   printf '%s: %s\n' "${0##*/}" "$*" >&2
   exit 1

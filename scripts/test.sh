@@ -23,6 +23,7 @@ steps=(
   "python       script"
   "i686         preset  g++-i686-linux-gnu googletest qemu-user"
   "s390x        preset  g++-s390x-linux-gnu googletest qemu-user"
+  "wasm         wasm"
   "viewer       script"
   "mingw        windows g++-mingw-w64-x86-64-posix googletest wine64"
   "fresh        script"
@@ -111,6 +112,13 @@ windows() {
   quietly wine-setup /usr/lib/wine/wine64 wineboot --init || true
   preset "$1"
   "$server" -k || true
+}
+
+# The tests that need no process, with the objects of the viewer's module, in Node.
+wasm() {
+  need "${wasmPackages[@]}"
+  command -v node > /dev/null || need nodejs
+  preset "$1"
 }
 
 # Runs scripts/test-NAME.sh, which names what it skips and ends with its counts as this one does.
