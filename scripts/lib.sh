@@ -25,6 +25,11 @@ die() {
   exit 1
 }
 
+# The version of the tree, as the public header has it: 1.2.3.
+projectVersion() {
+  sed -n 's/^#define QPSREADER_VERSION_[A-Z]* \([0-9]*\)$/\1/p' include/qpsreader/version.h | paste -sd .
+}
+
 # need PACKAGE...: installs the Debian packages that are missing, or says which they are when it
 # may not. Elsewhere than on Debian the build itself reports what it lacks.
 need() {

@@ -16,7 +16,7 @@ second=$system/another-folder
 commit=$(git rev-parse HEAD)
 rm -rf "$out"
 
-projectVersion=$(sed -n 's/^#define QPSREADER_VERSION_[A-Z]* \([0-9]*\)$/\1/p' include/qpsreader/version.h | paste -sd .)
+projectVersion=$(projectVersion)
 packageVersion=$(dpkg-parsechangelog -S Version)
 [ "${packageVersion%-*}" = "$projectVersion" ] || die "debian/changelog names $packageVersion"
 

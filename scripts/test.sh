@@ -14,6 +14,7 @@ steps=(
   "xlsx         xlsx    xlsx2csv"
   "release      release chromium fish libgsf-bin python3-xlwt zsh"
   "clang        preset  clang-14"
+  "abi          script"
   "asan         preset"
   "threads      threads"
   "format       format"
