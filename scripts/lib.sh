@@ -12,7 +12,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 buildPackages=(cmake ninja-build g++ libcli11-dev libgmock-dev libgtest-dev libseccomp-dev
   libxlsxwriter-dev nettle-dev rapidjson-dev)
 # shellcheck disable=SC2034
-testPackages=(clang-format-14 locales pkg-config python3 python3-html5lib python3-jsonschema
+testPackages=(clang-format-14 locales pkg-config python3 python3-html5lib python3-jsonschema python3-olefile
   python3-openpyxl)
 
 # What compiles to WebAssembly.
