@@ -29,3 +29,17 @@ foreach(name qpsreader qpshost)
   install(FILES ${PROJECT_BINARY_DIR}/${name}.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()
+
+# The manual pages of section 3 are made of the headers, where there is a Python.
+find_program(QPS_PYTHON3 NAMES python3)
+if(QPS_PYTHON3 AND NOT WIN32)
+  set(pages ${PROJECT_BINARY_DIR}/man3)
+  set(maker ${PROJECT_SOURCE_DIR}/docs/reference/man_pages.py)
+  file(GLOB headers CONFIGURE_DEPENDS include/qpsreader/*.h)
+  add_custom_command(OUTPUT ${pages}.stamp
+    COMMAND ${QPS_PYTHON3} ${maker} ${PROJECT_SOURCE_DIR}/include ${pages}
+    COMMAND ${CMAKE_COMMAND} -E touch ${pages}.stamp
+    DEPENDS ${maker} ${headers} VERBATIM)
+  add_custom_target(qps_man_pages ALL DEPENDS ${pages}.stamp)
+  install(DIRECTORY ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR})
+endif()

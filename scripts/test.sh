@@ -15,6 +15,7 @@ steps=(
   "release      release chromium fish libgsf-bin python3-xlwt zsh"
   "clang        preset  clang-14"
   "abi          script"
+  "docs         script"
   "asan         preset"
   "threads      threads"
   "format       format"
