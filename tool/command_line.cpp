@@ -106,7 +106,7 @@ std::chrono::milliseconds parseSeconds(const std::string& text) {
   const auto [rest, error] = std::from_chars(text.data(), end, seconds, std::chars_format::fixed);
   if (error != std::errc() || rest != end || !(seconds >= 0 && seconds <= kMostSeconds))
     throw UsageError{"--max-time: '" + text + "' is not a number of seconds"};
-  // Rounded to the nearest: with more digits than a double's, as on 32-bit x86, 0.1 * 1000 is over 100.
+  // To the nearest: with more digits than a double's, as on 32-bit x86, 0.1 * 1000 is over 100.
   const auto milliseconds = std::chrono::milliseconds(std::llround(seconds * 1000));
   return seconds > 0 ? std::max(milliseconds, std::chrono::milliseconds(1)) : milliseconds;
 }
