@@ -8,12 +8,7 @@
 #include <algorithm>
 #include <utility>
 
-#if defined(__linux__)
-#include <sys/mman.h>
-#include <unistd.h>
-
-#include <cstdint>
-#endif
+#include "host/large_pages.hpp"
 
 namespace qps {
 namespace {
@@ -22,18 +17,6 @@ namespace {
 // device that never ends.
 constexpr std::size_t kMostPipeBytes = 0xFFFFFFFFu;
 constexpr std::size_t kFirstPipeBytes = std::size_t{64} << 10;
-
-// Asks for large pages for a block of many megabytes that will be filled: to hand it over page by
-// page takes the system longer than to fill it.
-void preferLargePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) {
-#if defined(__linux__)
-  constexpr std::size_t kWorthwhile = std::size_t{4} << 20;
-  if (bytes < kWorthwhile) return;
-  const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-  const std::uintptr_t before = reinterpret_cast<std::uintptr_t>(block) % page;
-  ::madvise(static_cast<std::byte*>(block) - before, bytes + before, MADV_HUGEPAGE);
-#endif
-}
 
 std::optional<Error> readErrorOf(const File& file) {
   const std::string failure = file.readError();

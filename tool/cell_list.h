@@ -13,6 +13,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "host/large_pages.hpp"
 #include "tool/cell_value.h"
 
 namespace qps {
@@ -96,6 +97,7 @@ class PlacedList {
     if (grown == nullptr) throw std::bad_alloc();
     cells_ = static_cast<T*>(grown);
     capacity_ = capacity;
+    preferLargePages(grown, capacity * sizeof(T));
   }
 
   // There must be room: size() < capacity().

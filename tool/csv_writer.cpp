@@ -3,7 +3,6 @@
 // Comma-separated values: a record for each row from the first to the last that shows something,
 // all with the same number of fields, the empty rows and columns before them included. On a
 // terminal control characters become visible ones; in a file they stay what they are.
-#include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -23,14 +22,11 @@ namespace {
 constexpr std::size_t kUsualBytes = 8192;  // longer texts are written by writeAnyField
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-// The bytes that end what is copied as it is: those given here, the zero byte, and all beyond
+// The bytes that end what is copied as it is: `byte`, the quote, control characters and all beyond
 // ASCII. Eight at a time, so that no branch depends on where among them a text ends.
 class Stops {
  public:
-  explicit Stops(const std::array<char, 4>& bytes) {
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-      repeated_[i] = kOnes * static_cast<unsigned char>(bytes[i]);
-  }
+  explicit Stops(char byte) : repeated_(kOnes * static_cast<unsigned char>(byte)) {}
 
   // Copies eight bytes; how many of them stand before the first stop.
   std::size_t copyEight(char* to, const char* from) const {
@@ -38,9 +34,10 @@ class Stops {
     std::memcpy(&word, from, sizeof word);
     std::memcpy(to, &word, sizeof word);
     if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
-    std::uint64_t stops = (word & kTops) | zeros(word);
-    for (const std::uint64_t repeated : repeated_)
-      stops |= zeros(word ^ repeated);
+    // The top bit of every stop, and perhaps of some after the first of them.
+    const std::uint64_t stops = (word | (word - kOnes * ' ') | ((word ^ kOnes * '"') - kOnes) |
+                                 ((word ^ repeated_) - kOnes)) &
+                                kTops;
     return static_cast<std::size_t>(std::countr_zero(stops)) / 8;
   }
 
@@ -48,15 +45,12 @@ class Stops {
   static constexpr std::uint64_t kOnes = 0x0101'0101'0101'0101;
   static constexpr std::uint64_t kTops = 0x8080'8080'8080'8080;
 
-  // The top bit of every zero byte, and perhaps of some above the first of them.
-  static std::uint64_t zeros(std::uint64_t word) { return (word - kOnes) & ~word & kTops; }
-
-  std::array<std::uint64_t, 4> repeated_{};
+  std::uint64_t repeated_;
 };
 
 static_assert(TextArena::kReadableBehind >= sizeof(std::uint64_t));
 
-inline void copyToStop(const Stops& stops, const char*& from, char*& to, const char* limit) {
+inline void copyToStop(Stops stops, const char*& from, char*& to, const char* limit) {
   std::size_t count;
   do {
     count = stops.copyEight(to, from);
@@ -84,7 +78,6 @@ class CsvWriter {
   const Settings& settings_;
   std::string_view lineEnd_;
   Stops stops_;
-  Stops stopsInQuotes_;
   bool copies_;  // whether any text goes to the output as it is
   std::string file_;
   const SheetData* sheet_ = nullptr;
@@ -98,8 +91,7 @@ CsvWriter::CsvWriter(Output& out, const Document& document, const Settings& sett
       decoder_(*document.decoder),
       settings_(settings),
       lineEnd_(settings.crlf ? "\r\n" : "\n"),
-      stops_({settings.delimiter, '"', '\r', '\n'}),
-      stopsInQuotes_({'"', '"', '"', '"'}),
+      stops_(settings.delimiter),
       copies_(!settings.trim && !settings.csvSafe && !out.isTerminal()),
       file_(validUtf8(document.name)) {
   for (unsigned char byte = 1; byte < 0x80; ++byte)
@@ -133,14 +125,14 @@ void CsvWriter::writeField(const char* text) {
   const char* const limit = to + kUsualBytes - sizeof(std::uint64_t) - 1;
   const char* from = text;
   copyToStop(stops_, from, to, limit);
-  if (*from != '\0') {
+  if (*from == settings_.delimiter) {
     to = out_.reserve(kUsualBytes);
     from = text;
     *to++ = '"';
-    copyToStop(stopsInQuotes_, from, to, limit);
-    if (*from != '\0') return writeAnyField(text);
+    copyToStop(Stops('"'), from, to, limit);
     *to++ = '"';
   }
+  if (*from != '\0') return writeAnyField(text);
   out_.commit(to);
 }
 
