@@ -32,6 +32,13 @@ constexpr std::size_t kLongestName = std::size_t{64} << 10;
 // How much of a file is looked at to see that it is no notebook.
 constexpr std::size_t kBeginning = 4096;
 
+// The reader's offsets have 32 bits.
+constexpr std::uint64_t kMostBytes = 0xFFFFFFFF;
+
+void checkSize(std::uint64_t size) {
+  if (size > kMostBytes) throw Failure{Status::kLimit, "longer than 4 GiB"};
+}
+
 std::string systemMessage() {
   return std::generic_category().message(errno);
 }
@@ -96,15 +103,12 @@ OpenOptions openOptions(std::uint64_t memoryLimit, const Settings& settings) {
 }
 
 OpenedFile openBytes(std::FILE* file, const Settings& settings) {
-  // The reader's offsets have 32 bits.
-  constexpr std::uint64_t kMostBytes = 0xFFFFFFFF;
   const std::uint64_t limit = settings.maxMemory;
   InputBytes bytes;
   const std::size_t size =
       readAll(file, limit == 0 ? kMostBytes : std::min(limit, kMostBytes), bytes);
   if (limit != 0 && size >= limit) throw failureOf(memoryLimitError());
-  if (size > kMostBytes) throw Failure{Status::kLimit, "longer than 4 GiB"};
-
+  checkSize(size);
   if (size == kBeginning && !canBeNotebook({reinterpret_cast<const char*>(bytes.get()), size}))
     refuseBeginning({bytes.get(), size});
   const std::uint64_t left = limit == 0 ? 0 : limit - size;
@@ -113,26 +117,16 @@ OpenedFile openBytes(std::FILE* file, const Settings& settings) {
   return {std::move(bytes), std::move(notebook), size, left};
 }
 
-// A pipe with a name in a folder would be waited for without end. Those below /dev are the shell's,
-// which were named on purpose.
-void refuseNamedPipe(const std::string& name) {
-  std::error_code ignored;
-  if (!fs::is_fifo(fs::status(name, ignored)) || name.starts_with("/dev/")) return;
-  throw Failure{Status::kFailed, "a named pipe, which is only read as standard input (-)"};
-}
-
 struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-// Files that are not what their size says are taken as a stream: those in /proc, which have none,
-// and large ones that begin as no notebook does, of which only the beginning is read.
-std::optional<OpenedFile> openUnsized(const std::string& name, const Settings& settings) {
+// Files that are not what their size says are taken as a stream: those in /proc and devices, which
+// have none, and large ones that begin as no notebook does, of which only the beginning is read.
+std::optional<OpenedFile> openUnsized(const std::string& name, std::uintmax_t size,
+                                      const Settings& settings) {
   constexpr std::uintmax_t kLarge = std::uintmax_t{1} << 20;
-  std::error_code error;
-  if (!fs::is_regular_file(name, error)) return std::nullopt;
-  const std::uintmax_t size = fs::file_size(name, error);
-  if (error || (size != 0 && size < kLarge)) return std::nullopt;
+  if (size != 0 && size < kLarge) return std::nullopt;
   const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(name.c_str(), "rb"));
   if (file == nullptr) return std::nullopt;
   if (size == 0) return openBytes(file.get(), settings);
@@ -141,12 +135,6 @@ std::optional<OpenedFile> openUnsized(const std::string& name, const Settings& s
   if (canBeNotebook(begin)) return std::nullopt;
   std::rewind(file.get());
   return openBytes(file.get(), settings);
-}
-
-std::uint64_t sizeOf(const std::string& name) {
-  std::error_code error;
-  const std::uintmax_t size = fs::file_size(name, error);
-  return error ? 0 : size;
 }
 
 // The names of a list; 0 when it can only be read once.
@@ -215,11 +203,20 @@ OpenedFile openInput(const std::string& name, const Settings& settings) {
       throw Failure{Status::kFailed, "standard input already holds the names of the files"};
     return openBytes(stdin, settings);
   }
-  refuseNamedPipe(name);
-  if (auto bytes = openUnsized(name, settings)) return *std::move(bytes);
+  std::error_code error;
+  const fs::file_status status = fs::status(name, error);
+  // It would be waited for without end. Those below /dev are the shell's, which were named on
+  // purpose.
+  if (fs::is_fifo(status) && !name.starts_with("/dev/"))
+    throw Failure{Status::kFailed, "a named pipe, which is only read as standard input (-)"};
+  const std::uintmax_t size = fs::is_regular_file(status) ? fs::file_size(name, error) : 0;
+  if (!error && !fs::is_directory(status)) {
+    if (auto bytes = openUnsized(name, size, settings)) return *std::move(bytes);
+    checkSize(size);
+  }
   return {nullptr,
           valueOrThrow(Notebook::open(fs::path(name), openOptions(settings.maxMemory, settings))),
-          sizeOf(name), settings.maxMemory};
+          error ? 0 : size, settings.maxMemory};
 }
 
 }  // namespace qps

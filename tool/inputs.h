@@ -58,7 +58,7 @@ using InputBytes = std::unique_ptr<std::byte, FreeBytes>;
 struct OpenedFile {
   InputBytes bytes;
   Notebook notebook;
-  std::uint64_t size = 0;       // of the file; 0 for a pipe or a device with a name
+  std::uint64_t size = 0;       // of the file
   std::uint64_t maxMemory = 0;  // what standard input has left of --max-memory; 0 is no limit
 };
 

@@ -234,7 +234,7 @@ bool Manifest::keeps(const std::string& line, const Settings& settings) {
 }
 
 void Manifest::add(const ManifestEntry& entry, std::span<const std::byte> bytes) {
-  const Content content = entry.source == "-" ? contentOf(bytes) : contentOf(entry.source);
+  const Content content = bytes.data() != nullptr ? contentOf(bytes) : contentOf(entry.source);
   const std::string line = lineOf(command_.c_str(), entry, content);
   errno = 0;
   if (std::fwrite(line.data(), 1, line.size(), file_.get()) != line.size() ||

@@ -40,8 +40,8 @@ class Manifest {
   // Whether a line that stayed is this notebook's.
   bool has(const std::string& source) const { return kept_.contains(source); }
 
-  // `bytes` are those of standard input; other notebooks are read for their SHA-256. Throws
-  // WriteError.
+  // `bytes` are those of a notebook that can be read only once; others, where it has no address,
+  // are read for their SHA-256. Throws WriteError.
   void add(const ManifestEntry& entry, std::span<const std::byte> bytes);
 
  private:

@@ -83,7 +83,7 @@ constexpr int kAllowedForFolder[] = {
     SCMP_SYS(open),     SCMP_SYS(openat),   SCMP_SYS(mkdir),      SCMP_SYS(mkdirat),
     SCMP_SYS(rename),   SCMP_SYS(renameat), SCMP_SYS(renameat2),  SCMP_SYS(unlink),
     SCMP_SYS(unlinkat), SCMP_SYS(flock),    SCMP_SYS(getdents64), SCMP_SYS(link),
-    SCMP_SYS(linkat),   SCMP_SYS(fcntl),
+    SCMP_SYS(linkat),
 };
 
 struct Release {
@@ -127,6 +127,9 @@ bool limitSystemCalls(bool writesFiles) {
   if (writesFiles) {
     for (const int call : kAllowedForFolder)
       filter.allow(call);
+    for (const int call : {SCMP_SYS(fcntl), SCMP_SYS(fcntl64)})
+      for (const int command : {F_GETFL, F_SETFD})  // opendir
+        filter.allowWhere(call, equalTo(1, static_cast<std::uint64_t>(command)));
   } else {
     constexpr std::uint64_t kWriting = O_ACCMODE | O_CREAT | O_TRUNC;
     filter.allowWhere(SCMP_SYS(open), withoutBits(1, kWriting));

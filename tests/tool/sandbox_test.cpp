@@ -110,6 +110,8 @@ TEST_F(SandboxTest, FilesAreWrittenInTheFolderOfOutputOnly) {
       {"make a file", [this] { return opens(out() + "/a", O_WRONLY | O_CREAT | O_EXCL); }},
       {"replace one",
        [this] { return ::rename((out() + "/a").c_str(), (out() + "/b").c_str()) == 0; }},
+      {"give one a second name",
+       [this] { return ::link((out() + "/b").c_str(), (out() + "/c").c_str()) == 0; }},
       {"make a folder", [this] { return ::mkdir((out() + "/new").c_str(), 0700) == 0; }},
       {"a file in it", [this] { return opens(out() + "/new/a", O_WRONLY | O_CREAT); }},
       {"remove it", [this] { return ::unlink((out() + "/b").c_str()) == 0; }},
@@ -127,6 +129,9 @@ TEST_F(SandboxTest, FilesAreWrittenInTheFolderOfOutputOnly) {
       {"empty one elsewhere", [this] { return opens(file(), O_RDONLY | O_TRUNC); }},
       {"remove one elsewhere", [this] { return ::unlink(file().c_str()) == 0; }},
       {"move one out", [this] { return ::rename((out() + "/a").c_str(), file().c_str()) == 0; }},
+      {"link to one elsewhere",
+       [this] { return ::link(file().c_str(), (out() + "/c").c_str()) == 0; }},
+      {"have signals sent", [] { return ::fcntl(0, F_SETOWN, ::getppid()) == 0; }},
       {"run a program", [] { return runsProgram("/bin/true"); }},
   };
   for (const Attempt& attempt : forbidden)

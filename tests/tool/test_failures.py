@@ -155,11 +155,15 @@ class Failures(ToolTest):
             with open(huge, "r+b") as file:
                 file.write(data.ljust(10, b"\0"))
             self.assert_fails(run("csv", "--max-time", "1", huge), huge, 3, "not a Quattro Pro")
-        for source in ("/dev/zero", "yes"):  # without end
-            command = "yes | " + " ".join(QPS) + " csv -" if source == "yes" else " ".join(QPS) + f" csv - < {source}"
+        with open(huge, "r+b") as file:
+            file.write(TWO[:20])
+        self.assert_fails(run("csv", huge), huge, 6, "longer than 4 GiB")
+        program = " ".join(QPS) + " csv "
+        for command in (program + "- < /dev/zero", "yes | " + program + "-", program + "/dev/zero",
+                        "yes | " + program + "/dev/stdin"):  # without end
             result = subprocess.run(command, shell=True, capture_output=True, timeout=60, check=False)
-            self.assertEqual((result.returncode, result.stderr),
-                             (3, b"qps: -: not a Quattro Pro for Windows notebook\n"))
+            self.assertEqual(result.returncode, 3)
+            self.assertRegex(result.stderr, rb"^qps: [-\w/]+: not a Quattro Pro for Windows notebook\n$")
 
     @unittest.skipUnless(os.path.exists("/proc/version"), "there is no /proc")
     def test_files_without_a_size_are_read(self):
