@@ -190,7 +190,9 @@ void SheetTable::writeColumns() {
   out_.write(" aria-labelledby=\"name" + std::to_string(sheet_.number) + "\" style=\"");
   if (sheet_.info.columnColour != SS_NO_COLOUR)
     out_.write("background-color:" + htmlColour(sheet_.info.columnColour) + ";");
-  out_.write(gridLines() + "\">\n<colgroup><col style=\"width:" + points(kRowHeaderWidth) + "\">");
+  out_.write("--g:" + gridLines(false));
+  if (anyHiddenColumn()) out_.write(";--ga:" + gridLines(true));
+  out_.write("\">\n<colgroup><col style=\"width:" + points(kRowHeaderWidth) + "\">");
   std::string letters;
   for (std::uint32_t column = 1; column <= lastColumn_; ++column) {
     const char* const hidden = isHidden(column) ? " class=\"x\"" : "";
@@ -202,15 +204,19 @@ void SheetTable::writeColumns() {
   out_.write("</colgroup>\n<thead><tr><td></td>" + letters + "</tr></thead>\n<tbody>\n");
 }
 
+bool SheetTable::anyHiddenColumn() const {
+  return std::find(widths_.begin() + 1, widths_.begin() + 1 + lastColumn_, 0U) !=
+         widths_.begin() + 1 + lastColumn_;
+}
+
 // A line behind each column's right edge, which the wide empty cells have no border for.
-std::string SheetTable::gridLines() const {
-  std::string css = "background-image:linear-gradient(90deg";
+std::string SheetTable::gridLines(bool hiddenToo) const {
+  std::string css = "linear-gradient(90deg";
   std::uint64_t edge = kRowHeaderWidth;
   for (std::uint32_t column = 1; column <= lastColumn_; ++column) {
-    if (isHidden(column)) continue;
-    edge += widths_[column];
-    css += ",transparent 0 " + points(edge - std::min<std::uint64_t>(edge, 10)) + ",#e0e0e0 0 " +
-           points(edge);
+    if (isHidden(column) && !hiddenToo) continue;
+    edge += shownWidth(column);
+    css += ",transparent 0 calc(" + points(edge) + " - 1px),#e0e0e0 0 " + points(edge);
   }
   return css + ",transparent 0)";
 }
@@ -238,8 +244,8 @@ void SheetTable::writeRow(std::uint32_t row, Cells cells) {
   out_.write("<tr");
   if (own == 0)
     out_.write(" class=\"x\"");
-  else if (own != sheet_.info.defaultRowHeight)
-    out_.write(" style=\"height:" + points(own) + "\"");
+  else if (own != sheet_.info.defaultRowHeight)  // less than its content takes, it cannot be
+    out_.write((large_ ? " style=\"min-height:" : " style=\"height:") + points(own) + "\"");
   out_.write("><th scope=\"row\" data-n=\"" + std::to_string(row) + "\"></th>");
   std::uint32_t nextColumn = 1;
   for (std::size_t i = 0; i < cells.size(); ++i) {
@@ -303,7 +309,8 @@ void SheetTable::writeCell(Cells row, std::size_t index) {
   const std::uint32_t first = across ? column : before > 0 ? row[before - 1].place.column() + 1 : 1;
   const bool left =
       style.horizontal == HorizontalAlign::kGeneral || style.horizontal == HorizontalAlign::kLeft;
-  if (left && next == row.size()) {
+  // In a grid the fill of an empty cell would cover it.
+  if (left && next == row.size() && (!large_ || next == index + 1)) {
     out_.write("\">" + html(text_) + "</td>");
     return;
   }

@@ -44,7 +44,8 @@ class SheetTable {
 
   void writeNote(const std::string& hidden);
   void writeColumns();
-  std::string gridLines() const;
+  bool anyHiddenColumn() const;
+  std::string gridLines(bool hiddenToo) const;
   void writeEmptyRows(std::uint32_t first, std::uint32_t last);
   void writeRow(std::uint32_t row, Cells cells);
   void writeEmptyCells(std::uint32_t first, std::uint32_t last);

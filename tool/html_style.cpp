@@ -22,18 +22,20 @@ const char* cssOf(HorizontalAlign align) {
   }
 }
 
+// For cells of tables, and of the grids that large sheets are.
 const char* cssOf(VerticalAlign align) {
   switch (align) {
     case VerticalAlign::kTop:
-      return "top";
+      return ";vertical-align:top;align-content:start";
     case VerticalAlign::kCentre:
-      return "middle";
+      return ";vertical-align:middle;align-content:center";
     default:
-      return "bottom";
+      return ";vertical-align:bottom";
   }
 }
 
-const char* cssOf(BorderLine line) {
+// What begins with the width.
+std::string_view cssOf(BorderLine line) {
   switch (line) {
     case BorderLine::kDouble:
       return "3px double ";
@@ -118,8 +120,8 @@ bool isNumber(ValueType type) {
 
 std::string cssOf(const CellStyle& style, const Decoder& decoder) {
   constexpr std::array<const char*, SSItemBorderSlots> kSides = {"left", "top", "right", "bottom"};
-  std::string css = std::string("text-align:") + cssOf(style.horizontal) +
-                    ";vertical-align:" + cssOf(style.vertical);
+  constexpr std::size_t kRight = 2;
+  std::string css = std::string("text-align:") + cssOf(style.horizontal) + cssOf(style.vertical);
   if (style.textColour != SS_NO_COLOUR) css += ";color:" + htmlColour(style.textColour);
   if (style.fillColour != SS_NO_COLOUR) css += ";background-color:" + htmlColour(style.fillColour);
   for (std::size_t side = 0; side < kSides.size(); ++side) {
@@ -127,6 +129,10 @@ std::string cssOf(const CellStyle& style, const Decoder& decoder) {
     if (border.line == BorderLine::kNone) continue;
     css.append(";border-").append(kSides[side]).append(":").append(cssOf(border.line));
     css += border.colour == SS_NO_COLOUR ? "#000000" : htmlColour(border.colour);
+    // In a table the lines of neighbours are one. In a grid those to the left and above lie over
+    // the neighbour's; margins have no effect on cells of a table.
+    if (side < kRight)
+      css.append(";margin-").append(kSides[side]).append(":-").append(cssOf(border.line), 0, 3);
   }
   if (style.font) appendFont(*style.font, decoder, css);
   return css;
@@ -138,12 +144,14 @@ std::string cssOf(const CellStyle& style, const Decoder& decoder) {
 //
 // Whether a number fits its column, only the browser's own layout can tell. `.n` lets a line break
 // in front of the number and nowhere else, at a soft hyphen that is written as marks; the second
-// line, to which a number that does not fit moves, is out of sight.
+// line, to which a number that does not fit moves, is out of sight. A line cannot break in front of
+// "-" or ".", so that a sign that has no looks (U+2061) stands there first.
 //
 // The rows of a table are laid out all or none. Those of a large sheet are grids instead, and only
 // the ones near the window are laid out.
 //
 // Gridlines are dotted, and headings have none, so that a cell's own line wins wherever two meet.
+// In a large sheet they are backgrounds.
 std::string_view pageStyles() {
   return R"(html{color-scheme:light dark;--bar:#e8e8e8;--ink:#303030;--room:#fff;--tabs:0px;scroll-padding-top:var(--tabs);container-type:inline-size}
 body{margin:0;width:max-content;min-width:100%;background:#fff;color:#000;font:10pt Arial,sans-serif}
@@ -154,9 +162,9 @@ h1{font-size:14pt;overflow-wrap:anywhere}
 h2{font-size:12pt}
 .damage{padding:.5rem;border:2px solid #b00000;background:#fff0f0;color:#800000;overflow-wrap:anywhere}
 nav{top:0;z-index:4;height:var(--tabs);display:flex;gap:.2rem;overflow:auto hidden;white-space:pre}
-nav a{flex:none;height:1.4rem;padding:.1rem .8rem;border:1px solid #808080;border-radius:.4rem .4rem 0 0;background:var(--bar);color:var(--ink);text-decoration:none}
-section{content-visibility:auto;background:#fff;padding-bottom:2rem}
-table{border-collapse:collapse;table-layout:fixed;line-height:1.1;width:var(--w);color:#000}
+nav a{flex:none;height:1.6rem;line-height:1.6rem;padding:0 .8rem;border:1px solid #808080;border-radius:.4rem .4rem 0 0;background:var(--bar);color:var(--ink);text-decoration:none}
+section{content-visibility:auto;color-scheme:light;background:#fff;padding-bottom:2rem}
+table{border-collapse:collapse;table-layout:fixed;line-height:1.1;width:var(--w);color:#000;background-image:var(--g)}
 td{border:1px dotted #c0c0c0;padding:0 2px;white-space:pre;vertical-align:bottom}
 .c{overflow:hidden}
 td>div{display:flex;overflow:clip}
@@ -167,6 +175,7 @@ td>div{display:flex;overflow:clip}
 .n4>div{hyphenate-character:"####"}
 .n5>div{hyphenate-character:"#####"}
 .n>div::before{content:"\2060\AD"}
+.n span::before{content:"\2061"}
 .n span{white-space:pre}
 th{position:sticky;left:0;z-index:2;padding:0;box-shadow:inset -1px -1px #b0b0b0;background:var(--bar);color:var(--ink);font:8pt Arial,sans-serif;text-align:center;overflow:hidden}
 thead th{left:auto;top:var(--tabs);z-index:2}
@@ -176,15 +185,17 @@ tr{height:var(--h)}
 tr.gap td{background:#f4f4f4}
 .large,.large thead,.large tbody{display:block}
 .large thead{position:sticky;top:var(--tabs);z-index:3}
-.large tbody{content-visibility:auto;contain-intrinsic-height:auto var(--r)}
-.large tr{display:grid;grid-template-columns:var(--t);grid-auto-rows:minmax(100%,auto)}
-.large thead tr{height:auto}
-.large td{border-width:0 1px 1px 0;box-sizing:border-box;align-content:end;min-width:0}
-.large td:empty{z-index:-1}
+.large tbody{content-visibility:auto;overflow-clip-margin:3px;contain-intrinsic-height:auto var(--r)}
+.large tr{display:grid;grid-template-columns:var(--t);height:auto;min-height:var(--h)}
+.large thead tr{min-height:0}
+.large thead{margin-bottom:1px}
+.large th{align-content:center;margin-right:1px}
+:where(.large) td{border-left:0;border-top:0;box-sizing:border-box;align-content:end;min-width:0}
 .large td[colspan]{border-right:0}
+.large td>div{position:relative;z-index:1}
 section:has(:checked) .large tr{grid-template-columns:var(--at)}
 section:not(:has(:checked)) .x{display:none}
-section:has(:checked) table{width:var(--all);background-image:none!important}
+section:has(:checked) table{width:var(--all);background-image:var(--ga,var(--g))}
 section:has(:checked) th.x{background:#806000;color:#fff}
 @media(prefers-color-scheme:dark){html{--bar:#303030;--ink:#e0e0e0;--room:#181818}}
 @media print{nav{display:none}th{position:static}section{content-visibility:visible}}

@@ -201,16 +201,19 @@ class Browser(Page):
         long = b"a label far too long for it"
         cells = [integer(c, 0, 30000, c + 1) for c in (0, 1)] + [label(0, 1, b"x"), label(4, 1, b"y")]
         cells += [label(2, 2 + n, long, 2 + n) for n in range(3)]
-        cells += [label(c, 5, long, 3) for c in (1, 2, 3)] + [blank(3, 2)]
+        cells += [label(c, 5, long, 3) for c in (1, 2, 3)] + [blank(3, 2), number(3, 0, -30000, 5)]
         definitions = font() + style(form=0x32) + b"".join(style(form=0x10, align=n) for n in (1, 2, 3))
+        definitions += style(form=0x42, lines=0x55)
         for more in ([], [label(0, 50 + n % 1300 + n // 1300 * 1300, b"more") for n in range(5200)]):
             with self.subTest(large=bool(more)):
                 source = self.file(notebook(sheet(*cells, *more, columns=5), definitions=definitions))
-                wide, whole, left, centre, right, clipped = self.looks(
-                    source, (0, "1", "A"), (0, "1", "B"), (0, "3", "C"), (0, "4", "C"), (0, "5", "C"),
-                    (0, "6", "C"))
+                wide, whole, negative, left, centre, right, clipped = self.looks(
+                    source, (0, "1", "A"), (0, "1", "B"), (0, "1", "D"), (0, "3", "C"), (0, "4", "C"),
+                    (0, "5", "C"), (0, "6", "C"))
                 self.check(wide, text="$30,000.00 ", marks=True)
                 self.check(whole, marks=False)
+                self.check(negative, text="-3000000.00%", marks=True, border_left="1px solid rgb(0, 0, 0)",
+                           border_top="1px solid rgb(0, 0, 0)")
                 edge = left["left"] + left["width"]
                 self.assertGreater(left["textRight"], edge + 20)
                 self.assertAlmostEqual(centre["textLeft"] + centre["textRight"], edge + left["left"], delta=4)
