@@ -94,7 +94,7 @@ gitLogPasses() {
   git -C "$repository" add . && git -C "$repository" commit -qm damaged
   git -C "$repository" log -p > "$work/log.txt" || return 1
   grep "^+qps: .*damaged\|^+qps: .*cut short.*are lost" "$work/log.txt" &&
-    grep "^+qps: .*not a Quattro Pro" "$work/log.txt" && grep "^+Plum	01-Jan-24" "$work/log.txt"
+    grep "^+qps: not a Quattro Pro" "$work/log.txt" && grep "^+Plum	01-Jan-24" "$work/log.txt"
 }
 
 # ripgrep reads on behind damage, whatever the case of the name.
