@@ -39,7 +39,7 @@ _FIRST, _LAST = (day.value // 1000 for day in (pd.Timestamp.min, pd.Timestamp.ma
 def notebooks(paths, batch=50, **options):
     """A dask.dataframe of COLUMNS with a partition for every `batch` paths, many because notebooks
     are small. Paths are local, or URLs that fsspec reads. `options` are qpsreader.open's:
-    encoding, memory_limit (in bytes, per notebook) and salvage."""
+    encoding, memory_limit (in bytes, per notebook), time_limit (in seconds) and salvage."""
     return dd.from_delayed([dask.delayed(read_batch)(chunk, **options)
                             for chunk in _chunks(paths, batch)], meta=_EMPTY, verify_meta=False)
 
@@ -47,10 +47,13 @@ def notebooks(paths, batch=50, **options):
 def write(paths, folder, form="parquet", batch=50, **options):
     """Writes the table in parts, part-00000.parquet and so on, each whole or not there at all; a
     part that is written again has the same name. Returns a DataFrame with a row for each part:
-    its file, and how many notebooks, rows and failures it has. `form` is "parquet" (which takes
-    pyarrow or fastparquet) or "csv"; `folder` is one that all workers see."""
+    its file, and how many notebooks, rows and failures it has. `form` is "parquet" or "csv";
+    `folder` is one that all workers see. Parquet takes pyarrow on the workers, else ImportError
+    before anything is read; Debian 12 has none, so that form was not tried there."""
     if form not in ("parquet", "csv"):
         raise ValueError(f'form is "parquet" or "csv": {form}')
+    if form == "parquet":
+        dask.delayed(_arrow_schema)().compute()
     os.makedirs(folder, exist_ok=True)
     tasks = [dask.delayed(_write_part)(os.path.join(folder, f"part-{number:05}.{form}"), chunk,
                                        form, options)
@@ -142,9 +145,22 @@ def _write_part(part, paths, form, options):
     if form == "csv":
         frame.to_csv(unfinished, index=False)
     else:
-        frame.to_parquet(unfinished, index=False)
+        frame.to_parquet(unfinished, engine="pyarrow", index=False, schema=_arrow_schema())
     os.replace(unfinished, part)
     return part, len(paths), len(frame), int((frame["kind"] == "failed").sum())
+
+
+def _arrow_schema():
+    """Of every part, also of one whose column has nothing in it."""
+    try:
+        import pyarrow
+    except ImportError:
+        raise ImportError('Parquet takes pyarrow, which a worker does not have; "csv" takes '
+                          'nothing more') from None
+    types = {"datetime64[ns]": "timestamp[us]", object: "string", bool: "bool"}
+    return pyarrow.schema([(name, pyarrow.type_for_alias(
+        "time64[us]" if name == "time" else types.get(form, form)))
+        for name, form in COLUMNS.items()])
 
 
 def _chunks(paths, batch):

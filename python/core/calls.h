@@ -6,6 +6,7 @@
 
 #include "python/core/python_api.h"
 
+#include <memory>
 #include <new>
 #include <optional>
 #include <string>
@@ -46,12 +47,12 @@ Value& valueOf(PyObject* object) {
   return *reinterpret_cast<Wrapped<Value>*>(object)->value;
 }
 
-// A new object of `type`, or null with Python's error set.
+// A new object of `type`, or null with Python's error set. Throws std::bad_alloc.
 template <class Value>
 PyObject* wrap(PyObject* type, Value value) {
+  auto held = std::make_unique<Value>(std::move(value));
   PyObject* const object = PyType_GenericAlloc(reinterpret_cast<PyTypeObject*>(type), 0);
-  if (object != nullptr)
-    reinterpret_cast<Wrapped<Value>*>(object)->value = new Value(std::move(value));
+  if (object != nullptr) reinterpret_cast<Wrapped<Value>*>(object)->value = held.release();
   return object;
 }
 

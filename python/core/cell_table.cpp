@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <ctime>
 #include <numeric>
 #include <unordered_map>
 #include <utility>
@@ -14,8 +15,18 @@ namespace {
 using std::chrono::days;
 using std::chrono::microseconds;
 
+// A worksheet has 65,536 rows. A file may give the height of each more than once: a record of ten
+// bytes names them all.
+constexpr std::uint32_t kMostRowHeights = 2 << 16;
+
 std::uint32_t placeOf(std::uint32_t row, std::uint32_t column) {
   return (row - 1) << 8 | (column - 1);
+}
+
+std::chrono::nanoseconds threadTime() {
+  std::timespec now{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
 }
 
 // Which kind of value a cell holds, and its time in microseconds.
@@ -119,13 +130,15 @@ void CellTable::sortPlaces() const {
 // Takes the items of a worksheet one by one.
 class TableReader {
  public:
-  TableReader(CellTable& table, const Notebook& notebook, const Decoder& decoder)
-      : table_(table), notebook_(notebook), decoder_(decoder) {}
+  TableReader(CellTable& table, const Notebook& notebook, const Decoder& decoder, bool isTimed)
+      : table_(table), notebook_(notebook), decoder_(decoder), isTimed_(isTimed) {}
 
   void add(const Item& item);
   void settle();  // what was read counts towards the budget
 
  private:
+  void settleMemory();
+  void settleTime();
   void addCell(const Item& item, const CellView& cell);
   void addHeight(const Run& run);
   std::uint32_t lookOf(const SSItemCell& cell, const NumberFormat& format);
@@ -134,6 +147,10 @@ class TableReader {
   CellTable& table_;
   const Notebook& notebook_;
   const Decoder& decoder_;
+  bool isTimed_;
+  std::chrono::nanoseconds settledTime_ = threadTime();
+  std::uint32_t items_ = 0;
+  std::uint32_t rowHeights_ = 0;
   std::unordered_map<LookKey, std::uint32_t, HashBytes, SameBytes> looks_;
   LookKey lastKey_{};
   std::uint32_t lastLook_ = 0;
@@ -141,6 +158,8 @@ class TableReader {
 };
 
 void TableReader::add(const Item& item) {
+  constexpr std::uint32_t kItemsBetweenLooksAtTheClock = 0x4000;
+  if (++items_ % kItemsBetweenLooksAtTheClock == 0) settleTime();
   if (const auto cell = item.cell()) return addCell(item, *cell);
   if (const auto info = item.sheetInfo()) {
     table_.info = *info;
@@ -152,8 +171,10 @@ void TableReader::add(const Item& item) {
   }
 }
 
-// A record of ten bytes may say the height of 65,536 rows, which come one by one, the last first.
+// Those of one record come one by one, the last row first.
 void TableReader::addHeight(const Run& run) {
+  if (++rowHeights_ > kMostRowHeights)
+    throw ReadFailure{{Reason::kMemoryLimit, "lists more row heights than a worksheet has"}};
   auto& heights = table_.heights;
   Run* const before = heights.empty() ? nullptr : &heights.back();
   if (before != nullptr && before->size == run.size && run.last + 1 == before->first) {
@@ -218,10 +239,24 @@ std::uint32_t TableReader::lookOf(const SSItemCell& cell, const NumberFormat& fo
 void TableReader::charge(std::size_t bytes) {
   constexpr std::size_t kStep = std::size_t{1} << 16;
   uncharged_ += 2 * bytes;
-  if (uncharged_ >= kStep) settle();
+  if (uncharged_ >= kStep) settleMemory();
 }
 
 void TableReader::settle() {
+  settleMemory();
+  settleTime();
+}
+
+void TableReader::settleTime() {
+  if (!isTimed_) return;
+  Budget& budget = *table_.budget_;
+  const auto now = threadTime();
+  budget.timeSpent += now - std::exchange(settledTime_, now);
+  if (budget.timeLimit.count() != 0 && budget.timeSpent > budget.timeLimit)
+    throw ReadFailure{{Reason::kMemoryLimit, "the time limit was reached"}};
+}
+
+void TableReader::settleMemory() {
   Budget& budget = *table_.budget_;
   table_.charged_ += uncharged_;
   budget.held += std::exchange(uncharged_, 0);
@@ -230,10 +265,11 @@ void TableReader::settle() {
 }
 
 std::shared_ptr<const CellTable> readTable(const Notebook& notebook, const Sheet& sheet,
-                                           const Decoder& decoder, std::shared_ptr<Budget> budget) {
+                                           const Decoder& decoder, std::shared_ptr<Budget> budget,
+                                           bool isTimed) {
   auto table = std::make_shared<CellTable>(std::move(budget));
   auto items = notebook.items(sheet);
-  TableReader reader(*table, notebook, decoder);
+  TableReader reader(*table, notebook, decoder, isTimed);
   for (const Item& item : items)
     reader.add(item);
   if (auto error = items.error()) {

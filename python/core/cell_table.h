@@ -7,6 +7,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -26,10 +27,13 @@ enum class Kind : std::uint8_t { kBlank, kNumber, kText, kError, kDate, kTime, k
 constexpr std::array<const char*, 7> kKindNames = {"blank", "number", "text",    "error",
                                                    "date",  "time",   "datetime"};
 
-// What the tables of a notebook hold together, beside what the notebook itself does.
+// What the tables of a notebook may hold together, with what the notebook itself does, and what
+// reading them may take.
 struct Budget {
   std::size_t limit = 0;  // in bytes; 0 is none
   std::atomic<std::size_t> held{0};
+  std::chrono::nanoseconds timeLimit{0};  // of the processor; 0 is none
+  std::chrono::nanoseconds timeSpent{0};  // for one thread at a time
 };
 
 // One bit a cell, the lowest bit of a byte first.
@@ -102,10 +106,12 @@ struct ReadFailure {
   Error error;
 };
 
-// Reads a worksheet. What it keeps counts towards the budget together with what the notebook holds;
-// beyond it, or on an input error, a ReadFailure is thrown. Damage is no failure.
+// Reads a worksheet. What it keeps counts towards the budget together with what the notebook holds,
+// and so does its time when `isTimed`; beyond it, or on an input error, a ReadFailure is thrown.
+// Damage is no failure.
 std::shared_ptr<const CellTable> readTable(const Notebook& notebook, const Sheet& sheet,
-                                           const Decoder& decoder, std::shared_ptr<Budget> budget);
+                                           const Decoder& decoder, std::shared_ptr<Budget> budget,
+                                           bool isTimed);
 
 }  // namespace qps::python
 

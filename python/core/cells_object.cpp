@@ -30,6 +30,8 @@ struct Buffer {
   Py_ssize_t count = 0;
 };
 
+const std::string kNoName = "cells";  // for messages, where the notebook's is not known
+
 PyObject* bufferType = nullptr;
 PyObject* cellsType = nullptr;
 
@@ -63,10 +65,12 @@ PyObject* getColumn(PyObject* self, void*) {
   const Table& table = valueOf<Table>(self);
   const auto& values = (*table).*Column;
   using Value = typename std::remove_cvref_t<decltype(values)>::value_type;
-  const Object buffer(wrap(bufferType, Buffer{table, values.data(), kStructFormat<Value>,
-                                              static_cast<Py_ssize_t>(sizeof(Value)),
-                                              static_cast<Py_ssize_t>(values.size())}));
-  return buffer ? PyMemoryView_FromObject(buffer.get()) : nullptr;
+  return guarded(kNoName, [&] {
+    const Object buffer(wrap(bufferType, Buffer{table, values.data(), kStructFormat<Value>,
+                                                static_cast<Py_ssize_t>(sizeof(Value)),
+                                                static_cast<Py_ssize_t>(values.size())}));
+    return buffer ? PyMemoryView_FromObject(buffer.get()) : nullptr;
+  });
 }
 
 // A list with one object a row; `make` returns a new reference or null.
@@ -118,9 +122,11 @@ PyObject* isFormula(PyObject* self, PyObject* argument) {
 PyObject* find(PyObject* self, PyObject* arguments) {
   unsigned int row = 0, column = 0;
   if (PyArg_ParseTuple(arguments, "II", &row, &column) == 0) return nullptr;
-  const auto at = tableOf(self).find(row, column);
-  if (!at) Py_RETURN_NONE;
-  return PyLong_FromSize_t(*at);
+  return guarded(kNoName, [&]() -> PyObject* {
+    const auto at = tableOf(self).find(row, column);
+    if (!at) Py_RETURN_NONE;
+    return PyLong_FromSize_t(*at);
+  });
 }
 
 Py_ssize_t cellCount(PyObject* self) {
@@ -251,7 +257,7 @@ PyObject* newCells(std::shared_ptr<const CellTable> table) {
 }
 
 PyObject* arrowStream(PyObject*, PyObject* sheets) {
-  return guarded("", [&]() -> PyObject* {
+  return guarded(kNoName, [&]() -> PyObject* {
     std::vector<NamedTable> tables;
     const Py_ssize_t count = PyList_Size(sheets);
     for (Py_ssize_t at = 0; at < count; ++at) {

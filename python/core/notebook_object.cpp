@@ -4,6 +4,7 @@
 #include "python/core/notebook_object.h"
 
 #include <array>
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -31,6 +32,7 @@ struct OpenNotebook {
   Object bytes;  // of a notebook in memory; its owner
   std::mutex mutex;
   std::optional<Notebook> notebook;  // none after close
+  std::vector<bool> wasRead;         // worksheets; reading one again is not the file's doing
 };
 using Handle = std::unique_ptr<OpenNotebook>;
 
@@ -87,7 +89,9 @@ PyObject* readSheet(PyObject* self, PyObject* arguments) {
         const auto sheets = notebook.sheets();
         const auto at = static_cast<std::size_t>(index);
         if (at >= sheets.size()) return nullptr;
-        auto table = readTable(notebook, sheets[at], open.decoder, open.budget);
+        open.wasRead.resize(sheets.size());
+        auto table = readTable(notebook, sheets[at], open.decoder, open.budget, !open.wasRead[at]);
+        open.wasRead[at] = true;
         if (!table->damage.empty() && salvage == 0)
           throw ReadFailure{{Reason::kDamaged, table->damage}};
         return table;
@@ -167,8 +171,9 @@ std::optional<std::array<std::string, 256>> characters(PyObject* list) {
 }
 
 // Opens from `bytes`, or from the file where that is null.
-std::optional<Error> openInto(OpenNotebook& open, std::span<const char> bytes, bool inMemory) {
-  const OpenOptions options{.memoryLimit = open.budget->limit};
+std::optional<Error> openInto(OpenNotebook& open, std::span<const char> bytes, bool inMemory,
+                              bool salvage) {
+  const OpenOptions options{.memoryLimit = open.budget->limit, .salvage = salvage};
   auto notebook = inMemory ? Notebook::openBytes(bytes, options)
                            : Notebook::open(std::filesystem::path(open.name), options);
   if (!notebook) return notebook.error();
@@ -177,7 +182,7 @@ std::optional<Error> openInto(OpenNotebook& open, std::span<const char> bytes, b
 }
 
 // Notebook(name: bytes, content: bytes | None, encoding: str, multibyte: bool,
-//          characters: list[str], memory_limit: int)
+//          characters: list[str], memory_limit: int, time_limit: float, salvage: bool)
 PyObject* newNotebook(PyTypeObject* type, PyObject* arguments, PyObject*) {
   const char* name = nullptr;
   const char* encoding = nullptr;
@@ -185,24 +190,28 @@ PyObject* newNotebook(PyTypeObject* type, PyObject* arguments, PyObject*) {
   PyObject* list = nullptr;
   int multibyte = 0;
   Py_ssize_t limit = 0;
-  if (PyArg_ParseTuple(arguments, "yOspOn", &name, &content, &encoding, &multibyte, &list,
-                       &limit) == 0)
+  double seconds = 0;
+  int salvage = 0;
+  if (PyArg_ParseTuple(arguments, "yOspOndp", &name, &content, &encoding, &multibyte, &list, &limit,
+                       &seconds, &salvage) == 0)
     return nullptr;
-  auto single = characters(list);
-  if (!single) return nullptr;
   char* data = nullptr;
   Py_ssize_t size = 0;
   const bool inMemory = content != Py_None;
   if (inMemory && PyBytes_AsStringAndSize(content, &data, &size) < 0) return nullptr;
 
   return guarded(name, [&]() -> PyObject* {
+    auto single = characters(list);
+    if (!single) return nullptr;
     auto open =
         std::make_unique<OpenNotebook>(name, Decoder(encoding, multibyte != 0, *std::move(single)));
     open->budget->limit = static_cast<std::size_t>(limit);
+    open->budget->timeLimit = std::chrono::duration_cast<std::chrono::nanoseconds>(
+        std::chrono::duration<double>(seconds));
     if (inMemory) open->bytes.reset(Py_NewRef(content));
     const auto error = [&] {
       const GilReleased noGil;
-      return openInto(*open, {data, static_cast<std::size_t>(size)}, inMemory);
+      return openInto(*open, {data, static_cast<std::size_t>(size)}, inMemory, salvage != 0);
     }();
     if (error) throw ReadFailure{*error};
     return wrap<Handle>(reinterpret_cast<PyObject*>(type), std::move(open));

@@ -26,7 +26,7 @@ def main() -> int:
     parser.add_argument("files", nargs="+", metavar="FILE")
     parser.add_argument("--encoding", default="cp1252", help="of the texts (default: %(default)s)")
     parser.add_argument("--salvage", action="store_true",
-                        help="list what comes before the damage of a damaged notebook")
+                        help="list what is left of a damaged notebook")
     options = parser.parse_args()
     warnings.showwarning = _warn  # type: ignore[assignment]
     status = 0

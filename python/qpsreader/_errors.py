@@ -33,14 +33,15 @@ class Protected(NotebookError):
 
 
 class Damaged(NotebookError):
-    """A notebook that is cut short or whose records cannot be followed. What comes before the
-    damage can often be read with open(..., salvage=True)."""
+    """A notebook that is cut short or whose records cannot be followed. What is left of it can often
+    be read with open(..., salvage=True)."""
 
     reason = "damaged"
 
 
 class LimitExceeded(NotebookError, MemoryError):
-    """memory_limit, or the machine's memory, is not enough for what was asked."""
+    """memory_limit, time_limit or the machine's memory is not enough for what was asked, or a
+    worksheet lists more than one can have."""
 
     reason = "memory-limit"
 

@@ -2,6 +2,7 @@
 """open and Notebook."""
 import codecs
 import os
+import sys
 import warnings
 from collections.abc import Sequence
 from functools import cached_property, lru_cache
@@ -12,13 +13,17 @@ from . import _core
 from ._errors import Damaged, DamageWarning
 from ._sheet import Sheet
 
-_MEMORY_LIMIT = 1 << 30
+# Tighter than the tool's: whoever opens a million files cannot look at each. A cell takes some 100
+# bytes.
+_MEMORY_LIMIT = 512 << 20
+_TIME_LIMIT = 20.0
+_MOST_SECONDS = 1e9
 
 PathOrBytes = Union[str, "os.PathLike[str]", bytes, bytearray, memoryview]
 
 
 def open(source: PathOrBytes, encoding: str = "cp1252", memory_limit: int = _MEMORY_LIMIT,
-         salvage: bool = False) -> "Notebook":
+         salvage: bool = False, time_limit: float = _TIME_LIMIT) -> "Notebook":
     """Opens a notebook and lists its worksheets.
 
     source: a path (a str or an os.PathLike), or the notebook itself (bytes, a bytearray, a
@@ -28,14 +33,16 @@ def open(source: PathOrBytes, encoding: str = "cp1252", memory_limit: int = _MEM
         which ASCII does not stand for itself.
     memory_limit: the most bytes that the notebook and the sheets read from it may hold at a time,
         and that a grid of values may take; 0 is no limit. LimitExceeded beyond it.
-    salvage: a damaged notebook raises Damaged; with True it gives what comes before the damage, with
-        a DamageWarning.
+    salvage: a damaged notebook raises Damaged; with True it gives what is left of it, also behind
+        the damage, with a DamageWarning.
+    time_limit: the most seconds of the processor that reading all of its sheets may take, each for
+        the first time; 0 is no limit. LimitExceeded beyond it.
 
     Raises Unreadable, Empty, NotANotebook, Protected, Damaged, LimitExceeded or LibraryMissing, all
     of them NotebookError. Threads may share a notebook, one call at a time; different notebooks are
     read at the same time, without the GIL.
     """
-    return Notebook(source, encoding, memory_limit, salvage)
+    return Notebook(source, encoding, memory_limit, salvage, time_limit)
 
 
 class Info(NamedTuple):
@@ -56,17 +63,25 @@ class Info(NamedTuple):
 class Source:
     """What a notebook and its sheets share, so that they need not hold each other."""
 
-    def __init__(self, source: PathOrBytes, encoding: str, memory_limit: int, salvage: bool):
-        if memory_limit < 0:
+    def __init__(self, source: PathOrBytes, encoding: str, memory_limit: int, salvage: bool,
+                 time_limit: float):
+        if not 0 <= memory_limit <= sys.maxsize:
             raise ValueError("memory_limit is a number of bytes, or 0 for none")
+        if not 0 <= time_limit <= _MOST_SECONDS:
+            raise ValueError("time_limit is a number of seconds, or 0 for none")
         name, content = _name_and_content(source)
         characters, multibyte = _characters(encoding)
         self.name = os.fsdecode(name)
         self.encoding = encoding
         self.memory_limit = memory_limit
         self.salvage = salvage
-        self.core = _core.Notebook(name, content, encoding, multibyte, characters, memory_limit)
+        self.core = _core.Notebook(name, content, encoding, multibyte, characters, memory_limit,
+                                   time_limit, salvage)
         self.damage = self.core.damage()
+
+    def __reduce__(self) -> str:
+        raise TypeError("a notebook and its sheets cannot be pickled: open the file where they are "
+                        "needed, or send to_rows(), to_dict() or to_pandas()")
 
     def decode(self, raw: bytes) -> str:
         return raw.decode(self.encoding, "replace")
@@ -76,8 +91,9 @@ class Notebook:
     """An open notebook, from open(). A context manager; closing it gives back its memory, and the
     sheets that were read and are held stay."""
 
-    def __init__(self, opened: PathOrBytes, encoding: str, memory_limit: int, salvage: bool):
-        self._source = source = Source(opened, encoding, memory_limit, salvage)
+    def __init__(self, opened: PathOrBytes, encoding: str, memory_limit: int, salvage: bool,
+                 time_limit: float):
+        self._source = source = Source(opened, encoding, memory_limit, salvage, time_limit)
         self.name = source.name  #: the file's name, or "<bytes>"
         self.damage = source.damage  #: why the notebook is not whole, or None
         if self.damage:
@@ -171,8 +187,12 @@ class Sheets(Sequence[Sheet]):
 def _name_and_content(source: PathOrBytes) -> tuple[bytes, Optional[bytes]]:
     if isinstance(source, (str, os.PathLike)):
         return os.fsencode(source), None
-    # Others may change while the reader reads.
-    return b"<bytes>", source if isinstance(source, bytes) else bytes(memoryview(source))
+    if isinstance(source, bytes):
+        return b"<bytes>", source
+    try:  # a copy: what others may change must not change while the reader reads
+        return b"<bytes>", bytes(memoryview(source))
+    except TypeError:
+        raise TypeError(f"open() takes a path or the bytes of a notebook, not {source!r}") from None
 
 
 @lru_cache(maxsize=16)
@@ -181,6 +201,6 @@ def _characters(encoding: str) -> tuple[list[str], bool]:
     b"A".decode(encoding)  # LookupError for what is no text encoding
     make = codecs.getincrementaldecoder(encoding)
     characters = [make("replace").decode(bytes([byte])) for byte in range(256)]
-    if any(characters[ord(char)] != char for char in "09AZaz +-.,%$():/"):
+    if any(characters[byte] != chr(byte) for byte in range(128)):
         raise ValueError(f"the encoding {encoding} does not contain ASCII")
     return characters, "" in characters

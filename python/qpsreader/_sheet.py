@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Sheet and its cells."""
+import operator
 import re
 import warnings
 from datetime import date, datetime, time, timedelta
@@ -45,17 +46,20 @@ def column_letters(column: int) -> str:
 
 def _place(key: Union[str, tuple[int, int]]) -> tuple[int, int]:
     """(row, column) of "B4" or (4, 2)."""
+    row = column = 0
     if isinstance(key, str):
         match = re.fullmatch(r"([A-Za-z]{1,2})([0-9]{1,5})", key)
-        if not match:
-            raise KeyError(key)
-        column = 0
-        for letter in match[1].upper():
-            column = column * 26 + ord(letter) - ord("A") + 1
-        key = (int(match[2]), column)
-    row, column = key
+        if match:
+            row = int(match[2])
+            for letter in match[1].upper():
+                column = column * 26 + ord(letter) - ord("A") + 1
+    else:
+        try:
+            row, column = (int(operator.index(part)) for part in key)
+        except (TypeError, ValueError):
+            raise TypeError(f'a cell is asked for as "B4" or as row and column: {key!r}') from None
     if not (1 <= row <= 65536 and 1 <= column <= 256):
-        raise KeyError(key)
+        raise KeyError(f"{key!r} is no cell of a worksheet (A1 to IV65536)")
     return row, column
 
 

@@ -3,6 +3,7 @@
 import os
 import random
 import signal
+import sys
 import threading
 import time
 
@@ -84,6 +85,14 @@ def test_a_lost_worker_loses_nothing(paths, tmp_path):
                                        if at % 10 != 3 and at != 100)]
     assert (healthy.groupby("source").size() == 80).all()  # none twice
     assert rows[rows["source"] == paths[100]]["error"].str.startswith("unreadable: ").all()
+
+
+def test_parquet_without_pyarrow_ends_at_once(monkeypatch, tmp_path):
+    monkeypatch.setitem(sys.modules, "pyarrow", None)
+    with dask.config.set(scheduler="synchronous"):
+        with pytest.raises(ImportError, match="Parquet takes pyarrow"):
+            qps_dask.write([make.EXAMPLE], tmp_path / "cells", "parquet")
+    assert not (tmp_path / "cells").exists()
 
 
 def test_a_dataframe_of_cells(paths):

@@ -54,10 +54,21 @@ def test_salvage_warns():
 
 @pytest.mark.parametrize("arguments", [
     {"encoding": "klingon"}, {"encoding": "hex"}, {"encoding": "utf-16"}, {"encoding": "cp037"},
-    {"memory_limit": -1}])
+    {"encoding": "hz"}, {"encoding": "unicode_escape"}, {"memory_limit": -1},
+    {"memory_limit": 1 << 70}, {"time_limit": -1}, {"time_limit": float("nan")}])
 def test_wrong_arguments(arguments):
     with pytest.raises((LookupError, ValueError)):
         qpsreader.open(BOOK, **arguments)
+
+
+def test_what_cannot_be_opened_or_sent_elsewhere():
+    with pytest.raises(TypeError, match="takes a path or the bytes"):
+        qpsreader.open(5)
+    notebook = qpsreader.open(BOOK)
+    for thing in (notebook, notebook.sheets, notebook.sheets[0], notebook.sheets[0]["A1"]):
+        with pytest.raises(TypeError, match="cannot be pickled: open the file where"):
+            pickle.dumps(thing)
+    assert pickle.loads(pickle.dumps(notebook.info)) == notebook.info
 
 
 def test_a_changing_buffer_is_copied():
@@ -84,6 +95,19 @@ def test_little_input_takes_little_memory():
                 grid()
     assert notebook.memory_in_use < 1 << 20
     assert len(sheets[0].heights) == 65536 and not sheets[0].hidden_rows
+
+
+def test_time_is_limited():
+    """Of few bytes that take long, and of many."""
+    heights = make.notebook(make.sheet(HEIGHTS * 3, CORNER, name=b"A"))
+    with pytest.raises(qpsreader.LimitExceeded, match="more row heights"):
+        qpsreader.open(heights).sheets[0].columns()
+    many = make.sheet(*(make.integer(0, row, 1) for row in range(20_000)), name=b"A")
+    notebook = qpsreader.open(make.notebook(*[many] * 200), time_limit=0.02)
+    with pytest.raises(qpsreader.LimitExceeded, match="time limit"):
+        for sheet in notebook.sheets:
+            assert sheet.row_count == 20_000
+    assert sheet.index > 0 and notebook.sheets[0].row_count == 20_000  # read again
 
 
 def test_the_limit_counts_what_is_held():
