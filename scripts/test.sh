@@ -123,6 +123,13 @@ wasm() {
   preset "$1"
 }
 
+# The tests that need no process, with the objects of the viewer's module, in Node.
+wasm() {
+  need "${wasmPackages[@]}"
+  command -v node > /dev/null || need nodejs
+  preset "$1"
+}
+
 # Runs scripts/test-NAME.sh, which names what it skips and ends with its counts as this one does.
 script() {
   local log=build/log/$1.txt summary reason
