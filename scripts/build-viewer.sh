@@ -5,6 +5,7 @@
 # shellcheck source=scripts/lib.sh
 . "$(dirname "$0")/lib.sh"
 
-need cmake ninja-build python3 rapidjson-dev "${wasmPackages[@]}"
+need cmake ninja-build python3 rapidjson-dev
+needWasm
 buildPreset wasm qpsreader_wasm
 python3 viewer/assemble.py build/wasm/bin/qpsreader.wasm build/viewer

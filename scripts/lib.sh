@@ -15,11 +15,6 @@ buildPackages=(cmake ninja-build g++ libcli11-dev libgmock-dev libgtest-dev libs
 testPackages=(clang-format-14 locales pkg-config python3 python3-html5lib python3-jsonschema python3-olefile
   python3-openpyxl)
 
-# What compiles to WebAssembly.
-# shellcheck disable=SC2034
-wasmPackages=(clang-19 lld-19 libc++-19-dev-wasm32 libc++abi-19-dev-wasm32 libclang-rt-19-dev-wasm32
-  wasi-libc googletest)
-
 die() {
   printf '%s: %s\n' "${0##*/}" "$*" >&2
   exit 1
@@ -81,6 +76,40 @@ buildPreset() {
 debianMirror() {
   # shellcheck disable=SC2016
   apt-get indextargets --format '$(REPO_URI)' 'Identifier: Packages' 'Origin: Debian' 2> /dev/null | head -n 1
+}
+
+# debianSources PACKAGE...: the sources of Debian packages as their makers gave them, by name in
+# build/sources.
+debianSources() {
+  local package missing=() folder=$PWD/build/sources
+  local apt=(apt-get -q -o Dir::Etc::SourceList="$folder/apt/sources.list" -o Dir::Etc::SourceParts=/dev/null
+    -o Dir::State::Lists="$folder/apt/lists" -o Dir::Cache="$folder/apt")
+  for package in "$@"; do
+    [ -e "$folder/$package" ] || missing+=("$package")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  [ -n "$(debianMirror)" ] || die "no Debian archive to take the sources of ${missing[*]} from"
+  rm -rf "$folder/apt"
+  mkdir -p "$folder/apt/lists"
+  echo "deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $(debianMirror)" \
+    "$(. /etc/os-release && echo "$VERSION_CODENAME") main" > "$folder/apt/sources.list"
+  quietly sources-lists "${apt[@]}" update || die "no lists of Debian's sources"
+  for package in "${missing[@]}"; do
+    mkdir -p "$folder/apt/$package/files"
+    quietly "sources-$package" \
+      env -C "$folder/apt/$package" "${apt[@]}" source --download-only "$package" ||
+      die "no sources of $package"
+    tar -xf "$folder/apt/$package"/*.orig.tar.* --strip-components=1 -C "$folder/apt/$package/files"
+    mv "$folder/apt/$package/files" "$folder/$package"
+  done
+  rm -rf "$folder/apt"
+}
+
+# What compiles to WebAssembly, and what is compiled with this project's code.
+needWasm() {
+  need googletest clang-19 lld-19 libc++-19-dev-wasm32 libc++abi-19-dev-wasm32 \
+    libclang-rt-19-dev-wasm32 wasi-libc
+  debianSources libxlsxwriter zlib
 }
 
 # freshSystem ROOT PACKAGES CACHE: a minimal Debian system of this one's release with these packages

@@ -125,7 +125,7 @@ wasm() {
 
 # The tests that need no process, with the objects of the viewer's module, in Node.
 wasm() {
-  need "${wasmPackages[@]}"
+  needWasm
   command -v node > /dev/null || need nodejs
   preset "$1"
 }

@@ -8,6 +8,7 @@ FOLDER/npm: what packages/npm holds, the module and the script that both share.
 import base64
 import gzip
 import hashlib
+import html
 import pathlib
 import re
 import shutil
@@ -45,8 +46,12 @@ def page(module):
     digest = base64.b64encode(hashlib.sha256(script.encode()).digest()).decode()
     packed = base64.b64encode(gzip.compress(module, 9, mtime=0)).decode()
     parts = {"SCRIPT_HASH": digest, "SCRIPT": script, "STYLE": read("viewer/page/page.css"),
-             "MODULE": packed, "VERSION": version()}
+             "MODULE": packed, "VERSION": version(), "LICENCES": html.escape(licences())}
     return re.sub("@([A-Z_]+)@", lambda found: parts[found[1]], read("viewer/page/page.html"))
+
+
+def licences():
+    return read("LICENSE").rstrip() + "\n\n\n" + read("viewer/licences.txt")
 
 
 def package(module, folder):
@@ -56,7 +61,7 @@ def package(module, folder):
     manifest = folder / "package.json"
     manifest.write_text(manifest.read_text().replace("@VERSION@", version()))
     shutil.copy(ROOT / "viewer/js/instance.js", folder)
-    shutil.copy(ROOT / "LICENSE", folder)
+    (folder / "LICENSE").write_text(licences())
     (folder / "qpsreader.wasm").write_bytes(module)
 
 

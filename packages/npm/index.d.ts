@@ -42,8 +42,16 @@ export interface Notebook {
   sheet(name: string): Sheet | null;
   /** The page that `qps html` writes. */
   toHtml(title?: string): string;
+  /** The workbook that `qps xlsx` writes. */
+  toXlsx(): Workbook;
   /** Gives the memory back. Whatever is called after it throws. */
   close(): void;
+}
+
+export interface Workbook {
+  readonly bytes: Uint8Array;  // of an .xlsx file
+  /** What the workbook does not show as the notebook does, or null. */
+  readonly warning: string | null;
 }
 
 export interface Sheet extends Iterable<Cell> {

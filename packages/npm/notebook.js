@@ -117,6 +117,17 @@ class Notebook {
     return instance.withText(title, (at) => instance.call('html', at));
   }
 
+  toXlsx() {
+    const {chunks, warning} = this.instance().workbook();
+    const bytes = new Uint8Array(chunks.reduce((size, chunk) => size + chunk.length, 0));
+    let at = 0;
+    for (const chunk of chunks) {
+      bytes.set(chunk, at);
+      at += chunk.length;
+    }
+    return {bytes, warning: warning || null};
+  }
+
   close() {
     this.#instance?.close();
     this.#instance = null;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the tests compare with: the native tool.
 import {spawnSync} from 'node:child_process';
-import {mkdtempSync, writeFileSync} from 'node:fs';
+import {mkdtempSync, readFileSync, writeFileSync} from 'node:fs';
 import {tmpdir} from 'node:os';
 import {join} from 'node:path';
 
@@ -19,6 +19,14 @@ export function items(file, ...options) {
   const {status, stdout, stderr} = qps('json', ...options, file);
   const lines = stdout.toString().split('\n').filter((line) => line !== '');
   return {status, stderr, items: lines.map((line) => JSON.parse(line))};
+}
+
+/** The workbook that the tool writes, and what it warns of, or "". @param {string} file */
+export function workbook(file) {
+  const written = join(folder, 'native.xlsx');
+  const {status, stderr} = qps('xlsx', '-o', written, file);
+  return {status, bytes: status === 0 ? readFileSync(written) : null,
+          warning: /: warning: (\d+ (?:number|cell)s? without .*)/.exec(stderr)?.[1] ?? ''};
 }
 
 /** What the tool says of a file it cannot read, without the names before it. */

@@ -7,7 +7,7 @@ import {join} from 'node:path';
 import {before, test} from 'node:test';
 import {fileURLToPath, pathToFileURL} from 'node:url';
 
-import {complaint, folder, items, qps, write} from './native.mjs';
+import {complaint, folder, items, qps, workbook, write} from './native.mjs';
 import {notebook, number, randomNotebook, sheet} from './notebooks.mjs';
 
 const source = fileURLToPath(new URL('../..', import.meta.url));
@@ -81,12 +81,31 @@ test('agrees with the native tool about random notebooks, whole and damaged', as
   assert.ok(outcomes.read >= kNotebooks / 2 && outcomes.damaged >= 100, JSON.stringify(outcomes));
 });
 
+test('writes the workbooks that the native tool writes', async () => {
+  let same = 0;
+  let warned = 0;
+  for (let seed = 1; seed <= 60; ++seed) {
+    const file = write('random.wb2', randomNotebook(seed));
+    const native = workbook(file);
+    if (native.status !== 0) continue;
+    const book = await open(readFileSync(file));
+    const {bytes, warning} = book.toXlsx();
+    book.close();
+    assert.deepEqual(Buffer.from(bytes), native.bytes, `${seed}`);
+    assert.equal(warning ?? '', native.warning, `${seed}`);
+    ++same;
+    if (warning !== null) ++warned;
+  }
+  assert.ok(same >= 30 && warned >= 10, `${same} workbooks, ${warned} warnings`);
+});
+
 test('keeps the limit of memory, and goes on with a new instance after a failure', async () => {
   const cells = Buffer.concat(Array.from({length: 60000}, (_, i) => number(i % 10, i / 10, 0, i)));
   const bytes = notebook([], sheet(0, 'A', cells));
   await assert.rejects(open(bytes, {memoryLimit: 1000}), {reason: 'memory-limit'});
   const book = await open(bytes, {memoryLimit: bytes.length + 300000});
   for (let i = 0; i < 2; ++i) assert.throws(() => book.toHtml(), {reason: 'memory-limit'});
+  assert.throws(() => book.toXlsx(), {reason: 'memory-limit'});
   assert.equal(book.sheets[0].cell(2, 1).value, 10);
   await assert.rejects(open(bytes, {encoding: 'EBCDIC'}), {reason: 'encoding'});
   await assert.rejects(open(bytes, {encoding: 'UTF-16LE'}), {reason: 'encoding'});

@@ -9,7 +9,7 @@ import {fileURLToPath, pathToFileURL} from 'node:url';
 
 import {chromium} from 'playwright-core';
 
-import {complaint, items, qps, write} from './native.mjs';
+import {complaint, items, qps, workbook, write} from './native.mjs';
 import {label, notebook, number, sheet} from './notebooks.mjs';
 
 const source = fileURLToPath(new URL('../..', import.meta.url));
@@ -98,6 +98,9 @@ test('shows every text and saves what the tool prints', async () => {
     }
     const html = await saved('#saveHtml');
     assert.equal(html.bytes.toString(), qps('html', example(name)).stdout.toString());
+    const xlsx = await saved('#saveXlsx');
+    assert.equal(xlsx.name, 'budget.xlsx');
+    assert.deepEqual(xlsx.bytes, workbook(example(name)).bytes);
   }
 });
 

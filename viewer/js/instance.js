@@ -196,6 +196,12 @@ export class Instance {
     return text + decoder.decode();
   }
 
+  /** The workbook that `qps xlsx` writes, and what it would warn of, or "". */
+  workbook() {
+    const chunks = this.callForChunks('xlsx');
+    return {chunks, warning: this.call('xlsxWarning')};
+  }
+
   /**
    * Calls `use` with the place of a text in the module's memory.
    *

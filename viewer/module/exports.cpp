@@ -24,6 +24,7 @@
 #include "tool/text_forms.h"
 #include "viewer/module/cells.h"
 #include "viewer/module/host_calls.h"
+#include "viewer/module/workbook.h"
 
 #define QPS_EXPORT(name) extern "C" [[clang::export_name(#name)]]
 
@@ -34,6 +35,7 @@ constexpr std::size_t kMostFound = 10'000;
 
 constexpr Command kShow{CommandId::kHtml, "html", "", Need::kAll, true, ".html", false, writeHtml};
 constexpr Command kCsv{CommandId::kCsv, "csv", "", Need::kTexts, false, ".csv", true, writeCsv};
+constexpr Command kXlsx{CommandId::kXlsx, "xlsx", "", Need::kAll, true, ".xlsx", false, nullptr};
 
 struct Shown {
   Document document;
@@ -66,6 +68,8 @@ class Session {
   void endCells(std::uint32_t fetch) { fetches_.erase(fetch); }
   void writeSheetCsv(std::uint32_t index);
   void writeNotebookHtml(std::string_view name);
+  void writeWorkbook();
+  void writeWorkbookWarning() { out_.write(workbookWarning_), out_.flush(); }
 
  private:
   Notebook open() const;
@@ -82,6 +86,7 @@ class Session {
   std::optional<Shown> shown_;
   std::map<std::uint32_t, Fetch> fetches_;
   std::uint32_t nextFetch_ = 1;
+  std::string workbookWarning_;
   Output out_{nullptr};
 };
 
@@ -271,6 +276,13 @@ void Session::writeNotebookHtml(std::string_view name) {
   out_.flush();
 }
 
+void Session::writeWorkbook() {
+  workbookWarning_ = writeXlsx("", read(kXlsx, settings_), settings_.maxMemory);
+  const std::vector<char> bytes = takeWorkbook();
+  out_.write({bytes.data(), bytes.size()});
+  out_.flush();
+}
+
 std::optional<Session> session;
 
 }  // namespace
@@ -340,6 +352,15 @@ QPS_EXPORT(csv) void csv(std::uint32_t sheet) {
 
 QPS_EXPORT(html) void html(const char* name) {
   session->writeNotebookHtml(name);
+}
+
+QPS_EXPORT(xlsx) void xlsx() {
+  session->writeWorkbook();
+}
+
+// What there is to warn of in the workbook that was written last, or nothing.
+QPS_EXPORT(xlsxWarning) void xlsxWarning() {
+  session->writeWorkbookWarning();
 }
 
 }  // namespace qps

@@ -170,6 +170,11 @@ function showFailure(file) {
   byId('salvage').hidden = reason !== 'damaged' || file.salvage;
 }
 
+/** @param {string} text or "" */
+function note(text) {
+  byId('note').textContent = text;
+}
+
 /** @param {OpenFile} file @param {number} index */
 function showSheet(file, index) {
   const instance = /** @type {Instance} */ (file.instance);
@@ -192,6 +197,8 @@ function showSheet(file, index) {
       file.view = new SheetView(instance, index, sheets[index], file.view.onSelect,
                                 file.view.onError);
     }
+    const {warning} = file.view.layout;
+    note(warning && `This worksheet has ${warning}; the last of each is shown.`);
     if (byId('sheet').firstElementChild !== file.view.frame)
       byId('sheet').replaceChildren(file.view.frame);
   } catch (error) {
@@ -341,6 +348,19 @@ function saveHtml() {
   }
 }
 
+function saveXlsx() {
+  const file = current;
+  if (file === null || file.instance === null) return;
+  try {
+    const {chunks, warning} = file.instance.workbook();
+    save(`${withoutExtension(file.name)}.xlsx`,
+         'application/vnd.openxmlformats-officedocument.spreadsheetml.sheet', chunks);
+    note(warning && `The workbook that was saved has ${warning}.`);
+  } catch (error) {
+    giveUp(file, error);
+  }
+}
+
 function listen() {
   fileChoice.addEventListener('change', async () => {
     await addFiles(fileChoice.files ?? []);
@@ -365,6 +385,7 @@ function listen() {
   byId('previous').addEventListener('click', () => goToMatch(-1));
   byId('saveCsv').addEventListener('click', saveCsv);
   byId('saveHtml').addEventListener('click', saveHtml);
+  byId('saveXlsx').addEventListener('click', saveXlsx);
   window.addEventListener('dragover', (event) => {
     event.preventDefault();
     byId('drop').hidden = false;
