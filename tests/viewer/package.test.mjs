@@ -2,10 +2,13 @@
 // The npm package as users get it: packed, installed into a folder of its own, and used in Node.
 import assert from 'node:assert/strict';
 import {execFileSync} from 'node:child_process';
+import {createServer} from 'node:http';
 import {mkdirSync, readFileSync, readdirSync, writeFileSync} from 'node:fs';
 import {join} from 'node:path';
 import {before, test} from 'node:test';
 import {fileURLToPath, pathToFileURL} from 'node:url';
+
+import {chromium} from 'playwright-core';
 
 import {complaint, folder, items, qps, workbook, write} from './native.mjs';
 import {notebook, number, randomNotebook, sheet} from './notebooks.mjs';
@@ -107,6 +110,39 @@ test('keeps the limit of memory, and goes on with a new instance after a failure
   for (let i = 0; i < 2; ++i) assert.throws(() => book.toHtml(), {reason: 'memory-limit'});
   assert.throws(() => book.toXlsx(), {reason: 'memory-limit'});
   assert.equal(book.sheets[0].cell(2, 1).value, 10);
+  // A trap.
+  assert.throws(() => book.instance().call('cell', 99, 1, 1), {reason: 'internal'});
+  assert.equal(book.sheets[0].cell(2, 1).value, 10);
   await assert.rejects(open(bytes, {encoding: 'EBCDIC'}), {reason: 'encoding'});
   await assert.rejects(open(bytes, {encoding: 'UTF-16LE'}), {reason: 'encoding'});
+});
+
+test('reads in a browser, from a web server', async () => {
+  const types = {js: 'text/javascript', wasm: 'application/wasm', html: 'text/html'};
+  const server = createServer((request, response) => {
+    const name = request.url.slice(1) || 'index.html';
+    const type = types[name.split('.').pop()];
+    if (type === undefined) return response.writeHead(404).end();
+    response.setHeader('Content-Type', type);
+    response.end(name === 'index.html' ? '<!DOCTYPE html>' :
+        readFileSync(join(project, 'node_modules/qpsreader', name)));
+  });
+  await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
+  const browser = await chromium.launch({
+    executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium', args: ['--no-sandbox']});
+  try {
+    const page = await browser.newPage();
+    await page.goto(`http://127.0.0.1:${server.address().port}/`);
+    const texts = await page.evaluate(async (base64) => {
+      const {open} = await import('/browser.js');
+      const bytes = Uint8Array.from(atob(base64), (c) => c.charCodeAt(0));
+      const book = await open(new File([bytes], 'budget.wb3'));
+      return book.sheets.flatMap((sheet) => Array.from(sheet, (cell) => cell.text));
+    }, readFileSync(example).toString('base64'));
+    assert.deepEqual(texts, items(example).items.filter((item) => item.kind === 'cell')
+        .map((item) => item.text));
+  } finally {
+    await browser.close();
+    server.close();
+  }
 });

@@ -10,7 +10,7 @@ import {fileURLToPath, pathToFileURL} from 'node:url';
 import {chromium} from 'playwright-core';
 
 import {complaint, items, qps, workbook, write} from './native.mjs';
-import {label, notebook, number, sheet} from './notebooks.mjs';
+import {label, notebook, number, record, sheet} from './notebooks.mjs';
 
 const source = fileURLToPath(new URL('../..', import.meta.url));
 const pageFile = process.env.QPS_PAGE ?? join(source, 'build/viewer/qpsreader.html');
@@ -110,7 +110,10 @@ test('says of a file what the tool says, and salvages', async () => {
   const foreign = write('paper.wb2', Buffer.from('%PDF-1.4\n'));
   const damaged = write('cut.wb2', whole.subarray(0, whole.length - 200));
   const empty = write('empty.wb2', Buffer.alloc(0));
-  for (const file of [foreign, damaged, empty]) {
+  const locked = write('locked.wb2',
+      notebook([record(76, Buffer.from([1, 0]))], sheet(0, 'A', number(0, 0, 0, 1))));
+  assert.equal(complaint(locked), 'protected by a password');
+  for (const file of [foreign, damaged, empty, locked]) {
     await drop(file);
     assert.equal(await page.textContent('#failureText'), complaint(file));
     assert.equal(await page.isVisible('#salvage'), file === damaged);
