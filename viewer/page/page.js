@@ -212,6 +212,14 @@ function giveUp(file, error) {
   show(file);
 }
 
+/** After a failure to save: the notebook is read anew. @param {OpenFile} file @param {unknown} error */
+function recover(file, error) {
+  if (!(error instanceof QpsError)) throw error;
+  open(file);
+  show(file);
+  note(`It could not be saved: ${error.message}.`);
+}
+
 /** @param {number} column */
 function columnName(column) {
   const a = 'A'.charCodeAt(0);
@@ -332,7 +340,7 @@ function saveCsv() {
     save(`${withoutExtension(file.name)}-${safeName(sheets[file.sheet])}.csv`, 'text/csv',
          file.instance.callForChunks('csv', file.sheet));
   } catch (error) {
-    giveUp(file, error);
+    recover(file, error);
   }
 }
 
@@ -344,7 +352,7 @@ function saveHtml() {
     save(`${withoutExtension(file.name)}.html`, 'text/html',
          instance.withText(file.name, (at) => instance.callForChunks('html', at)));
   } catch (error) {
-    giveUp(file, error);
+    recover(file, error);
   }
 }
 
@@ -357,7 +365,7 @@ function saveXlsx() {
          'application/vnd.openxmlformats-officedocument.spreadsheetml.sheet', chunks);
     note(warning && `The workbook that was saved has ${warning}.`);
   } catch (error) {
-    giveUp(file, error);
+    recover(file, error);
   }
 }
 
