@@ -71,4 +71,4 @@ _qps() {
   done < <(compgen -f -- "$current")
 }
 
-complete -F _qps qps
+complete -F _qps qps qpsread
