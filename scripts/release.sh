@@ -54,7 +54,7 @@ debianPackages() {
     cd "$1/debian/tree"
     sed -i "s|^Maintainer: .*|Maintainer: $maintainer|" debian/control
     sed -i "0,/^ -- /s|^ -- .*>  | -- $maintainer  |" debian/changelog
-    DEB_BUILD_OPTIONS="nocheck parallel=$(nproc)" dpkg-buildpackage -us -uc -b
+    DEB_BUILD_PROFILES=nocheck DEB_BUILD_OPTIONS="nocheck parallel=$(nproc)" dpkg-buildpackage -us -uc -b
   ) > "$1/log/debian.txt" 2>&1 || die "dpkg-buildpackage failed: $1/log/debian.txt"
   find "$1/debian" -maxdepth 1 -name '*.deb' ! -name '*-dbgsym_*' -exec cp -t "$1/out" {} +
 }
@@ -104,7 +104,7 @@ make() {
 
 refuse
 need "${buildPackages[@]}" debhelper dh-python dpkg-dev g++-mingw-w64-x86-64-posix python3 python3-dev zip \
-  clang-19 lld-19 libc++-19-dev-wasm32 libc++abi-19-dev-wasm32 libclang-rt-19-dev-wasm32 wasi-libc
+  "${wasmPackages[@]}"
 command -v npm > /dev/null || need nodejs npm
 commit=$(git rev-parse HEAD)
 SOURCE_DATE_EPOCH=$(git show -s --format=%ct "$commit")
