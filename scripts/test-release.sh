@@ -33,10 +33,9 @@ check() {
   fi
 }
 
-# inSystem ROOT COMMAND: with an environment of its own.
+# inSystem NAME COMMAND...: until one fails.
 inSystem() {
-  chroot "$1" env -i HOME=/root LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive ${http_proxy:+http_proxy="$http_proxy"} \
-    PATH=/usr/sbin:/usr/bin:/sbin:/bin sh -ec "$2"
+  inside "$work/$1" "$work/downloads" "set -e; export LC_ALL=C.UTF-8; $2"
 }
 
 # system NAME [PACKAGES]: a fresh system with the release in /release and the example in /.
@@ -66,7 +65,7 @@ END
 }
 
 debianTool() {
-  system tool && inSystem "$work/tool" '
+  system tool && inSystem tool '
     apt-get -qq update && apt-get -qq -y --no-install-recommends install /release/libqpsreader1_* /release/qpsreader-tools_*
     qps --version
     test "$(qps csv --sheet Budget /budget.wb2 | sha256sum)" = "$(qpsread csv --sheet Budget /budget.wb3 | sha256sum)"
@@ -75,7 +74,7 @@ debianTool() {
 
 # In the same system: whichever comes first, both are there, and removing one leaves the other.
 besideOtherQps() {
-  inSystem "$work/tool" '
+  inSystem tool '
     apt-get -qq -y --no-install-recommends install qps
     dpkg -S /usr/bin/qps | grep "^qps:" && test ! -L /usr/bin/qps
     qpsread --version
@@ -86,7 +85,7 @@ besideOtherQps() {
 }
 
 debianPython() {
-  system python && inSystem "$work/python" '
+  system python && inSystem python '
     apt-get -qq update && apt-get -qq -y --no-install-recommends install /release/python3-qpsreader_*
     python3 -c "
 import qpsreader
@@ -98,7 +97,7 @@ for row in range(1, sheet.row_count + 1):
 debianLibrary() {
   system library g++,make,cmake,pkg-config,man-db || return
   cp -r tests/install "$work/library/check"
-  inSystem "$work/library" '
+  inSystem library '
     dpkg -i /release/libqpsreader1_* /release/libqpsreader-dev_*
     man -w QPSInitSheet SSItem qpsreader
     for way in package pkg-config; do
@@ -108,7 +107,7 @@ debianLibrary() {
 }
 
 sourceTree() {
-  system source g++,cmake,ninja-build,libcli11-dev,rapidjson-dev && inSystem "$work/source" '
+  system source g++,cmake,ninja-build,libcli11-dev,rapidjson-dev && inSystem source '
     tar -xf /release/*.tar.gz && cd qpsreader-*
     cmake --preset release -DQPSREADER_BUILD_TESTS=OFF && cmake --build --preset release
     cmake --install build/release --prefix /opt/qps && /opt/qps/bin/qps csv /budget.wb3'
