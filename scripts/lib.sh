@@ -129,3 +129,18 @@ inside() {
     exec chroot "$1" env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive \
       ${http_proxy:+http_proxy="$http_proxy"} sh -c "$3"' sh "$1" "$2" "$3"
 }
+
+# says WHAT LOG PATTERN COMMAND...: one more check in `passed` or `failed`: the command, in a process of
+# its own, ends well, and a line of its output matches.
+says() {
+  local what=$1 log=$2 pattern=$3 before=$SECONDS
+  shift 3
+  if ("$@") > "$log" 2>&1 && grep -qE -- "$pattern" "$log"; then
+    passed=$((passed + 1))
+    echo "ok      $what, $((SECONDS - before)) s"
+  else
+    failed=$((failed + 1))
+    echo "failed  $what ($log)"
+    tail -n 40 "$log" | sed 's/^/        /'
+  fi
+}

@@ -38,15 +38,7 @@ passed=0 failed=0
 
 # check NAME COMMAND LINE: the command ends well, and says this line.
 check() {
-  local log=$out/$1.txt before=$SECONDS
-  if inside "$root" "$out/packages" "cd /q && $2" > "$log" 2>&1 && grep -qE "$3" "$log"; then
-    passed=$((passed + 1))
-    echo "ok      $1, $((SECONDS - before)) s"
-  else
-    failed=$((failed + 1))
-    echo "failed  $1"
-    tail -n 40 "$log" | sed 's/^/        /'
-  fi
+  says "$1" "$out/$1.txt" "$3" inside "$root" "$out/packages" "cd /q && $2"
 }
 
 tool() {

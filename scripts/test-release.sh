@@ -17,20 +17,12 @@ command -v npm > /dev/null || need npm
 rm -rf "$work"
 mkdir -p "$work/downloads" "$work/log"
 export LC_ALL=C.UTF-8
-line='Groceries,05-Jan-24,$420.00 ,$467.35 ,(47.35) ,,over budget'
+line='^Groceries,05-Jan-24,\$420\.00 ,\$467\.35 ,\(47\.35\) ,,over budget$'
 passed=0 failed=0
 
-# check WHAT COMMAND [TEXT]: the command ends well and prints the example's line of groceries, or TEXT.
+# check WHAT COMMAND [LINE]: the command ends well and prints the example's line of groceries, or LINE.
 check() {
-  local what=$1 log=$work/log/$2.txt before=$SECONDS
-  if ("$2") > "$log" 2>&1 && grep -qF -- "${3:-$line}" "$log"; then
-    passed=$((passed + 1))
-    echo "ok      $what, $((SECONDS - before)) s"
-  else
-    failed=$((failed + 1))
-    echo "failed  $what ($log)"
-    tail -n 15 "$log" | sed 's/^/        /'
-  fi
+  says "$1" "$work/log/$2.txt" "${3:-$line}" "$2"
 }
 
 # inSystem NAME COMMAND...: until one fails.
@@ -121,7 +113,7 @@ windowsArchive() {
   for kind in wb2 wb3; do
     WINEPREFIX=$work/wine WINEDEBUG=-all /usr/lib/wine/wine64 bin/qps.exe csv examples/budget.$kind | tr -d '\r'
   done > "$work/log/wine-both.txt"
-  [ "$(grep -cF "$line" "$work/log/wine-both.txt")" = 2 ] && cat "$work/log/wine-both.txt"
+  [ "$(grep -cE "$line" "$work/log/wine-both.txt")" = 2 ] && cat "$work/log/wine-both.txt"
 }
 
 nodePackage() {
@@ -148,15 +140,15 @@ page() {
     node --test --test-reporter=tap tests/viewer/page.test.mjs
 }
 
-check "sums and bills of materials" sumsAndBills "each is whole"
+check "sums and bills of materials" sumsAndBills "^each is whole"
 check "Debian: the tool" debianTool
 check "Debian: beside the other qps" besideOtherQps
 check "Debian: Python" debianPython
-check "Debian: the library and its manual" debianLibrary '467.35'
+check "Debian: the library and its manual" debianLibrary '\$467\.35'
 check "the source" sourceTree
 check "Windows: the ZIP" windowsArchive
 check "Node: the package" nodePackage
-check "Chromium: the page" page "# fail 0"
+check "Chromium: the page" page "^# fail 0"
 rm -rf "$work"/{tool,python,library,source,downloads}
 echo "$passed passed, $failed failed, 0 skipped"
 [ $failed = 0 ]
