@@ -12,7 +12,7 @@ made=$PWD/build/releases/${1:?usage: test-release.sh VERSION}
 work=$PWD/build/test-release
 [ "$(id -u)" = 0 ] || die "a fresh system takes root"
 [ -d "$made" ] || die "there is no $made"
-need chromium debootstrap nodejs python3 unzip wine64
+need autopkgtest chromium debootstrap nodejs python3 unzip wine64
 command -v npm > /dev/null || need npm
 rm -rf "$work"
 mkdir -p "$work/downloads" "$work/log"
@@ -98,6 +98,12 @@ debianLibrary() {
     /work-package/bin/notebook /budget.wb3'
 }
 
+# The tests of debian/tests, by the program that Debian runs them with.
+debianTests() {
+  system tests && mkdir "$work/tree" && tar -xf "$made"/*.tar.gz --strip-components=1 -C "$work/tree" &&
+    autopkgtest --no-built-binaries "$made"/*.deb "$work/tree/" -- chroot "$work/tests"
+}
+
 sourceTree() {
   system source g++,cmake,ninja-build,libcli11-dev,rapidjson-dev && inSystem source '
     tar -xf /release/*.tar.gz && cd qpsreader-*
@@ -145,10 +151,11 @@ check "Debian: the tool" debianTool
 check "Debian: beside the other qps" besideOtherQps
 check "Debian: Python" debianPython
 check "Debian: the library and its manual" debianLibrary '\$467\.35'
+check "Debian: tests of what is installed" debianTests '^library +PASS'
 check "the source" sourceTree
 check "Windows: the ZIP" windowsArchive
 check "Node: the package" nodePackage
 check "Chromium: the page" page "^# fail 0"
-rm -rf "$work"/{tool,python,library,source,downloads}
+rm -rf "$work"/{tool,python,library,tests,source,downloads}
 echo "$passed passed, $failed failed, 0 skipped"
 [ $failed = 0 ]
