@@ -118,13 +118,6 @@ windows() {
 
 # The tests that need no process, with the objects of the viewer's module, in Node.
 wasm() {
-  need "${wasmPackages[@]}"
-  command -v node > /dev/null || need nodejs
-  preset "$1"
-}
-
-# The tests that need no process, with the objects of the viewer's module, in Node.
-wasm() {
   needWasm
   command -v node > /dev/null || need nodejs
   preset "$1"
