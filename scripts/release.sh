@@ -103,8 +103,8 @@ make() {
 }
 
 refuse
-need "${buildPackages[@]}" debhelper dh-python dpkg-dev g++-mingw-w64-x86-64-posix python3 python3-dev zip \
-  "${wasmPackages[@]}"
+need "${buildPackages[@]}" debhelper dh-python dpkg-dev g++-mingw-w64-x86-64-posix python3 python3-dev zip
+needWasm
 command -v npm > /dev/null || need nodejs npm
 commit=$(git rev-parse HEAD)
 SOURCE_DATE_EPOCH=$(git show -s --format=%ct "$commit")
