@@ -320,41 +320,6 @@ void checkStrictly(const Document& document, std::uint64_t undefinedBefore) {
 
 }  // namespace
 
-void Area::include(std::uint32_t column, std::uint32_t row) {
-  firstColumn = std::min(firstColumn, column);
-  lastColumn = std::max(lastColumn, column);
-  firstRow = std::min(firstRow, row);
-  lastRow = std::max(lastRow, row);
-}
-
-std::string Area::name() const {
-  if (empty()) return "";
-  const std::string first = cellAddress(firstColumn, firstRow);
-  const std::string last = cellAddress(lastColumn, lastRow);
-  return first == last ? first : first + ":" + last;
-}
-
-std::array<std::uint32_t, 257> SheetData::widths() const {
-  std::array<std::uint32_t, 257> widths;
-  widths.fill(info.defaultColumnWidth);
-  for (const Run& run : columnWidths)
-    for (std::size_t column = run.first; column <= run.last && column < widths.size(); ++column)
-      widths[column] = run.size;
-  return widths;
-}
-
-std::uint32_t SheetData::hiddenRows() const {
-  return static_cast<std::uint32_t>(std::count_if(
-      rowHeights.begin(), rowHeights.end(), [](const Run& height) { return height.size == 0; }));
-}
-
-std::uint32_t SheetData::hiddenColumns() const {
-  std::uint32_t count = 0;
-  for (const Run& run : columnWidths)
-    if (run.size == 0) count += run.last - run.first + 1;
-  return count;
-}
-
 Document readDocument(const std::string& file, OpenedFile& opened, const Command& command,
                       const Settings& settings, const Decoder& decoder, const TimeLimit& time,
                       Progress& progress) {
