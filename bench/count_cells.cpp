@@ -2,7 +2,7 @@
 //
 // qps_count_cells reader|floor DECK CELLS: reads the cells of a notebook of a deck once, for a
 // program that counts instructions. Everything to be counted is under measuredRun().
-// qps_count_cells decks: prints the names of the decks.
+// qps_count_cells file DECK CELLS: prints such a notebook.
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -15,19 +15,18 @@ using namespace qps::bench;
 extern "C" __attribute__((noinline)) std::size_t measuredRun(Subject& subject, bool floor) {
   if (!floor) return subject.items();
   return floorItems(subject.openedStream(), subject.offset(), TextBlocks::allocate,
-                    &subject.texts())
-      .cells;
+                    &subject.texts());
 }
 
 int main(int argc, char** argv) {
-  if (argc == 2 && std::string_view(argv[1]) == "decks") {
-    for (const std::string_view name : deckNames())
-      std::printf("%.*s\n", static_cast<int>(name.size()), name.data());
-    return 0;
-  }
   const auto deck = argc == 4 ? findDeck(argv[2]) : std::nullopt;
   if (!deck) return 2;
-  Subject subject(buildNotebook(*deck, std::strtoul(argv[3], nullptr, 10)).bytes());
+  const auto book = buildNotebook(*deck, std::strtoul(argv[3], nullptr, 10));
+  if (std::string_view(argv[1]) == "file") {
+    const bool written = std::fwrite(book.bytes().data(), book.bytes().size(), 1, stdout) == 1;
+    return written ? 0 : 1;
+  }
+  Subject subject(book.bytes());
   std::printf("%zu\n", measuredRun(subject, std::string_view(argv[1]) == "floor"));
   return 0;
 }

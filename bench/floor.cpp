@@ -211,17 +211,9 @@ std::size_t floorHeaders(SSStream* stream) {
   return records;
 }
 
-Totals floorWalk(SSStream* stream, std::uint32_t offset) {
-  Totals totals;
-  walkRecords(stream, offset, [&](unsigned type, const std::uint8_t*, std::size_t) {
-    totals.cells += isCellRecord(type) ? 1 : 0;
-    return type != test::rec::kSheetEnd;
-  });
-  return totals;
-}
-
-Totals floorItems(SSStream* stream, std::uint32_t offset, SSItemAlloc itemAlloc, void* context) {
-  Totals totals;
+std::size_t floorItems(SSStream* stream, std::uint32_t offset, SSItemAlloc itemAlloc,
+                       void* context) {
+  std::size_t cells = 0;
   walkRecords(stream, offset, [&](unsigned type, const std::uint8_t* body, std::size_t bytes) {
     if (!isCellRecord(type)) return type != test::rec::kSheetEnd;
     char area[kFloorTextBytes];
@@ -229,11 +221,10 @@ Totals floorItems(SSStream* stream, std::uint32_t offset, SSItemAlloc itemAlloc,
     auto* copy = static_cast<char*>(itemAlloc(context, nullptr, text.size() + 1, 0));
     if (copy == nullptr) return false;
     copy[text.copy(copy, text.size())] = '\0';
-    ++totals.cells;
-    totals.textBytes += text.size();
+    ++cells;
     return true;
   });
-  return totals;
+  return cells;
 }
 
 }  // namespace qps::bench

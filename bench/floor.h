@@ -16,14 +16,6 @@
 
 namespace qps::bench {
 
-// What a run saw; for the compiler, and to compare runs.
-struct Totals {
-  std::size_t cells = 0;
-  std::size_t textBytes = 0;
-
-  bool operator==(const Totals&) const = default;
-};
-
 // A value's text is at most this long in every family.
 inline constexpr std::size_t kFloorTextBytes = 64;
 
@@ -57,9 +49,9 @@ constexpr Family familyOf(const std::uint8_t* body) {
 // listing makes for a record. How many there are.
 std::size_t floorHeaders(SSStream* stream);
 
-// One worksheet, from its record 202 to its record 203.
-Totals floorWalk(SSStream* stream, std::uint32_t offset);
-Totals floorItems(SSStream* stream, std::uint32_t offset, SSItemAlloc itemAlloc, void* context);
+// The cells of one worksheet, from its record 202 to its record 203. How many there are.
+std::size_t floorItems(SSStream* stream, std::uint32_t offset, SSItemAlloc itemAlloc,
+                       void* context);
 
 }  // namespace qps::bench
 

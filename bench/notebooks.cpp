@@ -119,15 +119,6 @@ std::optional<Deck> findDeck(std::string_view name) {
   return std::nullopt;
 }
 
-std::vector<std::string_view> deckNames() {
-  std::vector<std::string_view> names;
-  for (const Mix& mix : kMixes)
-    names.push_back(mix.name);
-  for (const FamilyRow& row : kFamilies)
-    names.push_back(row.name);
-  return names;
-}
-
 NotebookBuilder buildNotebook(const Deck& deck, std::size_t cells, std::size_t sheets,
                               Order order) {
   Chance chance;

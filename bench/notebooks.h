@@ -74,7 +74,6 @@ inline constexpr FamilyRow kFamilies[] = {
 // dates, 5 % user formats), "numbers" (the numbers of that mix), "dates", "labels", "user".
 using Deck = std::vector<Family>;
 std::optional<Deck> findDeck(std::string_view name);
-std::vector<std::string_view> deckNames();
 
 // How the families follow one another: by chance, or each column has one, as sheets mostly are.
 enum class Order : std::uint8_t { kShuffled, kColumns };
