@@ -87,10 +87,7 @@ RecordWalk::Step RecordWalk::next() {
     if (stream_.seek(&stream_, rest, SSSeekFromCurrent) == 0) return Step::kOverrun;
     cursor_ = end_ = 0;
   }
-  if (!have(kHeaderBytes)) {
-    record_.bodyBytes = 0;
-    return Step::kCutShort;
-  }
+  if (!have(kHeaderBytes)) return Step::kCutShort;
   const unsigned char* const header = block_.data() + cursor_;
   record_ = {u16At(header), u16At(header + 2), nextOffset_};
   nextOffset_ += kHeaderBytes + record_.bodyBytes;

@@ -256,7 +256,7 @@ std::string Salvage::lostBytes() const {
     text += (i == 0 ? "" : ", ") + std::to_string(lost[i].begin) + " to " +
             std::to_string(lost[i].end - 1);
   if (lost.size() > kMostNamed)
-    text += " and " + std::to_string(lost.size() - kMostNamed) + " more stretches";
+    text += " and " + std::to_string(lost.size() - kMostNamed) + " more";
   return text + " are lost";
 }
 

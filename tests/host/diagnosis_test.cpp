@@ -10,8 +10,12 @@
 #include <vector>
 
 #include <qpsreader/host/notebook.hpp>
+#include "host/heap_pool.hpp"
+#include "host/host_services.hpp"
+#include "host/record_source.hpp"
 #include "tests/support/compound_writer.h"
 #include "tests/support/notebook_builder.h"
+#include "tests/support/recording_host.h"
 
 namespace qps::test {
 namespace {
@@ -50,11 +54,14 @@ TEST(Diagnosis, SaysWhyAFileIsNoNotebookToRead) {
       {"wk1", bytesOf("\x00\x00\x02\x00\x06\x04\x06\x00\x00\x00"sv), Reason::kNotANotebook,
        "1-2-3"},
       {"wk3", bytesOf("\x00\x00\x1A\x00\x00\x10\x04\x00"sv), Reason::kNotANotebook, "1-2-3"},
+      {"another version", bytesOf("\x00\x00\x02\x00\x02\x11"sv), Reason::kNotANotebook, "notebook"},
       {"xls before containers", bytesOf("\x09\x04\x06\x00\x00\x00"sv), Reason::kNotANotebook,
        "Excel"},
       {"xlsx", bytesOf("PK\x03\x04 and so on"sv), Reason::kNotANotebook, "ZIP"},
       {"pdf", bytesOf("%PDF-1.4"), Reason::kNotANotebook, "PDF"},
       {"html", bytesOf("\xEF\xBB\xBF \n<!DocType HTML><p>"), Reason::kNotANotebook, "HTML"},
+      {"html right behind a mark of UTF-8", bytesOf("\xEF\xBB\xBF<html>"), Reason::kNotANotebook,
+       "HTML"},
       {"html without doctype", bytesOf("<HTML>"), Reason::kNotANotebook, "HTML"},
       {"no html", bytesOf("<htm"), Reason::kNotANotebook, "notebook"},
       {"qpw", compound({{"NativeContent_MAIN", Bytes(9)}}), Reason::kNotANotebook, "9 or later"},
@@ -87,9 +94,27 @@ TEST(Diagnosis, SaysWhyAFileIsNoNotebookToRead) {
   }
 }
 
+// The library opens the file, which the recorded one allows nobody twice.
+TEST(Diagnosis, LeavesTheFileToTheLibrary) {
+  RecordingHost host(compound({{"NOVELL_MAIN", oneCell().end().bytes()}}));
+  HeapPool heap;
+  HostServices services(heap);
+  {
+    const RecordSource source(*host.stream(), services);
+    EXPECT_EQ(source.status(), RecordSource::Status::kOpen);
+  }
+  EXPECT_EQ(host.state(), "clean");
+}
+
 TEST(Diagnosis, ReadsTheFactsOfANotebook) {
   NotebookBuilder builder;
-  builder.header(0x1001).refusal(0).font(10, 0, "Arial").font(12, 1, "Arial").style().style();
+  builder.header(0x1001)
+      .record(rec::kRefusal)
+      .refusal(0)
+      .font(10, 0, "Arial")
+      .font(12, 1, "Arial")
+      .style()
+      .style();
   builder.style().namedStyle(1, 1, "Normal").userFormat(1, "N0").header(0x1234);
   builder.sheetStart().font(9, 0, "late").table(1, 1).sheetEnd().end();
   const Bytes plain = builder.bytes();
@@ -169,8 +194,9 @@ TEST(Diagnosis, TellsWhichWorksheetIsDamaged) {
 // worksheets; the third is cut.
 TEST(Diagnosis, SalvagesWorksheetsBehindDamage) {
   NotebookBuilder builder;
-  builder.header().font(10, 0, "Arial").sheetStart().table(1, 99);
-  for (unsigned row = 0; row < 99; ++row)
+  constexpr unsigned kRows = 4000;  // more than is read at once
+  builder.header().font(10, 0, "Arial").sheetStart().table(1, kRows);
+  for (unsigned row = 0; row < kRows; ++row)
     builder.label({.row = row}, "some label or other");
   builder.sheetEnd();
   const std::size_t second = builder.bytes().size();
@@ -201,10 +227,34 @@ TEST(Diagnosis, SalvagesWorksheetsBehindDamage) {
                                          : "before the cut");
     }
   }
-  const Bytes whole = everyRecordNotebook().bytes();
-  const auto undamaged = Notebook::open(std::span(whole), {.salvage = true});
-  ASSERT_TRUE(undamaged);
-  EXPECT_FALSE(undamaged->damage());
+}
+
+TEST(Diagnosis, SalvageNamesWhatIsLost) {
+  constexpr unsigned kHighestType = 2047;
+  // A worksheet whose second record is not as long as one of its type.
+  const auto withBroken = [](unsigned sheets) {
+    NotebookBuilder builder;
+    builder.header().font(10, 0, "Arial").record(kHighestType);
+    for (unsigned sheet = 0; sheet < sheets; ++sheet)
+      builder.sheetStart(sheet).table(1, 1).record(rec::kInteger, Body().u8(7)).sheetEnd();
+    return builder.sheetStart(sheets).table(1, 1).label({}, "x").sheetEnd().end().bytes();
+  };
+  const struct {
+    Bytes bytes;
+    const char* ending;  // of the message; "" for no damage
+  } rows[] = {{everyRecordNotebook().bytes(), ""},
+              {withBroken(0), ""},
+              {withBroken(1), "; bytes 40 to 48 are lost"},
+              {withBroken(10), " are lost"},
+              {withBroken(11), " and 1 more are lost"}};
+  for (const auto& row : rows) {
+    const auto notebook = Notebook::open(std::span(row.bytes), {.salvage = true});
+    ASSERT_TRUE(notebook);
+    const std::string message = notebook->damage() ? notebook->damage()->message : "";
+    EXPECT_TRUE(message.ends_with(row.ending)) << message;
+    EXPECT_EQ(message.empty(), *row.ending == '\0') << message;
+    EXPECT_EQ(message.find(" 0 more"), std::string::npos) << message;
+  }
 }
 
 // Hostile bytes cost no more than others: many worksheets whose records all lead far.

@@ -177,7 +177,8 @@ TEST(Notebook, RangesOutliveItAndAdvanceInTurn) {
   for (const Sheet& sheet : notebook->sheets())
     ranges.push_back(notebook->items(sheet, arena));
   ItemRange left = notebook->items(notebook->sheets()[0]);
-  EXPECT_NE(left.begin(), left.end());  // and left there
+  EXPECT_NE(left.begin(), left.end());
+  EXPECT_TRUE(left.begin()->sheetInfo()) << "begin() goes on where it was left";
   notebook.reset();
 
   std::vector<std::string_view> texts[2];

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #include <qpsreader/ole_interface.h>
@@ -75,6 +77,34 @@ TEST(HostServices, LoadsALibraryOnce) {
   EXPECT_EQ(services.loadLibrary(&services, "no-such-library.dll", &none), 0);
   EXPECT_EQ(none, nullptr);
 }
+
+#if defined(__linux__)
+bool isLoaded(const fs::path& library) {
+  std::ifstream maps("/proc/self/maps");
+  const std::string all{std::istreambuf_iterator<char>(maps), {}};
+  return all.find(library.string()) != std::string::npos;
+}
+
+// Until its end, so that many notebooks load it once; of two, only the first.
+TEST(HostServices, KeepsOneLibrary) {
+  const TemporaryFolder folder;
+  const fs::path paths[] = {folder.path() / "first.dll", folder.path() / "second.dll"};
+  HeapPool heap;
+  {
+    HostServices services(heap, folder.path());
+    for (const fs::path& path : paths) {
+      fs::copy_file(builtLibrary(), path);
+      void* library = nullptr;
+      ASSERT_NE(services.loadLibrary(&services, path.filename().string().c_str(), &library), 0);
+      EXPECT_TRUE(isLoaded(path));
+      services.freeLibrary(&services, library);
+    }
+    EXPECT_TRUE(isLoaded(paths[0]));
+    EXPECT_FALSE(isLoaded(paths[1]));
+  }
+  EXPECT_FALSE(isLoaded(paths[0]));
+}
+#endif
 
 TEST(HostServices, ConvertsAsciiLettersAlone) {
   HeapPool heap;
