@@ -1,11 +1,15 @@
 # SPDX-License-Identifier: MIT
 # What each command prints: the real program, on notebooks made for the case.
 import csv
+import glob
 import io
 import itertools
 import json
 import os
+import pathlib
 import re
+import shutil
+import subprocess
 import unittest
 
 from notebooks import (EXAMPLE, SOURCE, ToolTest, blank, font, formula, integer, label, notebook,
@@ -229,6 +233,29 @@ class Commands(ToolTest):
                 continue  # the system's converters are missing
             self.assertEqual((result.returncode, result.stdout.decode()), (0, expected), encoding)
             self.assertEqual(result.stderr.decode().count(f"warning: {undefined} byte"), min(undefined, 1))
+
+    @unittest.skipUnless(shutil.which("iconv"), "there is no list of the system's encodings")
+    def test_no_encoding_of_the_system_makes_json_invalid(self):
+        """Some of its converters write beyond the last character, and one ends with its input unread."""
+        listed = subprocess.run(["iconv", "-l"], capture_output=True, text=True, check=True).stdout
+        modules = glob.glob("/usr/lib/*/gconv/gconv-modules") + glob.glob("/usr/lib/*/gconv/*/*.conf")
+        aliases = {name for module in modules
+                   for name in re.findall(r"^alias\s+(\S+)//", pathlib.Path(module).read_text(), re.MULTILINE)}
+        texts = [b"\xed\xa0\x80", b"\xc1\x80", b"\xf4\x90\x80\x80", b"\xf7\x81\xa3\x96P", b"\xf8\xac\x90\xa2\x8c"]
+        texts += [bytes([byte]) for byte in range(1, 256)] + [bytes(range(begin, 256)) for begin in range(1, 256, 9)]
+        texts += [bytes(pair) for pair in itertools.product(range(0x81, 256, 9), range(0x21, 256, 7))]
+        path = self.file(notebook(sheet(*[label(i % 256, i // 256, text) for i, text in enumerate(texts)])))
+        known = 0
+        for name in {word.rstrip("/") for word in listed.split()} - aliases:
+            result = run("json", "--quiet", "--no-style", "--encoding", name, path)
+            self.assertIn(result.returncode, (0, 2), (name, result.stderr))
+            try:
+                lines = result.stdout.decode().splitlines()
+            except UnicodeDecodeError as error:
+                self.fail(f"{name}: {error}: {error.object[error.start - 40:error.end + 40]}")
+            self.assertIn(len(lines), (0, len(texts) + 1), name)
+            known += len(lines) > 0
+        self.assertGreater(known, 3)
 
     def test_json_holds_no_byte_that_a_terminal_would_obey(self):
         out = self.output(CONTROLS, "json", "--encoding", "latin1")
