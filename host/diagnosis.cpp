@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "host/record_source.hpp"
+#include "host/salvage.hpp"
 
 namespace qps {
 namespace {
@@ -194,18 +195,24 @@ Error protectedError() {
   return {Reason::kProtected, "protected by a password"};
 }
 
-std::optional<Error> damageIn(RecordSource& source) {
+std::optional<Error> damageIn(RecordSource& source, std::optional<Error>* suspicion = nullptr) {
   RecordWalk walk(source.records(), 0);
-  std::optional<std::uint64_t> openSheet;
+  std::uint64_t sheetStart = 0;
+  bool inSheet = false;
   while (true) {
     const RecordWalk::Step step = walk.next();
-    if (step == RecordWalk::Step::kEnd && openSheet) return noSheetEnd(*openSheet);
+    if (step == RecordWalk::Step::kEnd && inSheet) return noSheetEnd(sheetStart);
     if (step != RecordWalk::Step::kRecord) return damageAt(step, walk);
     const RecordHeader& record = walk.record();
-    if (record.type == kWorksheetEnd) openSheet.reset();
+    const bool strayEnd = record.type == kWorksheetEnd && !inSheet;
+    if (suspicion != nullptr && !*suspicion && (strayEnd || !isPlausible(record)))
+      *suspicion = damaged("the record at byte " + std::to_string(record.offset) +
+                           " is none of a notebook's");
+    if (record.type == kWorksheetEnd) inSheet = false;
     if (record.type != kWorksheet) continue;
-    if (openSheet) return noSheetEnd(*openSheet);
-    openSheet = record.offset;
+    if (inSheet) return noSheetEnd(sheetStart);
+    inSheet = true;
+    sheetStart = record.offset;
   }
 }
 
@@ -257,10 +264,11 @@ Expected<NotebookFacts> readFacts(SSStream& file, HostServices& services) {
   return definitions.facts;
 }
 
-std::optional<Error> findDamage(SSStream& file, HostServices& services) {
+std::optional<Error> findDamage(SSStream& file, HostServices& services,
+                                std::optional<Error>* suspicion) {
   RecordSource source(file, services);
   if (source.status() != RecordSource::Status::kOpen) return sourceError(source);
-  return damageIn(source);
+  return damageIn(source, suspicion);
 }
 
 std::optional<Error> findSheetDamage(SSStream& file, HostServices& services,

@@ -28,8 +28,10 @@ Error diagnoseListing(SSStream& file, HostServices& services);
 // Reads what stands before the first worksheet. Fails with kProtected for a protected notebook.
 Expected<NotebookFacts> readFacts(SSStream& file, HostServices& services);
 
-// Whether the records cannot be followed to the end record, or a worksheet lacks its own.
-std::optional<Error> findDamage(SSStream& file, HostServices& services);
+// Whether the records cannot be followed to the end record, or a worksheet lacks its own. The first
+// record up to there that no notebook has goes to `suspicion`, unless that is null.
+std::optional<Error> findDamage(SSStream& file, HostServices& services,
+                                std::optional<Error>* suspicion = nullptr);
 
 // The same for one worksheet: whether its end record is reached from its start.
 std::optional<Error> findSheetDamage(SSStream& file, HostServices& services,

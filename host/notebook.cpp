@@ -115,6 +115,7 @@ struct NotebookState {
   std::span<Sheet> sheets;               // a pool block
   NotebookFacts facts;
   std::optional<std::optional<Error>> damage;  // known once somebody asked
+  std::optional<Error> suspicion;              // at the same time
 };
 
 // Lists the worksheets and reads the facts, once the bytes are there.
@@ -191,7 +192,7 @@ bool NotebookState::keepSheets(const SSWorkSheetList& list) {
 }
 
 const std::optional<Error>& NotebookState::findDamageOnce() {
-  if (!damage) damage = findDamage(stream->table(), services);
+  if (!damage) damage = findDamage(stream->table(), services, &suspicion);
   return *damage;
 }
 
@@ -383,6 +384,11 @@ const NotebookFacts& Notebook::facts() const& {
 std::optional<Error> Notebook::damage() const {
   if (!state_) return std::nullopt;
   return state_->findDamageOnce();
+}
+
+std::optional<Error> Notebook::suspicion() const {
+  if (!state_ || state_->findDamageOnce()) return std::nullopt;
+  return state_->suspicion;
 }
 
 std::size_t Notebook::memoryInUse() const {

@@ -17,6 +17,8 @@ enum RecordType : std::uint16_t {
   kVersion = 0,
   kEnd = 1,
   kFirstCell = 12,
+  kInteger = 13,
+  kNumber = 14,
   kLabel = 15,
   kLastCell = 16,
   kString = 51,
@@ -26,25 +28,25 @@ enum RecordType : std::uint16_t {
 };
 
 // The lengths that bodies of a type have. Those of other types have any, up to kHighestType.
-struct LengthRow {
-  std::uint16_t type, least, most;
-};
 constexpr std::uint16_t kHighestType = 2047;
-constexpr LengthRow kLengths[] = {
-    {kVersion, 2, 64},   {kEnd, 0, 0},           {12, 6, 16},
-    {13, 8, 16},         {14, 14, 32},           {15, 6, 5120},
-    {16, 14, 5120},      {kString, 6, 5120},     {kDimensions, 0, 5120},
-    {kWorksheet, 1, 16}, {kWorksheetEnd, 0, 16},
+struct Lengths {
+  std::uint16_t least = 0, most = 0xFFFF;
 };
-
-bool isPlausible(const RecordHeader& record) {
-  if (record.type > kHighestType) return false;
-  if (record.type == kVersion && record.offset != 0) return false;
+struct LengthRow {
+  RecordType type;
+  Lengths lengths;
+};
+constexpr LengthRow kLengths[] = {
+    {kVersion, {2, 64}},      {kEnd, {0, 0}},        {kFirstCell, {6, 16}},    {kInteger, {8, 16}},
+    {kNumber, {14, 32}},      {kLabel, {6, 5120}},   {kLastCell, {14, 5120}},  {kString, {6, 5120}},
+    {kDimensions, {0, 5120}}, {kWorksheet, {1, 16}}, {kWorksheetEnd, {0, 16}},
+};
+constexpr auto kLengthOf = [] {
+  std::array<Lengths, 256> all{};
   for (const LengthRow& row : kLengths)
-    if (row.type == record.type)
-      return record.bodyBytes >= row.least && record.bodyBytes <= row.most;
-  return true;
-}
+    all[row.type] = row.lengths;
+  return all;
+}();
 
 bool isCell(std::uint16_t type) {
   return (type >= kFirstCell && type <= kLastCell) || type == kString;
@@ -195,7 +197,9 @@ Salvage Salvager::run() {
     const bool ends = record && record->type == kEnd;
     if (ends && !inSheet_) break;
     const bool tooMany = record && record->type == kWorksheet && inSheet_ && !mayGoOn();
-    if (!record || ends || tooMany || isTornLabel(*record))
+    const bool isStray =
+        record && !inSheet_ && (isCell(record->type) || record->type == kWorksheetEnd);
+    if (!record || ends || tooMany || isStray || isTornLabel(*record))
       resumeAfterDamage();
     else
       take(*record);
@@ -260,6 +264,13 @@ std::string Salvage::lostBytes() const {
   return text + " are lost";
 }
 
+bool isPlausible(const RecordHeader& record) {
+  if (record.type >= kLengthOf.size()) return record.type <= kHighestType;
+  if (record.type == kVersion && record.offset != 0) return false;
+  const Lengths& known = kLengthOf[record.type];
+  return record.bodyBytes >= known.least && record.bodyBytes <= known.most;
+}
+
 bool isWholeNotebook(SSStream& records) {
   RecordWalk walk(records, 0);
   bool inSheet = false;
@@ -268,9 +279,9 @@ bool isWholeNotebook(SSStream& records) {
     const RecordHeader& record = walk.record();
     if (step == RecordWalk::Step::kEnd) return isPlausible(record) && !inSheet;
     if (step != RecordWalk::Step::kRecord || !isPlausible(record)) return false;
-    if (record.type == kWorksheet && inSheet) return false;
-    if (record.type == kWorksheet) inSheet = true;
-    if (record.type == kWorksheetEnd) inSheet = false;
+    if (record.type != kWorksheet && record.type != kWorksheetEnd) continue;
+    if ((record.type == kWorksheet) == inSheet) return false;  // the other one is missing
+    inSheet = !inSheet;
   }
 }
 

@@ -52,6 +52,9 @@ struct Salvage {
   std::string lostBytes() const;
 };
 
+// Whether a notebook can have a record of this type and length, as far as that is known.
+bool isPlausible(const RecordHeader& record);
+
 // Whether each record can be one of a notebook, up to the end record. One walk over the headers;
 // the stream stands at the first.
 bool isWholeNotebook(SSStream& records);

@@ -302,6 +302,7 @@ void failOn(const std::string& message) {
 
 // With --strict, what would only have been a warning.
 void checkStrictly(const Document& document, std::uint64_t undefinedBefore) {
+  failOn(suspicionMessage(document));
   std::string scratch;
   for (const SheetData& sheet : document.sheets) {
     failOn(repeatedCellsMessage(sheet));
@@ -346,6 +347,11 @@ Document readDocument(const std::string& file, OpenedFile& opened, const Command
   time.check();
   if (settings.strict) checkStrictly(document, undefinedBefore);
   return document;
+}
+
+std::string suspicionMessage(const Document& document) {
+  const auto suspicion = document.notebook.suspicion();
+  return suspicion ? "it may be damaged: " + suspicion->message : "";
 }
 
 std::string undefinedBytesMessage(const Document& document, std::uint64_t undefinedBytes) {

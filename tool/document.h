@@ -90,6 +90,7 @@ Document readDocument(const std::string& file, OpenedFile& opened, const Command
 // What --strict takes for a failure, and what is a warning otherwise; "" when there is none.
 std::string undefinedBytesMessage(const Document& document, std::uint64_t undefinedBytes);
 std::string repeatedCellsMessage(const SheetData& sheet);
+std::string suspicionMessage(const Document& document);
 
 // The same, with the reason in this program's terms.
 Failure failureOf(const Error& error);

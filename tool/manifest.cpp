@@ -163,6 +163,7 @@ std::string lineOf(const char* command, const ManifestEntry& entry, const Conten
   object.add("outcome", outcomeOf(entry));
   object.add("status", static_cast<std::uint64_t>(entry.status));
   object.addOrNull("message", validUtf8(entry.message).c_str());
+  object.add("warnings", entry.warnings);
   object.add("size", content.size);
   object.addOrNull("sha256", content.sha256.c_str());
   object.addOrNull("kind", entry.facts ? fileKindName(entry.facts->kind) : nullptr);

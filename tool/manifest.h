@@ -25,6 +25,7 @@ struct ManifestEntry {
   Status status = Status::kOk;
   bool skipped = false;
   std::string message;  // of a failure
+  std::vector<std::string> warnings;
   std::optional<NotebookFacts> facts;
   std::optional<std::uint64_t> worksheets;
   std::uint64_t cells = 0;           // with a text, in these worksheets

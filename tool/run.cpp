@@ -294,14 +294,16 @@ void FileLoop::writeFile(const Document& document, std::span<const SheetData> sh
 }
 
 void FileLoop::warn(const Document& document, std::uint64_t undefinedBytes) {
-  if (settings_.quiet) return;
   const auto warnOf = [&](const std::string& message, const char* consequence) {
-    if (!message.empty()) say(document.name, "warning: " + message + "; " + consequence);
+    if (message.empty()) return;
+    entry_.warnings.push_back(message + consequence);
+    if (!settings_.quiet) say(document.name, "warning: " + entry_.warnings.back());
   };
-  warnOf(undefinedBytesMessage(document, undefinedBytes), "such bytes show as U+FFFD");
+  warnOf(suspicionMessage(document), "; --salvage leaves it out and goes on behind it");
+  warnOf(undefinedBytesMessage(document, undefinedBytes), "; such bytes show as U+FFFD");
   for (const SheetData& sheet : document.sheets)
-    warnOf(repeatedCellsMessage(sheet), "the last of each is shown");
-  if (!lost_.empty()) say(document.name, "warning: " + lost_);
+    warnOf(repeatedCellsMessage(sheet), "; the last of each is shown");
+  warnOf(lost_, "");
 }
 
 void FileLoop::say(const std::string& file, std::string_view text) {

@@ -257,6 +257,43 @@ TEST(Diagnosis, SalvageNamesWhatIsLost) {
   }
 }
 
+// A record of bytes that miss before it may hide whole worksheets, and end where another begins.
+TEST(Diagnosis, SuspectsRecordsThatNoNotebookHas) {
+  const auto start = [] {
+    NotebookBuilder builder;
+    builder.header().font(10, 0, "Arial").sheetStart().table(1, 1).label({}, "x");
+    return builder;
+  };
+  const std::size_t place = start().bytes().size();
+  const struct {
+    Bytes bytes;
+    std::optional<std::size_t> suspected;
+  } rows[] = {
+      {start().sheetEnd().end().bytes(), {}},
+      {everyRecordNotebook().bytes(), {}},
+      {start().rawHeader(0xF000, 0).sheetEnd().end().bytes(), place},
+      {start().rawHeader(rec::kLabel, 2).raw(Bytes(2)).sheetEnd().end().bytes(), place},
+      {start().sheetEnd().sheetEnd().end().bytes(), place + 4},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    const auto notebook = Notebook::open(std::span(row.bytes));
+    ASSERT_TRUE(notebook);
+    EXPECT_FALSE(notebook->damage());
+    const auto suspicion = notebook->suspicion();
+    ASSERT_EQ(suspicion.has_value(), row.suspected.has_value());
+    if (suspicion) {
+      EXPECT_NE(suspicion->message.find("byte " + std::to_string(*row.suspected) + " "),
+                std::string::npos)
+          << suspicion->message;
+    }
+    const auto salvaged = Notebook::open(std::span(row.bytes), {.salvage = true});
+    ASSERT_TRUE(salvaged);
+    EXPECT_EQ(salvaged->damage().has_value(), row.suspected.has_value());
+    EXPECT_FALSE(salvaged->suspicion());
+  }
+}
+
 // Hostile bytes cost no more than others: many worksheets whose records all lead far.
 TEST(Diagnosis, SalvageIsBounded) {
   NotebookBuilder builder;

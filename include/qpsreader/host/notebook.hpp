@@ -203,6 +203,13 @@ class Notebook {
   // records, once: about a twentieth of the cost of reading the cells.
   std::optional<Error> damage() const;
 
+  // What makes it likely that a notebook without such damage is damaged all the same: the first
+  // record whose type or length no notebook is known to have, or that ends a worksheet where none
+  // is open. Missing bytes make such records, which may hide whole rows and even worksheets behind
+  // them; OpenOptions::salvage takes them for damage. None where there is no such record. Notebooks
+  // have no checksums: bytes that miss so that the records line up again cannot be noticed.
+  std::optional<Error> suspicion() const;
+
   // What the notebook, its ranges and its arenas hold at the moment, in bytes.
   std::size_t memoryInUse() const;
 
