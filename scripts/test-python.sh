@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# test-python.sh: the Python package under pytest, from the build tree, and once more as pip
-# installs it. Without npm's DuckDB two tests are skipped. With
+# test-python.sh: the Python package under pytest, from the build tree, under mypy, and once more as
+# pip installs it. Without npm's DuckDB two tests are skipped. With
 # QPS_NOTEBOOKS=FOLDER the notebooks there are read too, and compared with what the tool says.
 # shellcheck source=scripts/lib.sh
 . "$(dirname "$0")/lib.sh"
 
-need "${buildPackages[@]}" python3-dev python3-distributed python3-pandas python3-pip \
+need "${buildPackages[@]}" mypy python3-dev python3-distributed python3-pandas python3-pip \
   python3-pytest python3-venv
 command -v npm > /dev/null || need npm
 python=/usr/bin/python3
@@ -21,6 +21,11 @@ pipInstalls() {
       $'Budget\t10 rows\t7 columns\t47 cells\nCar\t5 rows\t5 columns\t21 cells' ]
 }
 
+typesHold() {
+  MYPYPATH=build/python/python mypy --strict --cache-dir build/mypy -p qpsreader &&
+    MYPYPATH=build/python/python mypy --strict --cache-dir build/mypy tests/python/typed.py
+}
+
 buildPreset python qps qps_python_files
 quietly python-npm npm ci --prefix tests/python --no-audit --no-fund --ignore-scripts || true
 
@@ -33,6 +38,8 @@ countOf() {
 sed -n 's/^SKIPPED \[[0-9]*\] [^ ]*: /skipped: /p' "$log"
 passed=$(countOf passed) failed=$(countOf '(failed|errors?)') skipped=$(countOf skipped)
 [ $((passed + failed)) -gt 0 ] || failed=1
-if quietly python-pip pipInstalls; then passed=$((passed + 1)); else failed=$((failed + 1)); fi
+for check in typesHold pipInstalls; do
+  if quietly "python-$check" $check; then passed=$((passed + 1)); else failed=$((failed + 1)); fi
+done
 echo "$passed passed, $failed failed, $skipped skipped"
 [ "$failed" = 0 ]

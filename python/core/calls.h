@@ -18,19 +18,21 @@
 namespace qps::python {
 
 // Sets the exception of the package that stands for the error's reason; "NAME: message".
-void raise(const Error& error, const std::string& name);
+void raise(const Error& error, const char* name) noexcept;
+// The same where an allocation failed.
+void raiseNoMemory(const char* name) noexcept;
 
 // What `work` returns, or null with Python's error set where it throws. `name` is the notebook's,
 // for messages.
 template <class Work>
-PyObject* guarded(const std::string& name, Work&& work) {
+PyObject* guarded(const char* name, Work&& work) {
   try {
     return std::forward<Work>(work)();
   } catch (const PythonError&) {
   } catch (const ReadFailure& failure) {
     raise(failure.error, name);
   } catch (const std::bad_alloc&) {
-    raise(memoryLimitError(), name);
+    raiseNoMemory(name);
   }
   return nullptr;
 }

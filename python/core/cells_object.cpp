@@ -30,7 +30,7 @@ struct Buffer {
   Py_ssize_t count = 0;
 };
 
-const std::string kNoName = "cells";  // for messages, where the notebook's is not known
+constexpr const char* kNoName = "cells";  // for messages, where the notebook's is not known
 
 PyObject* bufferType = nullptr;
 PyObject* cellsType = nullptr;

@@ -43,7 +43,7 @@ template <class Work, class Make>
 PyObject* call(PyObject* self, Work&& work, Make&& make) {
   OpenNotebook& open = *valueOf<Handle>(self);
   try {
-    return guarded(open.name, [&]() -> PyObject* {
+    return guarded(open.name.c_str(), [&]() -> PyObject* {
       auto result = [&] {
         const GilReleased noGil;
         const std::lock_guard lock(open.mutex);

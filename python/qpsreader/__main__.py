@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """python -m qpsreader FILE...: a line for each worksheet: its name, rows, columns and cells."""
 import argparse
+import os
 import sys
 import warnings
 from typing import Any
@@ -36,8 +37,15 @@ def main() -> int:
         except (qpsreader.NotebookError, LookupError, ValueError) as error:
             print(f"qpsreader: {error}", file=sys.stderr)
             status = 1
+    print(end="", flush=True)
     return status
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    try:
+        sys.exit(main())
+    except OSError as failure:  # of the output: the files' own have become messages
+        if not isinstance(failure, BrokenPipeError):
+            print(f"qpsreader: standard output: {failure.strerror}", file=sys.stderr)
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())  # Python flushes once more
+        sys.exit(1)

@@ -63,6 +63,13 @@ class Info(NamedTuple):
 class Source:
     """What a notebook and its sheets share, so that they need not hold each other."""
 
+    name: str
+    encoding: str
+    memory_limit: int
+    salvage: bool
+    core: _core.Notebook
+    damage: Optional[str]
+
     def __init__(self, source: PathOrBytes, encoding: str, memory_limit: int, salvage: bool,
                  time_limit: float):
         if not 0 <= memory_limit <= sys.maxsize:

@@ -1,7 +1,11 @@
 # SPDX-License-Identifier: MIT
 """From the columns of cells to the columns of a table."""
+from typing import Any, Callable, Optional
+
 import numpy as np
-import pandas as pd
+import pandas as pd  # type: ignore[import]
+
+from . import _core
 
 _NUMBER, _TEXT, _DATE, _DATETIME = 1, 2, 4, 6
 _NUMBERS = np.array([True, True, False, True, False, False, False])  # blank, number and error
@@ -9,7 +13,8 @@ _DAYS = np.array([True, False, False, True, True, False, True])  # blank, error,
 _FIRST_DAY, _LAST_DAY = (day.value // 1000 for day in (pd.Timestamp.min, pd.Timestamp.max))
 
 
-def frame(cells, names, header, moment):
+def frame(cells: _core.Cells, names: list[str], header: int,
+          moment: Callable[[int, int], Any]) -> pd.DataFrame:
     """`header` rows are left out at the top; `moment` makes a date or time of a kind and its
     microseconds."""
     rows = np.frombuffer(cells.row, np.uint32)
@@ -28,23 +33,23 @@ def frame(cells, names, header, moment):
     return pd.DataFrame(table, index=index, columns=names, copy=False)
 
 
-def _by_column(columns):
+def _by_column(columns: Any) -> Any:
     if np.all(columns[1:] >= columns[:-1]):
         return np.arange(len(columns))
     return np.argsort(columns, kind="stable")
 
 
 class _Maker:
-    def __init__(self, cells, height, moment):
+    def __init__(self, cells: _core.Cells, height: int, moment: Callable[[int, int], Any]):
         self.height = height
         self._cells = cells
         self._moment = moment
         self._kinds = np.frombuffer(cells.kind, np.uint8)
         self._numbers = np.frombuffer(cells.number, np.float64)
         self._when = np.frombuffer(cells.when, np.int64)
-        self._strings = None
+        self._strings: Optional[Any] = None
 
-    def column(self, chosen, places):
+    def column(self, chosen: Any, places: Any) -> Any:
         """Of several cells in one place the last one stays: numpy assigns in order."""
         kinds = self._kinds[chosen]
         seen = np.bincount(kinds, minlength=7) > 0
@@ -58,7 +63,7 @@ class _Maker:
                 return days
         return self._objects(chosen, places, kinds)
 
-    def _days(self, chosen, places, present):
+    def _days(self, chosen: Any, places: Any, present: Any) -> Any:
         """None where a date lies beyond what pandas holds (1677 to 2262)."""
         when = self._when[chosen]
         if ((when < _FIRST_DAY) | (when > _LAST_DAY)).any():
@@ -68,7 +73,7 @@ class _Maker:
                                   np.datetime64("NaT"))
         return values
 
-    def _objects(self, chosen, places, kinds):
+    def _objects(self, chosen: Any, places: Any, kinds: Any) -> Any:
         values = np.full(self.height, None, object)
         found = np.full(len(chosen), None, object)
         is_number, is_text = kinds == _NUMBER, kinds == _TEXT

@@ -13,7 +13,7 @@ from ._sizes import Hidden, Sizes
 from ._style import Format, Style, look_of
 
 if TYPE_CHECKING:
-    import pandas
+    import pandas  # type: ignore[import]
 
     from ._notebook import Source
 
