@@ -20,7 +20,7 @@ steps=(
   "threads      threads"
   "format       format"
   "includes     includes"
-  "tidy         tidy    clang-14 clang-tidy-14"
+  "tidy         tidy    clang-14 clang-tidy-14 python3-dev"
   "integrations script"
   "python       script"
   "i686         preset  g++-i686-linux-gnu googletest qemu-user"
@@ -175,13 +175,14 @@ END
   count $status
 }
 
-# Lints the code that ships, with the compile commands of the clang preset.
+# Lints the code that ships, with compile commands of the clang preset.
 tidy() {
   local status=0
-  quietly tidy-configure cmake --preset clang || status=1
-  sed -n 's/.*"file": "\(.*\)".*/\1/p' build/clang/compile_commands.json |
-    grep -E "^$PWD/(reader|olefio|host|tool)/" |
-    xargs -r -n 1 -P "$(nproc)" clang-tidy-14 -p build/clang --quiet > build/log/tidy.txt 2>&1 ||
+  quietly tidy-configure cmake --preset clang -B build/tidy -DQPSREADER_BUILD_PYTHON=ON \
+    -DPython3_EXECUTABLE=/usr/bin/python3 || status=1
+  sed -n 's/.*"file": "\(.*\)".*/\1/p' build/tidy/compile_commands.json |
+    grep -E "^$PWD/(reader|olefio|host|tool|python)/" |
+    xargs -r -n 1 -P "$(nproc)" clang-tidy-14 -p build/tidy --quiet > build/log/tidy.txt 2>&1 ||
     status=1
   sed -n '/: \(error\|warning\): /,+3p' build/log/tidy.txt
   count $status

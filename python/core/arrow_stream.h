@@ -14,6 +14,7 @@
 
 #include "python/core/cell_table.h"
 
+// NOLINTBEGIN(readability-identifier-naming): the names are Arrow's
 extern "C" {
 
 struct ArrowSchema {
@@ -49,6 +50,7 @@ struct ArrowArrayStream {
   void* private_data;
 };
 }
+// NOLINTEND(readability-identifier-naming)
 
 namespace qps::python {
 
