@@ -90,6 +90,15 @@ def test_sql_over_a_notebook():
 
 
 @needs_duckdb
+def test_parquet_by_the_stream(tmp_path):
+    """Any engine that takes the stream writes files of it; nothing else here makes Parquet."""
+    sheet, path = qpsreader.open(make.EXAMPLE).sheets["Car"], tmp_path / "cells.parquet"
+    duckdb.query(f"COPY cells TO '{path}' (FORMAT parquet)", cells=sheet.__arrow_c_stream__())
+    told = duckdb.query(f"SELECT kind, text FROM '{path}'")
+    assert told == [[cell.kind, cell.text] for cell in sheet.cells()]
+
+
+@needs_duckdb
 def test_a_stream_outlives_its_notebook_on_another_thread():
     with qpsreader.open(large(b"word", rows=3000)) as notebook:
         stream = notebook.sheets[0].__arrow_c_stream__()
