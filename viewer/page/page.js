@@ -385,6 +385,9 @@ function listen() {
     current.salvage = true;
     open(current);
     show(current);
+    // The button that had the focus is gone.
+    const tab = /** @type {HTMLElement | null} */ (document.querySelector('#files [aria-selected=true]'));
+    tab?.focus();
   });
   byId('search').addEventListener('submit', (event) => {
     event.preventDefault();

@@ -10,7 +10,10 @@ const kPointsPerTwentieth = 1 / 20;
 
 const kFrameStyle = `
 :root{--tabs:0px}
-#cursor{position:absolute;z-index:1;pointer-events:none;outline:2px solid #0a5cad;outline-offset:-1px}
+html{background:#fff}
+h2{display:none}
+#cursor{position:absolute;z-index:1;pointer-events:none;outline:2px solid #0a5cad;outline-offset:-1px;
+box-shadow:0 0 0 2px #fff}
 .found{background:#ffe680!important}
 body:focus-visible{outline:none}
 `;
