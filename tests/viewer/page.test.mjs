@@ -10,7 +10,7 @@ import {fileURLToPath, pathToFileURL} from 'node:url';
 import {chromium} from 'playwright-core';
 
 import {complaint, items, qps, workbook, write} from './native.mjs';
-import {label, notebook, number, record, sheet} from './notebooks.mjs';
+import {label, notebook, number, randomNotebook, record, sheet} from './notebooks.mjs';
 
 const source = fileURLToPath(new URL('../..', import.meta.url));
 const pageFile = process.env.QPS_PAGE ?? join(source, 'build/viewer/qpsreader.html');
@@ -125,6 +125,19 @@ test('says of a file what the tool says, and salvages', async () => {
       .filter((item) => item.kind === 'cell' && item.sheetNumber === 1 && item.text)
       .map((item) => [`${item.row},${item.column}`, item.text]));
   assert.deepEqual(await textsInFrame(), texts);
+});
+
+test('says what a worksheet and a workbook do not have', async () => {
+  await openPage();
+  await drop(write('empty-sheet.wb2', notebook([], sheet(0, 'A'))));
+  assert.equal(await page.textContent('#note'), 'This worksheet is empty.');
+  const random = write('random.wb2', randomNotebook(1));
+  await drop(random);
+  assert.equal(await page.textContent('#note'), '');
+  await saved('#saveXlsx');
+  const {warning} = workbook(random);
+  assert.notEqual(warning, '');
+  assert.equal(await page.textContent('#note'), `The workbook that was saved has ${warning}.`);
 });
 
 test('goes through cells by keyboard, tells what they hold, and finds', async () => {

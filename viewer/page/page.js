@@ -92,6 +92,7 @@ function close(file) {
   const at = files.indexOf(file);
   files.splice(at, 1);
   show(current === file ? files[Math.min(at, files.length - 1)] ?? null : current);
+  if (files.length === 0) fileChoice.focus();
 }
 
 /**
@@ -197,8 +198,9 @@ function showSheet(file, index) {
       file.view = new SheetView(instance, index, sheets[index], file.view.onSelect,
                                 file.view.onError);
     }
-    const {warning} = file.view.layout;
-    note(warning && `This worksheet has ${warning}; the last of each is shown.`);
+    const {warning, cells} = file.view.layout;
+    note(cells === 0 ? 'This worksheet is empty.' :
+        warning && `This worksheet has ${warning}; the last of each is shown.`);
     if (byId('sheet').firstElementChild !== file.view.frame)
       byId('sheet').replaceChildren(file.view.frame);
   } catch (error) {
