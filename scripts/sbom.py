@@ -16,7 +16,10 @@ import sys
 import tarfile
 import zipfile
 
-# What is compiled in: its licence, and the Debian package that it comes in.
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+
+# What is compiled in: its licence, and the Debian package that it comes in, or the header among the
+# sources that it is compiled from which has its version.
 CLI11 = ("CLI11", "BSD-3-Clause", "libcli11-dev")
 RAPIDJSON = ("RapidJSON", "MIT", "rapidjson-dev")
 GCC = ("libgcc and libstdc++", "GPL-3.0-or-later WITH GCC-exception-3.1", "gcc-mingw-w64-x86-64-posix")
@@ -24,11 +27,14 @@ MINGW = ("mingw-w64 runtime", "ZPL-2.1", "mingw-w64-x86-64-dev")
 LIBCXX = ("libc++ and libc++abi", "Apache-2.0 WITH LLVM-exception", "libc++-19-dev-wasm32")
 BUILTINS = ("compiler-rt", "Apache-2.0 WITH LLVM-exception", "libclang-rt-19-dev-wasm32")
 WASI = ("wasi-libc", "MIT", "wasi-libc")
+XLSXWRITER = ("libxlsxwriter", "BSD-2-Clause", "build/sources/libxlsxwriter/include/xlsxwriter.h")
+ZLIB = ("zlib and minizip", "Zlib", "build/sources/zlib/zlib.h")
+WEB = [RAPIDJSON, LIBCXX, BUILTINS, WASI, XLSXWRITER, ZLIB]
 COMPILED_IN = [
     (r"qpsreader-tools_.*\.deb", [CLI11, RAPIDJSON]),
     (r".*\.deb", []),
-    (r".*-windows-.*\.zip", [CLI11, RAPIDJSON, GCC, MINGW, LIBCXX, BUILTINS, WASI]),
-    (r".*\.(html|tgz)", [RAPIDJSON, LIBCXX, BUILTINS, WASI]),
+    (r".*-windows-.*\.zip", [CLI11, GCC, MINGW, *WEB]),
+    (r".*\.(html|tgz)", WEB),
     (r".*\.tar\.gz", []),
 ]
 
@@ -56,9 +62,14 @@ def sums(data, *names):
     return [{"algorithm": name, "checksumValue": hashlib.new(name.lower(), data).hexdigest()} for name in names]
 
 
-def installed(package):
-    found = subprocess.run(["dpkg-query", "-W", "-f=${Version}", package], check=True, stdout=subprocess.PIPE)
-    return found.stdout.decode()
+def of_part(name, licence, source):
+    """The version of what is compiled in, and its locator."""
+    if source.endswith(".h"):
+        version = re.search(r'_VERSION "([^"]*)"', (ROOT / source).read_text(encoding="utf-8"))[1]
+        return name, version, licence, locator(f"pkg:generic/{pathlib.Path(source).parts[2]}@{version}")
+    found = subprocess.run(["dpkg-query", "-W", "-f=${Version}", source], check=True, stdout=subprocess.PIPE)
+    version = found.stdout.decode()
+    return name, version, licence, locator(f"pkg:deb/debian/{source}@{version}")
 
 
 def depends(path):
@@ -75,10 +86,9 @@ def package(identifier, name, version, licence, **more):
             "licenseDeclared": licence, "copyrightText": "NOASSERTION", **more}
 
 
-def of_debian(name, version):
-    locator = f"pkg:deb/debian/{name}" + (f"@{version}" if version else "")
+def locator(purl):
     return {"externalRefs": [{"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl",
-                              "referenceLocator": locator.replace("+", "%2B")}]}
+                              "referenceLocator": purl.replace("+", "%2B")}]}
 
 
 def bill(path, version, supplier):
@@ -99,12 +109,13 @@ def bill(path, version, supplier):
     compiled_in = next(parts for pattern, parts in COMPILED_IN if re.fullmatch(pattern, path.name))
     if compiled_in:
         artefact["licenseConcluded"] = "NOASSERTION"  # ours is MIT; that of the whole is for who uses it to tell
-    for number, (name, licence, source) in enumerate(compiled_in):
-        packages.append(package(f"Part-{number}", name, installed(source), licence,
-                                **of_debian(source, installed(source))))
+    for number, part in enumerate(compiled_in):
+        name, version_of_part, licence, more = of_part(*part)
+        packages.append(package(f"Part-{number}", name, version_of_part, licence, **more))
         relations.append(("SPDXRef-Artefact", "STATIC_LINK", f"SPDXRef-Part-{number}"))
     for number, name in enumerate(depends(path)):
-        packages.append(package(f"Dependency-{number}", name, "NOASSERTION", "NOASSERTION", **of_debian(name, "")))
+        packages.append(package(f"Dependency-{number}", name, "NOASSERTION", "NOASSERTION",
+                                **locator(f"pkg:deb/debian/{name}")))
         relations.append(("SPDXRef-Artefact", "DEPENDS_ON", f"SPDXRef-Dependency-{number}"))
     made = datetime.datetime.fromtimestamp(int(os.environ["SOURCE_DATE_EPOCH"]), datetime.timezone.utc)
     return {"spdxVersion": "SPDX-2.3", "dataLicense": "CC0-1.0", "SPDXID": "SPDXRef-DOCUMENT", "name": path.name,
