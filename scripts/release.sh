@@ -60,6 +60,8 @@ debianPackages() {
 }
 
 webPackages() {
+  mkdir "$1/tree/build"
+  cp -r build/sources "$1/tree/build"
   (cd "$1/tree" && scripts/build-viewer.sh) > "$1/log/web.txt" 2>&1 || die "the page failed: $1/log/web.txt"
   cp "$1/tree/build/viewer/qpsreader.html" "$1/out/qpsreader-$version.html"
   (cd "$1/out" && npm pack --silent "$1/tree/build/viewer/npm") >> "$1/log/web.txt"
@@ -108,7 +110,8 @@ needWasm
 command -v npm > /dev/null || need nodejs npm
 commit=$(git rev-parse HEAD)
 SOURCE_DATE_EPOCH=$(git show -s --format=%ct "$commit")
-export SOURCE_DATE_EPOCH LC_ALL=C.UTF-8
+# A cache would hand what was compiled in the first folder over to the second.
+export SOURCE_DATE_EPOCH LC_ALL=C.UTF-8 CCACHE_DISABLE=1
 releases=$PWD/build/releases
 rm -rf "${releases:?}/$version" "$releases/first" "$releases/elsewhere"
 make "$releases/first"
