@@ -205,9 +205,8 @@ OpenedFile openInput(const std::string& name, const Settings& settings) {
   }
   std::error_code error;
   const fs::file_status status = fs::status(name, error);
-  // It would be waited for without end. Those below /dev are the shell's, which were named on
-  // purpose.
-  if (fs::is_fifo(status) && !name.starts_with("/dev/"))
+  // It would be waited for without end. The shell's, which are open already, were named on purpose.
+  if (fs::is_fifo(status) && name != "/dev/stdin" && !name.starts_with("/dev/fd/"))
     throw Failure{Status::kFailed, "a named pipe, which is only read as standard input (-)"};
   const std::uintmax_t size = fs::is_regular_file(status) ? fs::file_size(name, error) : 0;
   if (!error && !fs::is_directory(status)) {
