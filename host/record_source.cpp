@@ -68,9 +68,7 @@ RecordSource::~RecordSource() {
   if (fileOpen_) file_.close(&file_);
 }
 
-// Makes the next `count` bytes stand in the block, if there are as many.
-bool RecordWalk::have(std::size_t count) {
-  if (end_ - cursor_ >= count) return true;
+[[gnu::noinline]] bool RecordWalk::refill(std::size_t count) {
   std::memmove(block_.data(), block_.data() + cursor_, end_ - cursor_);
   end_ -= cursor_;
   cursor_ = 0;

@@ -95,7 +95,9 @@ class RecordWalk {
   std::uint16_t firstValue();
 
  private:
-  bool have(std::size_t count);
+  // Makes the next `count` bytes stand in the block, if there are as many.
+  bool have(std::size_t count) { return end_ - cursor_ >= count || refill(count); }
+  bool refill(std::size_t count);
 
   SSStream& stream_;
   RecordHeader record_;

@@ -41,7 +41,8 @@ class Budget {
 // runs for every cell short.
 template <class List>
 [[gnu::noinline]] void grow(List& values, Budget& budget) {
-  const std::size_t grown = std::max<std::size_t>(64, values.capacity() * 2);
+  // Two less than a power of two: with malloc's own bytes a large block is then whole large pages.
+  const std::size_t grown = std::max<std::size_t>(62, values.capacity() * 2 + 2);
   budget.charge((grown - values.capacity()) * sizeof *values.begin());
   values.reserve(grown);
 }

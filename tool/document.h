@@ -8,6 +8,7 @@
 #ifndef QPSREADER_TOOL_DOCUMENT_H
 #define QPSREADER_TOOL_DOCUMENT_H
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -34,7 +35,12 @@ struct Area {
   std::uint32_t firstColumn = 256, firstRow = 65536, lastColumn = 0, lastRow = 0;
 
   bool empty() const { return lastRow == 0; }
-  void include(std::uint32_t column, std::uint32_t row);
+  void include(std::uint32_t column, std::uint32_t row) {
+    firstColumn = std::min(firstColumn, column);
+    lastColumn = std::max(lastColumn, column);
+    firstRow = std::min(firstRow, row);
+    lastRow = std::max(lastRow, row);
+  }
   std::string name() const;  // "A1:C11", "B7" or ""
 };
 

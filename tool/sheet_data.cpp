@@ -8,13 +8,6 @@
 
 namespace qps {
 
-void Area::include(std::uint32_t column, std::uint32_t row) {
-  firstColumn = std::min(firstColumn, column);
-  lastColumn = std::max(lastColumn, column);
-  firstRow = std::min(firstRow, row);
-  lastRow = std::max(lastRow, row);
-}
-
 std::string Area::name() const {
   if (empty()) return "";
   const std::string first = cellAddress(firstColumn, firstRow);
