@@ -8,7 +8,7 @@ is dropped. Only that file is compiled again, into a copy, or, for a header, the
 it; the test programs are linked with these and run, with the address and undefined-behaviour
 sanitizers. The tool is linked so too, and its Python tests run it; these start so many processes that
 --plain, without the sanitizers, is several times as fast. A mutant is caught when a program fails,
-crashes or does not end. PATH may be a folder.
+crashes or does not end. PATH may be a folder; without one it is the reader and olefio/.
 
 Each place has its lot by the seed and its text, so that the draw in one file does not depend on the
 others, and the results are kept in build/mutation*/results.jsonl by file contents: a run goes on
@@ -321,10 +321,9 @@ def main():
                         help="only this source file, or those of this folder")
     arguments = parser.parse_args()
 
-    files = [*sources_in(ROOMS), *HEADERS]
-    if arguments.file:
-        files = [file for file in files
-                 if file in arguments.file or os.path.dirname(file) in arguments.file]
+    wanted = arguments.file or [room for room in ROOMS if room not in ("host", "tool")] + HEADERS
+    files = [file for file in [*sources_in(ROOMS), *HEADERS]
+             if file in wanted or os.path.dirname(file) in wanted]
     programs = sorted({program for file in files for program in programs_for(file)})
     configure(programs)
     bench = Bench(programs)
