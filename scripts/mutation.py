@@ -37,7 +37,7 @@ PLAIN = "--plain" in sys.argv
 BUILD = ROOT / ("build/mutation-plain" if PLAIN else "build/mutation")
 RESULTS = BUILD / "results.jsonl"
 SHADOW = BUILD / "shadow"
-FLAGS = "-O1 -g0" + ("" if PLAIN else " -fsanitize=address,undefined -fno-sanitize-recover=all")
+FLAGS = "-O0 -g0" if PLAIN else "-O1 -g0 -fsanitize=address,undefined -fno-sanitize-recover=all"
 EQUIVALENTS = ROOT / "scripts/mutation_equivalents.txt"
 LEAST_CAUGHT = 90.0
 TIMEOUT_SECONDS = 60  # at least; and five times what the unbroken program takes
@@ -101,9 +101,11 @@ def code_of(line):
 def places_in(path):
     """All mutants of one file."""
     lines = (ROOT / path).read_text().splitlines()
+    in_text = False
     for index, line in enumerate(lines):
         code = code_of(line)
-        if SKIPPED.search(line) or not code.strip():
+        was_in_text, in_text = in_text, ')"' not in line and (in_text or 'R"(' in line)
+        if was_in_text or in_text or SKIPPED.search(line) or not code.strip():
             continue
 
         def mutant(start, end, new):
