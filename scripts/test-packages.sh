@@ -98,8 +98,8 @@ freshSystem "$root" g++,make,cmake,pkg-config "$out/downloads"
 install "$root" libqpsreader1 libqpsreader-dev
 cp -r tests/install "$root/check"
 for way in package pkg-config; do
-  chroot "$root" env CC=gcc CXX=g++ /check/check_install.sh "$way" system \
-    /usr/share/doc/libqpsreader-dev "/work-$way" || die "the examples do not work by way of $way"
+  inside "$root" "$out/downloads" "CC=gcc CXX=g++ /check/check_install.sh $way system \
+    /usr/share/doc/libqpsreader-dev /work-$way" || die "the examples do not work by way of $way"
   echo "$way: both examples work, shared and static, plain and compound"
 done
 rm -rf "$root" "$out/downloads"
