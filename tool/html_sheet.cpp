@@ -205,8 +205,9 @@ void SheetTable::writeColumns() {
 }
 
 bool SheetTable::anyHiddenColumn() const {
-  return std::find(widths_.begin() + 1, widths_.begin() + 1 + lastColumn_, 0U) !=
-         widths_.begin() + 1 + lastColumn_;
+  const auto* const first = widths_.data() + 1;
+  const auto* const end = first + lastColumn_;
+  return std::find(first, end, 0U) != end;
 }
 
 // A line behind each column's right edge, which the wide empty cells have no border for.
