@@ -14,7 +14,7 @@ set(CMAKE_C_COMPILER clang-19)
 set(CMAKE_CXX_COMPILER clang++-19)
 string(APPEND CMAKE_CXX_FLAGS_INIT " -fexceptions -fignore-exceptions -fno-threadsafe-statics")
 # With the stack first, one that overflows traps instead of overwriting data.
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,--stack-first -Wl,-z,stack-size=1048576")
+add_link_options(LINKER:--stack-first LINKER:-z,stack-size=1048576)
 
 # The linker wants an index that only an archiver of its own writes. So what CMake calls an archive is
 # one object file; what a program does not use of it is left out all the same.
