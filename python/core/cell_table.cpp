@@ -5,8 +5,8 @@
 #include <chrono>
 #include <cstring>
 #include <ctime>
+#include <map>
 #include <numeric>
-#include <unordered_map>
 #include <utility>
 
 namespace qps::python {
@@ -65,14 +65,10 @@ struct LookKey {
 };
 static_assert(std::has_unique_object_representations_v<LookKey>);
 
-struct SameBytes {
-  bool operator()(const LookKey& a, const LookKey& b) const { return a.bytes() == b.bytes(); }
-};
-struct HashBytes {
-  std::size_t operator()(const LookKey& key) const {
-    return std::hash<std::string_view>()(key.bytes());
-  }
-};
+// In order: a file chooses its looks, and could choose such as meet in one place of a hash table.
+bool operator<(const LookKey& a, const LookKey& b) {
+  return a.bytes() < b.bytes();
+}
 
 LookKey keyOf(const SSItemCell& cell, const NumberFormat& format) {
   LookKey key{};
@@ -151,7 +147,7 @@ class TableReader {
   std::chrono::nanoseconds settledTime_ = threadTime();
   std::uint32_t items_ = 0;
   std::uint32_t rowHeights_ = 0;
-  std::unordered_map<LookKey, std::uint32_t, HashBytes, SameBytes> looks_;
+  std::map<LookKey, std::uint32_t> looks_;
   LookKey lastKey_{};
   std::uint32_t lastLook_ = 0;
   std::size_t uncharged_ = 0;  // in bytes
@@ -215,7 +211,7 @@ void TableReader::addCell(const Item& item, const CellView& cell) {
 
 std::uint32_t TableReader::lookOf(const SSItemCell& cell, const NumberFormat& format) {
   const LookKey key = keyOf(cell, format);
-  if (!table_.looks.empty() && SameBytes()(key, lastKey_)) return lastLook_;
+  if (!table_.looks.empty() && key.bytes() == lastKey_.bytes()) return lastLook_;
   const auto [found, isNew] =
       looks_.try_emplace(key, static_cast<std::uint32_t>(table_.looks.size()));
   if (isNew) {
