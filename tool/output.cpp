@@ -45,10 +45,12 @@ constexpr std::string_view kTemporaryPrefix = ".qps-";
 constexpr std::string_view kTemporarySuffix = ".tmp";
 
 // Another process may be writing to the same folder, and a name may have been left by a process
-// that was killed: the number goes up until the name is free.
-fs::path temporaryName(const fs::path& folder, unsigned attempt) {
+// that was killed: the number goes up until the name is free. No name comes twice, for another
+// process may be about to remove the file that had it.
+fs::path temporaryName(const fs::path& folder) {
+  static unsigned number = 0;
   return folder / (std::string(kTemporaryPrefix) + std::to_string(getpid()) + "-" +
-                   std::to_string(attempt) + std::string(kTemporarySuffix));
+                   std::to_string(number++) + std::string(kTemporarySuffix));
 }
 
 // A lock tells others that the file is in use; it goes away with the process. False when one who
@@ -67,8 +69,8 @@ bool lock([[maybe_unused]] std::FILE* file, [[maybe_unused]] const std::string& 
 // the folder can lead the bytes elsewhere.
 std::FILE* createTemporary(const fs::path& folder, fs::path& path) {
   bool folderMade = false;
-  for (unsigned attempt = 0;; ++attempt) {
-    path = temporaryName(folder, attempt);
+  for (;;) {
+    path = temporaryName(folder);
     const std::string name = path.string();
     remember(name);
     errno = 0;
@@ -85,6 +87,27 @@ std::FILE* createTemporary(const fs::path& folder, fs::path& path) {
     }
   }
 }
+
+// Keeps a file's lock after the file was closed, until it has its own name: without the lock
+// another process would take it for a leftover.
+class KeptLock {
+ public:
+#if defined(_WIN32)
+  explicit KeptLock(std::FILE* /*file*/) {}
+#else
+  explicit KeptLock(std::FILE* file) : descriptor_(dup(fileno(file))) {}
+  ~KeptLock() {
+    close(descriptor_);
+  }
+#endif
+  KeptLock(const KeptLock&) = delete;
+  KeptLock& operator=(const KeptLock&) = delete;
+
+#if !defined(_WIN32)
+ private:
+  int descriptor_;
+#endif
+};
 
 void removeIfLeft(const fs::path& path) {
 #if !defined(_WIN32)
@@ -190,6 +213,7 @@ OutputFile::~OutputFile() {
 
 bool OutputFile::finish(bool overwrite) {
   out_.flush();
+  const KeptLock kept(file_);
   errno = 0;
   if (std::fclose(std::exchange(file_, nullptr)) != 0) throw WriteError{errno};
   std::error_code error;

@@ -83,7 +83,7 @@ constexpr int kAllowedForFolder[] = {
     SCMP_SYS(open),     SCMP_SYS(openat),   SCMP_SYS(mkdir),      SCMP_SYS(mkdirat),
     SCMP_SYS(rename),   SCMP_SYS(renameat), SCMP_SYS(renameat2),  SCMP_SYS(unlink),
     SCMP_SYS(unlinkat), SCMP_SYS(flock),    SCMP_SYS(getdents64), SCMP_SYS(link),
-    SCMP_SYS(linkat),
+    SCMP_SYS(linkat),   SCMP_SYS(dup),
 };
 
 struct Release {
