@@ -160,7 +160,7 @@ Definitions readDefinitions(RecordSource& source) {
   found.facts.containerStream = source.streamName();
   RecordWalk walk(source.records(), 0);
   bool versionSeen = false;
-  while (walk.next() == RecordWalk::Step::kRecord) {
+  for (; walk.next() == RecordWalk::Step::kRecord; ++found.facts.definitionRecords) {
     switch (walk.record().type) {
       case kVersion:
         if (!versionSeen) found.facts.formatVersion = walk.firstValue();

@@ -297,6 +297,19 @@ void chooseSheets(const std::string& wanted, const std::vector<std::string>& nam
   chosen[*number - 1] = true;
 }
 
+// What it costs to open these worksheets, before the first is.
+void checkOpening(const Notebook& notebook, std::uint64_t count, std::uint64_t fileBytes) {
+  const auto refuse = [](const std::string& listed) {
+    throw Failure{Status::kLimit, listed + ", more than a notebook has; --sheet can choose"};
+  };
+  if (count > kMostSheets)
+    refuse("lists " + std::to_string(notebook.sheets().size()) + " worksheets");
+  const std::uint32_t definitions = notebook.facts().definitionRecords;
+  if (count * definitions > mostDefinitionsRead(fileBytes))
+    refuse("has " + std::to_string(definitions) + " definitions for each of " +
+           std::to_string(count) + " worksheets");
+}
+
 void failOn(const std::string& message) {
   if (!message.empty()) throw Failure{Status::kFailed, message};
 }
@@ -337,9 +350,8 @@ Document readDocument(const std::string& file, OpenedFile& opened, const Command
   std::vector<bool> chosen(sheets.size(), settings.sheets.empty());
   for (const std::string& wanted : settings.sheets)
     chooseSheets(wanted, names, chosen);
-  if (std::count(chosen.begin(), chosen.end(), true) > kMostSheets)
-    throw Failure{Status::kLimit, "lists " + std::to_string(sheets.size()) +
-                                      " worksheets, more than a notebook has; --sheet can choose"};
+  const auto count = std::count(chosen.begin(), chosen.end(), true);
+  checkOpening(document.notebook, static_cast<std::uint64_t>(count), opened.size);
 
   Loader loader(document, opened, command, settings, time, progress);
   if (const auto damage = document.notebook.damage()) loader.meetDamage(*damage);

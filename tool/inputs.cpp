@@ -104,10 +104,11 @@ OpenOptions openOptions(std::uint64_t memoryLimit, const Settings& settings) {
 
 OpenedFile openBytes(std::FILE* file, const Settings& settings) {
   const std::uint64_t limit = settings.maxMemory;
+  const std::uint64_t most = limit - limit / 16;  // leaves room for what the program itself takes
   InputBytes bytes;
   const std::size_t size =
-      readAll(file, limit == 0 ? kMostBytes : std::min(limit, kMostBytes), bytes);
-  if (limit != 0 && size >= limit) throw failureOf(memoryLimitError());
+      readAll(file, limit == 0 ? kMostBytes : std::min(most, kMostBytes), bytes);
+  if (limit != 0 && size >= most) throw failureOf(memoryLimitError());
   checkSize(size);
   if (size == kBeginning && !canBeNotebook({reinterpret_cast<const char*>(bytes.get()), size}))
     refuseBeginning({bytes.get(), size});

@@ -132,6 +132,7 @@ TEST(Diagnosis, ReadsTheFactsOfANotebook) {
     EXPECT_EQ(facts.styleCount, 3u);
     EXPECT_EQ(facts.namedStyleCount, 1u);
     EXPECT_EQ(facts.userFormatCount, 1u);
+    EXPECT_EQ(facts.definitionRecords, 11u);
   }
 }
 

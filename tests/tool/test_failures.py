@@ -9,7 +9,7 @@ import subprocess
 import tempfile
 import unittest
 
-from notebooks import EXAMPLE, QPS, ToolTest, font, integer, label, notebook, record, run, sheet, style
+from notebooks import EXAMPLE, QPS, ToolTest, font, integer, label, notebook, record, run, sheet, style, user_format
 
 GOOD = notebook(sheet(label(0, 0, b"x")))
 TWO = notebook(sheet(label(0, 0, b"first")), sheet(label(0, 0, b"second"), number=1))
@@ -23,7 +23,8 @@ ROWS_OF_MANY = notebook(*[sheet(ALL_ROWS[0], label(0, 0, b"x"), number=n) for n 
 NESTED = notebook(*[sheet(number=n)[:-4] for n in range(256)], *ALL_ROWS, label(0, 0, b"x"), record(203))
 CORNERS = notebook(*[sheet(label(255, 65535, b"z"), number=n) for n in range(20)])
 DEFINED = notebook(*[sheet(label(0, 0, b"x"), number=n) for n in range(256)],
-                   definitions=font() + style() * 60000)
+                   definitions=font() + style() + user_format(1, b"0") * 30000)
+DEFINED_MORE = DEFINED.replace(style(), style() * 5000, 1)
 LARGE = notebook(sheet(*[label(c, r, b"x" * 100) for r in range(2000) for c in range(20)]))
 
 CROWD = notebook(*[sheet(label(0, 0, b"x"), number=n % 256) for n in range(300)])
@@ -49,6 +50,7 @@ CASES = [
     (NESTED, ["--salvage"], 6, "more row heights"),
     (CORNERS, [], 6, "limit of output"),
     (DEFINED, ["--max-time", "0.1"], 6, "time limit was reached: 100 ms"),
+    (DEFINED_MORE, [], 6, "has 35002 definitions for each of 256 worksheets"),
     (CROWD, [], 6, "lists 300 worksheets"),
     (GOOD, ["--sheet", "Budget"], 1, "no worksheet is named 'Budget'"),
     (GOOD, ["--sheet", "2"], 1, "there is no worksheet 2"),
