@@ -52,7 +52,8 @@ PROGRAMS = {
 }
 # What runs the tool, the one first that costs the least. "Formats" skips without its formatter:
 # npm --prefix tests/tool/numfmt ci
-TOOL_TESTS = [["test_html.py", "Html"], ["test_consistency.py", "Consistency"], ["test_commands.py"],
+PYTHON = shutil.which("python3", path="/usr/bin") or sys.executable  # Debian's, which has html5lib
+TOOL_TESTS = [["test_html.py", "Html", "Browser"], ["test_consistency.py", "Consistency"], ["test_commands.py"],
               ["test_output.py"], ["test_xlsx.py", "Xlsx", "Formats"], ["test_failures.py"], ["test_batch.py"]]
 # Those that look at some sources only, by how their names begin: the first for these, and none for
 # the others.
@@ -102,9 +103,18 @@ def code_of(line):
 def places_in(path):
     """All mutants of one file."""
     lines = (ROOT / path).read_text().splitlines()
-    in_text = False
+    in_text = of_systems = elsewhere = False
     for index, line in enumerate(lines):
         code = code_of(line)
+        if line.startswith("#if"):
+            of_systems = "defined(_WIN32)" in line or "defined(__wasm__)" in line
+            elsewhere = of_systems and "!" not in line
+        elif line.startswith("#else"):
+            elsewhere = of_systems and not elsewhere
+        elif line.startswith("#endif"):
+            of_systems = elsewhere = False
+        if elsewhere:
+            continue
         was_in_text, in_text = in_text, ')"' not in line and (in_text or 'R"(' in line)
         if was_in_text or in_text or SKIPPED.search(line) or not code.strip():
             continue
@@ -172,7 +182,7 @@ def commands_of(program, path, file=""):
     for script, *cases in sorted(TOOL_TESTS, key=lambda test: test[0] not in looks):
         if file and script in SIDES and script not in looks:
             continue
-        yield [sys.executable, "-B", str(ROOT / "tests/tool" / script), "-f", *cases], environment
+        yield [PYTHON, "-B", str(ROOT / "tests/tool" / script), "-f", *cases], environment
 
 
 class Bench:
