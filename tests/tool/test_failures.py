@@ -146,6 +146,10 @@ class Failures(ToolTest):
             size = len(run(command, path).stdout)
             self.assertEqual(len(run(command, "--max-output", str(size), path).stdout), size)
             self.assert_fails(run(command, "--max-output", str(size - 1), path), path, 6, "limit of output")
+        self.assertIn(b"warning: 2 bytes", run("csv", "--max-output", "1000", self.file(UNDEFINED)).stderr)
+        name = os.path.join(os.path.dirname(path), "./" * 1000, os.path.basename(path))  # in every line of json
+        size = len(run("json", name).stdout)
+        self.assert_fails(run("json", "--max-output", str(size - 1), name), name, 6, "limit of output")
         result = run("csv", "--output-dir", out, "--max-output", "10", self.file(TWO))
         self.assertEqual((result.returncode, os.listdir(out)), (6, []))
 

@@ -207,7 +207,7 @@ class OutputTest(ToolTest):
     def test_progress_shows_on_a_terminal_after_a_second(self):
         path = self.file(ONE)
         names = path.encode() + b"\0"
-        counted = self.file(b"-\0" + names, "list")
+        counted = self.file(b"-\0" + names[:-1], "list")
         for term, args, before, after, line in (
                 ("xterm", ["-"], names, names, b"2 cells, 2 files done"), ("dumb", ["-"], names, names, None),
                 ("xterm", ["-", "--quiet"], names, names, None),
