@@ -119,9 +119,10 @@ PyObject* texts(PyObject* self, PyObject*) {
       newTextList);
 }
 
-PyObject* damage(PyObject* self, PyObject*) {
+template <auto find>
+PyObject* messageOf(PyObject* self, PyObject*) {
   return call(
-      self, [](const OpenNotebook&, const Notebook& notebook) { return notebook.damage(); },
+      self, [](const OpenNotebook&, const Notebook& notebook) { return (notebook.*find)(); },
       [](const std::optional<Error>& error) {
         return newText(error ? std::optional<std::string_view>(error->message) : std::nullopt);
       });
@@ -220,9 +221,13 @@ PyObject* newNotebook(PyTypeObject* type, PyObject* arguments, PyObject*) {
 
 PyMethodDef kMethods[] = {
     {"names", names, METH_NOARGS, nullptr}, {"read", readSheet, METH_VARARGS, nullptr},
-    {"texts", texts, METH_NOARGS, nullptr}, {"damage", damage, METH_NOARGS, nullptr},
-    {"facts", facts, METH_NOARGS, nullptr}, {"memory_in_use", memoryInUse, METH_NOARGS, nullptr},
-    {"close", close, METH_NOARGS, nullptr}, {},
+    {"texts", texts, METH_NOARGS, nullptr},
+    {"damage", messageOf<&Notebook::damage>, METH_NOARGS, nullptr},
+    {"suspicion", messageOf<&Notebook::suspicion>, METH_NOARGS, nullptr},
+    {"facts", facts, METH_NOARGS, nullptr},
+    {"memory_in_use", memoryInUse, METH_NOARGS, nullptr},
+    {"close", close, METH_NOARGS, nullptr},
+    {},
 };
 
 PyType_Slot kSlots[] = {

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Why a notebook cannot be read: one class for each reason."""
+import errno
 
 
 class NotebookError(Exception):
@@ -9,9 +10,15 @@ class NotebookError(Exception):
 
 
 class Unreadable(NotebookError, OSError):
-    """The file cannot be opened or read: missing, no permission, a folder, an I/O error."""
+    """The file cannot be opened or read: no permission, a folder, an I/O error; Missing is one."""
 
     reason = "unreadable"
+
+
+class Missing(Unreadable, FileNotFoundError):
+    """There is no such file."""
+
+    errno = errno.ENOENT
 
 
 class Empty(NotebookError):
@@ -53,7 +60,8 @@ class LibraryMissing(NotebookError):
 
 
 class DamageWarning(UserWarning):
-    """A damaged notebook was opened with salvage=True; the text says what is wrong."""
+    """A damaged notebook was opened with salvage=True, or any that is likely to be damaged; the text
+    says what is wrong."""
 
 
 BY_REASON = {error.reason: error for error in NotebookError.__subclasses__()}

@@ -10,7 +10,7 @@ from typing import Any, NamedTuple, Optional, Union, overload
 from weakref import WeakValueDictionary
 
 from . import _core
-from ._errors import Damaged, DamageWarning
+from ._errors import Damaged, DamageWarning, Missing, Unreadable
 from ._sheet import Sheet
 
 # Tighter than the tool's: whoever opens a million files cannot look at each. A cell takes some 100
@@ -34,7 +34,7 @@ def open(source: PathOrBytes, encoding: str = "cp1252", memory_limit: int = _MEM
     memory_limit: the most bytes that the notebook and the sheets read from it may hold at a time,
         and that a grid of values may take; 0 is no limit. LimitExceeded beyond it.
     salvage: a damaged notebook raises Damaged; with True it gives what is left of it, also behind
-        the damage, with a DamageWarning.
+        the damage, with a DamageWarning. One that may be damaged gives the warning in any case.
     time_limit: the most seconds of the processor that reading all of its sheets may take, each for
         the first time; 0 is no limit. LimitExceeded beyond it.
 
@@ -82,8 +82,13 @@ class Source:
         self.encoding = encoding
         self.memory_limit = memory_limit
         self.salvage = salvage
-        self.core = _core.Notebook(name, content, encoding, multibyte, characters, memory_limit,
-                                   time_limit, salvage)
+        try:
+            self.core = _core.Notebook(name, content, encoding, multibyte, characters, memory_limit,
+                                       time_limit, salvage)
+        except Unreadable as error:
+            if content is None and not os.path.exists(name):
+                raise Missing(*error.args) from None
+            raise
         self.damage = self.core.damage()
 
     def __reduce__(self) -> str:
@@ -108,6 +113,11 @@ class Notebook:
             if not salvage:
                 raise Damaged(message)
             warnings.warn(message, DamageWarning, stacklevel=3)
+        #: what makes a notebook without such damage likely to be damaged all the same, or None
+        self.suspicion = source.core.suspicion()
+        if self.suspicion:
+            warnings.warn(f"{self.name}: it may be damaged: {self.suspicion}", DamageWarning,
+                          stacklevel=3)
         self.info = Info(*source.core.facts())
         self.sheets = Sheets(source, source.core.names())
 

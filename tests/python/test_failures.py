@@ -17,7 +17,7 @@ PROTECTED = make.record(0, b"\x02\x10") + make.record(76, b"\1\0") + BOOK[6:]
 
 
 @pytest.mark.parametrize("error, content, options", [
-    (qpsreader.Unreadable, None, {}),
+    (qpsreader.Missing, None, {}),
     (qpsreader.Empty, b"", {}),
     (qpsreader.NotANotebook, b"%PDF-1.4\n" + b" " * 600, {}),
     (qpsreader.Protected, PROTECTED, {}),
@@ -44,6 +44,23 @@ def test_no_reason_is_without_a_class():
     names = re.search(r"logs and counters: (.*?)\.\n", header, re.DOTALL)[1]
     assert set(re.findall(r'"([a-z-]+)"', names)) == \
         {error.reason for error in qpsreader.NotebookError.__subclasses__()}
+
+
+def test_a_missing_file_is_what_python_calls_so(tmp_path):
+    with pytest.raises(FileNotFoundError) as caught:
+        qpsreader.open(tmp_path / "none" / "book.wb2")
+    assert isinstance(caught.value, qpsreader.Unreadable) and caught.value.errno == 2
+    with pytest.raises(qpsreader.Unreadable) as caught:
+        qpsreader.open(tmp_path)
+    assert not isinstance(caught.value, FileNotFoundError)
+
+
+def test_what_may_be_damaged_warns():
+    stray = make.notebook(make.record(9999, b"x"), make.sheet(make.integer(0, 0, 7)))
+    with pytest.warns(qpsreader.DamageWarning, match="may be damaged: the record at byte"):
+        notebook = qpsreader.open(stray)
+    assert notebook.sheets[0].to_rows() == [[7]] and notebook.suspicion and not notebook.damage
+    assert qpsreader.open(BOOK).suspicion is None
 
 
 def test_salvage_warns():

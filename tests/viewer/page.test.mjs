@@ -118,6 +118,8 @@ test('says of a file what the tool says, and salvages', async () => {
     assert.equal(await page.textContent('#failureText'), complaint(file));
     assert.equal(await page.isVisible('#salvage'), file === damaged);
   }
+  await drop(write('stray.wb2', notebook([], record(9999, Buffer.alloc(1)), sheet(0, 'A'))));
+  assert.match(await page.textContent('#damage'), /^This notebook may be damaged: the record at /);
   await drop(damaged);
   await page.click('#salvage');
   assert.match(await page.textContent('#damage'), /^This notebook is damaged: /);

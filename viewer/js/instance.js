@@ -101,7 +101,8 @@ export class Instance {
     const place = this.guarded(() => exports.allocate(bytes.length));
     if (place === 0) this.fail(new QpsError('memory-limit', 'the memory limit was reached'));
     this.view().set(bytes, place);
-    /** @type {{sheets: string[], fileKind: string, formatVersion: number, damage?: string}} */
+    /** @type {{sheets: string[], fileKind: string, formatVersion: number, damage?: string,
+     *         suspicion?: string}} */
     this.description = this.withText(encoding, (name) => JSON.parse(
         this.call('open', place, bytes.length, name, memoryLimit, salvage ? 1 : 0)));
   }

@@ -149,6 +149,7 @@ void Session::describe() {
           facts.kind == FileKind::kCompoundNotebook ? "compound-notebook" : "plain-notebook");
   putNumber(json, "formatVersion", facts.formatVersion);
   if (damage_) putText(json, "damage", validUtf8(damage_->message));
+  if (const auto suspicion = notebook_.suspicion()) putText(json, "suspicion", suspicion->message);
   json.EndObject();
   send(text);
 }

@@ -179,13 +179,14 @@ function note(text) {
 /** @param {OpenFile} file @param {number} index */
 function showSheet(file, index) {
   const instance = /** @type {Instance} */ (file.instance);
-  const {sheets, damage} = instance.description;
+  const {sheets, damage, suspicion} = instance.description;
   file.sheet = index;
   showTabs(byId('sheets'), sheets.map((label, at) => ({item: at, label: label || `sheet ${at + 1}`,
                                                        selected: at === index})),
            (at) => showSheet(file, at), null);
-  byId('damage').hidden = damage === undefined;
-  byId('damage').textContent =
+  byId('damage').hidden = damage === undefined && suspicion === undefined;
+  byId('damage').textContent = damage === undefined ?
+      `This notebook may be damaged: ${suspicion}. Some of it may be missing or wrong.` :
       `This notebook is damaged: ${damage}. What could be read is shown; the rest is missing.`;
   showMatches(file);
   clearCell();
