@@ -103,16 +103,15 @@ def code_of(line):
 def places_in(path):
     """All mutants of one file."""
     lines = (ROOT / path).read_text().splitlines()
-    in_text = of_systems = elsewhere = False
+    in_text = elsewhere = False
     for index, line in enumerate(lines):
         code = code_of(line)
-        if line.startswith("#if"):
-            of_systems = "defined(_WIN32)" in line or "defined(__wasm__)" in line
-            elsewhere = of_systems and "!" not in line
+        if line.startswith("#if"):  # this system's, with all libraries, is what is compiled
+            elsewhere = ("_WIN32" in line or "__wasm__" in line) != ("!" in line)
         elif line.startswith("#else"):
-            elsewhere = of_systems and not elsewhere
+            elsewhere = not elsewhere
         elif line.startswith("#endif"):
-            of_systems = elsewhere = False
+            elsewhere = False
         if elsewhere:
             continue
         was_in_text, in_text = in_text, ')"' not in line and (in_text or 'R"(' in line)

@@ -3,7 +3,15 @@
 // Names of output on a disk that ignores the case of letters, which few machines for tests have.
 #include "tool/output_names.h"
 
+#include <clocale>
+#include <cwctype>
+#include <map>
+#include <string>
+
 #include <gtest/gtest.h>
+
+#include "tool/letter_case.h"
+#include "tool/utf8.h"
 
 namespace qps {
 namespace {
@@ -32,6 +40,33 @@ TEST(OutputNames, NamesThatDifferInCaseAloneHaveDifferentOutputs) {
   for (const auto& row : cases)
     EXPECT_EQ(ignoring.pathOf(row.source), row.name);
   EXPECT_EQ(plain.pathOf("\u00dfA"), "\u00dfA");
+}
+
+TEST(LetterCase, IsUnicodes) {
+  const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+  ASSERT_NE(unicode, nullptr);
+  const std::map<char32_t, char32_t> others = {{0xB5, 0x3BC}, {0x17F, 's'}, {0x3C2, 0x3C3}};
+  unsigned capitals = 0, known = 0;
+  for (char32_t c = 1; c < 0x10000; ++c) {
+    if (c >= 0xD800 && c < 0xE000) continue;
+    std::string character, lower;
+    appendCharacter(c, character);
+    const auto other = others.find(c);
+    const char32_t small = other != others.end() ? other->second : towlower_l(c, unicode);
+    appendCharacter(small, lower);
+    const std::string ours = lowerCase(character);
+    if (hasKnownCase(c)) {
+      EXPECT_EQ(ours, lower);
+      EXPECT_EQ(other, others.end());
+    } else if (ours != character) {
+      EXPECT_EQ(ours, lower);
+    }
+    capitals += small != c;
+    known += lowerCase(character) != character;
+  }
+  EXPECT_EQ(known, 521u);
+  EXPECT_LT(known, capitals);
+  freelocale(unicode);
 }
 
 }  // namespace

@@ -327,6 +327,10 @@ class Commands(ToolTest):
         self.assertEqual(kinds, {"sheet", "columnWidths", "rowHeight", "notebookText", "cell"})
 
     def test_items_show_the_raw_fields(self):
+        out = self.output(notebook(sheet(label(0, 0, b"x")), definitions=font() + style(lines=0xE4, line_colours=0x4321)),
+                          "items")
+        self.assertIn(" bordered=1 border=0 colour=0xC0C0C0 border=5 colour=0x808080 border=8 colour=0x0 "
+                      "border=6 colour=0xFF ", out)
         out = self.output(TEXTS, "items")
         self.assertIn("10 sheetInfo marker=1 rowCount=3 columnCount=3", out)
         self.assertIn('13 record38Text text="Header"\n14 record37Text text="Footer"\n15 cell A1 text="x"', out)

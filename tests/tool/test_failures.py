@@ -50,6 +50,8 @@ CASES = [
     (NESTED, ["--salvage"], 6, "more row heights"),
     (CORNERS, [], 6, "limit of output"),
     (DEFINED, ["--max-time", "0.1"], 6, "time limit was reached: 100 ms"),
+    (notebook(sheet(label(0, 0, b"x")), definitions=font() + style() + user_format(1, b"0") * 400000),
+     ["--max-time", "0.005"], 6, "time limit was reached: 5 ms"),
     (DEFINED_MORE, [], 6, "has 35002 definitions for each of 256 worksheets"),
     (CROWD, [], 6, "lists 300 worksheets"),
     (GOOD, ["--sheet", "Budget"], 1, "no worksheet is named 'Budget'"),

@@ -114,6 +114,8 @@ class Html(Page):
         self.assertEqual(cells, [EVIL.decode(), "a", "\u2401\u2421\nb\tc"])
         self.assertEqual((root.find(".//h1").text, root.find(".//p").text), ("<i>&.wb2", "<b>"))
         self.assertNotIn("<", root.find(".//style").text)
+        upper = run("html", "--encoding", "ISO-8859-1", self.file(notebook(sheet(label(0, 0, b"\x9b1m"))))).stdout
+        self.assertIn(b">&lt;U+009B&gt;1m<", upper)
 
     def test_corner_cells_make_a_small_page(self):
         far = [sheet(label(0, 0, b"a"), label(255, 65535, b"z"), number=n) for n in range(50)]
@@ -214,6 +216,8 @@ class Browser(Page):
                 self.check(whole, marks=False)
                 self.check(negative, text="-3000000.00%", marks=True, border_left="1px solid rgb(0, 0, 0)",
                            border_top="1px solid rgb(0, 0, 0)")
+                if more:  # its line lies over the neighbour's
+                    self.assertAlmostEqual(negative["left"], whole["left"] + 2 * whole["width"] - 1, delta=0.4)
                 edge = left["left"] + left["width"]
                 self.assertGreater(left["textRight"], edge + 20)
                 self.assertAlmostEqual(centre["textLeft"] + centre["textRight"], edge + left["left"], delta=4)
