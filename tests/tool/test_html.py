@@ -124,6 +124,13 @@ class Html(Page):
         self.assertLess(len(result.stdout), 50 * 40000)
         self.assertIn('data-n="2\u201365535"'.encode(), result.stdout)
 
+    def test_hidden_places_are_named(self):
+        for columns, rows, named in ((b"\x1a", b"\x14\x01", "columns B, D\u2013E (where numbers have no text), rows 3, 5, 9"),
+                                     (b"\x06", b"\x06", "columns B\u2013C (where numbers have no text), rows 2\u20133"),
+                                     (b"\x80", b"\x01", "column H (where numbers have no text), row 1")):
+            page = self.page(self.file(notebook(sheet(record(222, columns), record(220, rows), label(0, 9, b"x")))))
+            self.assertIn(f"show hidden: {named}</label>", page.decode())
+
     def test_damage_stands_on_top(self):
         with open(EXAMPLE, "rb") as file:
             source = self.file(file.read()[:1400])
