@@ -14,6 +14,7 @@
 #include <vector>
 
 #include <qpsreader/version.h>
+#include "tool/file_names.h"
 #include "tool/option_values.h"
 #include "tool/sandbox.h"
 #include "tool/status.h"
@@ -250,11 +251,11 @@ void checkOutput(const Command& command, Settings& settings) {
     throw UsageError{name + ": name the output with either --output or --output-dir"};
   if (settings.outputFile.empty()) return;
   if (settings.manyFiles()) throw UsageError{name + ": --output takes one notebook"};
-  const auto path = std::filesystem::path(settings.outputFile);
+  const auto path = filePathOf(settings.outputFile);
   if (!path.has_filename())
     throw UsageError{"--output: '" + settings.outputFile + "' names no file"};
-  settings.outputDir = path.has_parent_path() ? path.parent_path().string() : ".";
-  settings.outputFile = path.filename().string();
+  settings.outputDir = path.has_parent_path() ? fileNameOf(path.parent_path()) : ".";
+  settings.outputFile = fileNameOf(path.filename());
 }
 
 void check(const Command& command, Settings& settings) {

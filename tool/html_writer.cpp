@@ -9,6 +9,7 @@
 #include <qpsreader/version.h>
 #include "tool/commands.h"
 #include "tool/document.h"
+#include "tool/file_names.h"
 #include "tool/html_sheet.h"
 #include "tool/html_style.h"
 #include "tool/html_writer.h"
@@ -35,9 +36,8 @@ class Page {
 };
 
 void Page::write() {
-  const std::string name = document_.name == "-"
-                               ? "Notebook"
-                               : std::filesystem::path(document_.name).filename().string();
+  const std::string name =
+      document_.name == "-" ? "Notebook" : fileNameOf(filePathOf(document_.name).filename());
   const std::string title = html(validUtf8(name));
   writeHead(title);
   out_.write(sheets_.size() < 2 ? "<body>\n" : "<body class=\"tabs\">\n");

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "tool/document.h"
+#include "tool/file_names.h"
 #include "tool/status.h"
 
 #if defined(_WIN32)
@@ -128,7 +129,7 @@ std::optional<OpenedFile> openUnsized(const std::string& name, std::uintmax_t si
                                       const Settings& settings) {
   constexpr std::uintmax_t kLarge = std::uintmax_t{1} << 20;
   if (size != 0 && size < kLarge) return std::nullopt;
-  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(name.c_str(), "rb"));
+  const std::unique_ptr<std::FILE, CloseFile> file(openFile(filePathOf(name), "rb"));
   if (file == nullptr) return std::nullopt;
   if (size == 0) return openBytes(file.get(), settings);
   std::string begin(kBeginning, '\0');
@@ -141,8 +142,9 @@ std::optional<OpenedFile> openUnsized(const std::string& name, std::uintmax_t si
 // The names of a list; 0 when it can only be read once.
 std::uint64_t countNames(const std::string& list) {
   std::error_code error;
-  if (!fs::is_regular_file(list, error)) return 0;
-  std::ifstream bytes(list, std::ios::binary);
+  const fs::path path = filePathOf(list);
+  if (!fs::is_regular_file(path, error)) return 0;
+  std::ifstream bytes(path, std::ios::binary);
   std::uint64_t names = 0;
   char last = '\0';
   for (std::array<char, 65536> block; bytes.read(block.data(), block.size()), bytes.gcount() > 0;) {
@@ -158,7 +160,7 @@ std::uint64_t countNames(const std::string& list) {
 Inputs::Inputs(const Settings& settings) : settings_(settings) {
   if (settings.files0From.empty()) return;
   const bool standardInput = settings.files0From == "-";
-  names_.reset(standardInput ? stdin : std::fopen(settings.files0From.c_str(), "rb"));
+  names_.reset(standardInput ? stdin : openFile(filePathOf(settings.files0From), "rb"));
   if (names_ == nullptr)
     throw UsageError{"--files0-from: " + settings.files0From + ": " + systemMessage()};
   readBinary(names_.get());
@@ -205,17 +207,17 @@ OpenedFile openInput(const std::string& name, const Settings& settings) {
     return openBytes(stdin, settings);
   }
   std::error_code error;
-  const fs::file_status status = fs::status(name, error);
+  const fs::path path = filePathOf(name);
+  const fs::file_status status = fs::status(path, error);
   // It would be waited for without end. The shell's, which are open already, were named on purpose.
   if (fs::is_fifo(status) && name != "/dev/stdin" && !name.starts_with("/dev/fd/"))
     throw Failure{Status::kFailed, "a named pipe, which is only read as standard input (-)"};
-  const std::uintmax_t size = fs::is_regular_file(status) ? fs::file_size(name, error) : 0;
+  const std::uintmax_t size = fs::is_regular_file(status) ? fs::file_size(path, error) : 0;
   if (!error && !fs::is_directory(status)) {
     if (auto bytes = openUnsized(name, size, settings)) return *std::move(bytes);
     checkSize(size);
   }
-  return {nullptr,
-          valueOrThrow(Notebook::open(fs::path(name), openOptions(settings.maxMemory, settings))),
+  return {nullptr, valueOrThrow(Notebook::open(path, openOptions(settings.maxMemory, settings))),
           error ? 0 : size, settings.maxMemory};
 }
 

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "tool/file_names.h"
 #include "tool/output.h"
 #include "tool/text_forms.h"
 
@@ -78,11 +79,11 @@ Content contentOf(std::span<const std::byte> bytes) {
 
 Content contentOf(const std::string& name) {
   std::error_code error;
-  if (!fs::is_regular_file(name, error)) return {};
-  const std::uint64_t size = fs::file_size(name, error);
+  const fs::path path = filePathOf(name);
+  if (!fs::is_regular_file(path, error)) return {};
+  const std::uint64_t size = fs::file_size(path, error);
   if (error || size > kMostBytes) return {error ? std::nullopt : std::optional(size), ""};
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(name.c_str(), "rb"),
-                                                             std::fclose);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(openFile(path, "rb"), std::fclose);
   if (file == nullptr) return {size, ""};
   std::setvbuf(file.get(), nullptr, _IONBF, 0);
   Sha256 sum;
@@ -193,12 +194,13 @@ Manifest::Manifest(const Settings& settings, const char* command) : command_(com
   const std::string kept = settings.skipExisting ? keepLines(settings) : "";
   try {
     // Whole or not at all, so that nothing that was kept can be lost.
-    const fs::path path(name);
-    OutputFile renewed(path.has_parent_path() ? path.parent_path() : ".", path.filename().string());
+    const fs::path path = filePathOf(name);
+    OutputFile renewed(path.has_parent_path() ? path.parent_path() : ".",
+                       fileNameOf(path.filename()));
     renewed.out().write(kept);
     static_cast<void>(renewed.finish(true));
     errno = 0;
-    file_.reset(std::fopen(name.c_str(), "ab"));
+    file_.reset(openFile(path, "ab"));
     if (file_ == nullptr) throw WriteError{errno};
   } catch (const WriteError& error) {
     throw UsageError{"--manifest: " + name + ": " + error.message()};
@@ -207,7 +209,7 @@ Manifest::Manifest(const Settings& settings, const char* command) : command_(com
 
 // The last line may be cut short by the end of the process that wrote it.
 std::string Manifest::keepLines(const Settings& settings) {
-  std::ifstream old(settings.manifest, std::ios::binary);
+  std::ifstream old(filePathOf(settings.manifest), std::ios::binary);
   std::string kept;
   for (std::string line; std::getline(old, line) && !old.eof();)
     if (keeps(line, settings)) kept += line + "\n";
@@ -227,7 +229,7 @@ bool Manifest::keeps(const std::string& line, const Settings& settings) {
   const auto exists = [&settings](const rapidjson::Value& output) {
     std::error_code ignored;
     return output.IsString() &&
-           fs::exists(fs::path(settings.outputDir) / output.GetString(), ignored);
+           fs::exists(filePathOf(settings.outputDir) / filePathOf(output.GetString()), ignored);
   };
   const auto list = outputs->GetArray();
   return !list.Empty() && std::all_of(list.begin(), list.end(), exists) &&

@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "tool/file_names.h"
 #include "tool/status.h"
 
 #if defined(_WIN32)
@@ -55,27 +56,24 @@ fs::path temporaryName(const fs::path& folder) {
 
 // A lock tells others that the file is in use; it goes away with the process. False when one who
 // takes it for a leftover was faster. Windows removes no file that is open anyway.
-bool lock([[maybe_unused]] std::FILE* file, [[maybe_unused]] const std::string& name) {
+bool lock([[maybe_unused]] std::FILE* file, [[maybe_unused]] const fs::path& path) {
 #if defined(_WIN32)
   return true;
 #else
   struct stat status {};
   if (flock(fileno(file), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return false;
-  return stat(name.c_str(), &status) == 0;
+  return stat(path.c_str(), &status) == 0;
 #endif
 }
 
-// "x" opens only a file that is not there, a dangling link included, so that nothing that stands in
-// the folder can lead the bytes elsewhere.
 std::FILE* createTemporary(const fs::path& folder, fs::path& path) {
   bool folderMade = false;
   for (;;) {
     path = temporaryName(folder);
-    const std::string name = path.string();
-    remember(name);
+    remember(fileNameOf(path));
     errno = 0;
-    if (std::FILE* const file = std::fopen(name.c_str(), "wbx")) {
-      if (lock(file, name)) return file;
+    if (std::FILE* const file = createFile(path)) {
+      if (lock(file, path)) return file;
       std::fclose(file);
     } else if (errno == ENOENT && !folderMade) {
       std::error_code error;
@@ -171,7 +169,7 @@ void Output::flush() {
 bool ignoresCase(const fs::path& folder) {
   fs::path probe;
   std::FILE* const file = createTemporary(folder, probe);
-  std::string other = probe.filename().string();
+  std::string other = fileNameOf(probe.filename());
   other.replace(1, 3, "QPS");
   std::error_code ignored;
   const bool same = fs::exists(folder / other, ignored);
@@ -185,7 +183,7 @@ void removeLeftovers(const fs::path& folder) {
   std::error_code error;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
+    const std::string name = fileNameOf(entry->path().filename());
     if (name.starts_with(kTemporaryPrefix) && name.ends_with(kTemporarySuffix))
       removeIfLeft(entry->path());
   }
@@ -200,7 +198,7 @@ void cleanUpOnSignals() {
 }
 
 OutputFile::OutputFile(const fs::path& folder, const std::string& name)
-    : target_(folder / fs::path(std::u8string(name.begin(), name.end()))),
+    : target_(folder / filePathOf(name)),
       file_(createTemporary(target_.parent_path(), temporary_)),
       out_(file_) {}
 

@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "tool/file_names.h"
 #include "tool/letter_case.h"
 #include "tool/status.h"
 #include "tool/text_forms.h"
@@ -119,7 +120,7 @@ std::vector<std::string> sheetFileNames(const std::vector<std::string>& sheets) 
 }
 
 OutputNames::OutputNames(const std::string& base, bool diskIgnoresCase)
-    : baseText_(std::filesystem::path(base).generic_string()), diskIgnoresCase_(diskIgnoresCase) {
+    : baseText_(genericFileNameOf(filePathOf(base))), diskIgnoresCase_(diskIgnoresCase) {
   if (!baseText_.empty()) base_ = split(baseText_);
 }
 
@@ -144,7 +145,7 @@ void OutputNames::cutBase(Parts& parts) const {
 
 std::string OutputNames::pathOf(const std::string& source) {
   if (source == "-") return "stdin";
-  const std::string generic = std::filesystem::path(source).generic_string();
+  const std::string generic = genericFileNameOf(filePathOf(source));
   Parts parts = split(generic);
   if (base_) {
     cutBase(parts);

@@ -20,6 +20,7 @@
 #include "tool/command_line.h"
 #include "tool/document.h"
 #include "tool/encoding.h"
+#include "tool/file_names.h"
 #include "tool/inputs.h"
 #include "tool/limits.h"
 #include "tool/manifest.h"
@@ -138,11 +139,12 @@ void FileLoop::openOutputFolder() {
     if (error) throw UsageError{"--output-dir: " + settings_.outputDir + ": " + error.message()};
   };
   std::error_code error;
-  std::filesystem::create_directories(settings_.outputDir, error);
+  const std::filesystem::path folder = filePathOf(settings_.outputDir);
+  std::filesystem::create_directories(folder, error);
   check(error);
-  removeLeftovers(settings_.outputDir);
+  removeLeftovers(folder);
   try {
-    names_.emplace(settings_.base, ignoresCase(settings_.outputDir));
+    names_.emplace(settings_.base, ignoresCase(folder));
   } catch (const WriteError& failure) {
     check({failure.error, std::generic_category()});
   }
@@ -232,9 +234,8 @@ void FileLoop::writeAll(const Document& document) {
 
 // Those of processes that were killed, in the folder where the next output goes.
 void FileLoop::removeLeftoversOnce() {
-  const auto folder =
-      (std::filesystem::path(settings_.outputDir) / outputPath_).parent_path().string();
-  if (tidied_.insert(folder).second) removeLeftovers(folder);
+  const auto folder = (filePathOf(settings_.outputDir) / filePathOf(outputPath_)).parent_path();
+  if (tidied_.insert(fileNameOf(folder)).second) removeLeftovers(folder);
 }
 
 // Without a manifest, a notebook is known to be done by its outputs: each appears when it is whole.
@@ -243,7 +244,7 @@ bool FileLoop::skips(std::vector<std::string> outputs) {
   if (!settings_.skipExisting || manifest_ || outputs.empty()) return false;
   const auto exists = [this](const std::string& output) {
     std::error_code ignored;
-    return std::filesystem::exists(std::filesystem::path(settings_.outputDir) / output, ignored);
+    return std::filesystem::exists(filePathOf(settings_.outputDir) / filePathOf(output), ignored);
   };
   entry_.skipped = std::all_of(outputs.begin(), outputs.end(), exists);
   return entry_.skipped;
@@ -276,7 +277,7 @@ std::string FileLoop::outputName(std::string_view sheet) const {
 void FileLoop::writeFile(const Document& document, std::span<const SheetData> sheets,
                          const std::string& name) {
   try {
-    OutputFile file(settings_.outputDir, name);
+    OutputFile file(filePathOf(settings_.outputDir), name);
     if (command_.writeFile == nullptr)
       command_.write(file.out(), document, sheets, settings_);
     else

@@ -326,6 +326,13 @@ class Commands(ToolTest):
                 kinds.add(json.loads(line)["kind"])
         self.assertEqual(kinds, {"sheet", "columnWidths", "rowHeight", "notebookText", "cell"})
 
+    def test_names_of_files_in_any_script(self):
+        name = "Gr\u00f6\u00dfe \u0416 \u5e33.wb2"
+        result = run("json", self.file(TEXTS, name), env={"LC_ALL": "C.UTF-8"})
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        for line in result.stdout.splitlines():
+            self.assertTrue(json.loads(line)["file"].endswith(name))
+
     def test_items_show_the_raw_fields(self):
         out = self.output(notebook(sheet(label(0, 0, b"x")), definitions=font() + style(lines=0xE4, line_colours=0x4321)),
                           "items")
