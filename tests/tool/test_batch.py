@@ -83,6 +83,14 @@ class Batch(ToolTest):
         self.assertEqual(tree(self.path("shards")), self.whole)
         self.assertEqual(sorted(line["source"] for line in found), self.sources)
 
+    def test_lines_that_no_run_has_written(self):
+        line = {"outcome": "done", "command": "csv", "source": self.sources[0]}
+        odd = [{}, [], line, {**line, "outputs": {}}, {**line, "outputs": []}, {**line, "outputs": [7]},
+               {**line, "outputs": ["none"]}]
+        pathlib.Path(self.path("odd.json")).write_text("x\n" + "".join(json.dumps(one) + "\n" for one in odd))
+        self.assertEqual(self.batch("odd", "--skip-existing", "--manifest", "odd.json").returncode, 5)
+        self.assertEqual([line["source"] for line in lines(self.path("odd.json"))], self.sources)
+
     def test_what_a_manifest_says(self):
         found = lines(self.path("whole.json"))
         self.assertEqual([line["source"] for line in found], self.sources)

@@ -9,7 +9,7 @@ import subprocess
 import tempfile
 import unittest
 
-from notebooks import EXAMPLE, QPS, ToolTest, font, integer, label, notebook, record, run, sheet, style, user_format
+from notebooks import EXAMPLE, QPS, ToolTest, blank, font, integer, label, notebook, record, run, sheet, style, user_format
 
 GOOD = notebook(sheet(label(0, 0, b"x")))
 TWO = notebook(sheet(label(0, 0, b"first")), sheet(label(0, 0, b"second"), number=1))
@@ -154,6 +154,12 @@ class Failures(ToolTest):
         self.assert_fails(run("json", "--max-output", str(size - 1), name), name, 6, "limit of output")
         result = run("csv", "--output-dir", out, "--max-output", "10", self.file(TWO))
         self.assertEqual((result.returncode, os.listdir(out)), (6, []))
+
+    def test_what_a_notebook_becomes_counts_towards_the_memory_limit(self):
+        blanks = notebook(sheet(*[blank(n % 256, n // 256) for n in range(300000)], columns=256, rows=1200))
+        for limit, status in (("5M", 6), ("30M", 0)):  # the file has 3 MB, the list of cells no less
+            result = run("json", "--no-style", "--max-memory", limit, self.file(blanks))
+            self.assertEqual((result.returncode, len(result.stdout) > 0), (status, status == 0), limit)
 
     def test_standard_input_counts_towards_the_memory_limit(self):
         for limit, status in (("1M", 6), (str(len(LARGE)), 6), ("5M", 6), ("20M", 0)):

@@ -89,6 +89,9 @@ class Html(Page):
         self.assertEqual([(a.text, a.get("href")) for a in root.iter("a")],
                          [("Budget", "#sheet1"), ("Car", "#sheet2")])
         self.assertEqual([h.text for h in root.iter("h2")], ["Budget", "Car"])
+        widths = [re.findall(r"--(?:w|all):([\d.]+)pt", section.get("style")) for section in root.iter("section")]
+        self.assertLess(float(widths[0][0]), float(widths[0][1]))  # without and with column F
+        self.assertEqual(widths[1][0], widths[1][1])
         table = root.find(".//table")
         letters = [(th.get("data-n"), th.get("class")) for th in table.find("thead").iter("th")]
         self.assertEqual(letters, [(c, "x" if c == "F" else None) for c in "ABCDEFG"])
@@ -114,6 +117,7 @@ class Html(Page):
         self.assertEqual(cells, [EVIL.decode(), "a", "\u2401\u2421\nb\tc"])
         self.assertEqual((root.find(".//h1").text, root.find(".//p").text), ("<i>&.wb2", "<b>"))
         self.assertNotIn("<", root.find(".//style").text)
+        self.assertIn('"x\\22 }\\3c /style\\3e \\3c script\\3e \u240a\\5c "', root.find(".//style").text)
         upper = run("html", "--encoding", "ISO-8859-1", self.file(notebook(sheet(label(0, 0, b"\x9b1m"))))).stdout
         self.assertIn(b">&lt;U+009B&gt;1m<", upper)
 
@@ -203,6 +207,8 @@ class Browser(Page):
         page = self.page(self.file(notebook(sheet(*cells, columns=2), definitions=definitions))).decode()
         marked = [n for n in range(1, 8) if re.search(rf'data-n="{n}"></th><td class="s\d+ n n\d"', page)]
         self.assertEqual(marked, [1, 5, 7], page[-2500:])
+        for marks, text in re.findall(r' n n(\d+)" title="([^"]*)"', page):
+            self.assertEqual(int(marks), max(1, len(text) // 3), text)
 
     @unittest.skipUnless(BROWSER, "no Chromium is installed")
     def test_numbers_show_whole_or_as_marks_and_labels_run_over(self):
