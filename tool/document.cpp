@@ -297,19 +297,6 @@ void chooseSheets(const std::string& wanted, const std::vector<std::string>& nam
   chosen[*number - 1] = true;
 }
 
-// What it costs to open these worksheets, before the first is.
-void checkOpening(const Notebook& notebook, std::uint64_t count, std::uint64_t fileBytes) {
-  const auto refuse = [](const std::string& listed) {
-    throw Failure{Status::kLimit, listed + ", more than a notebook has; --sheet can choose"};
-  };
-  if (count > kMostSheets)
-    refuse("lists " + std::to_string(notebook.sheets().size()) + " worksheets");
-  const std::uint32_t definitions = notebook.facts().definitionRecords;
-  if (count * definitions > mostDefinitionsRead(fileBytes))
-    refuse("has " + std::to_string(definitions) + " definitions for each of " +
-           std::to_string(count) + " worksheets");
-}
-
 void failOn(const std::string& message) {
   if (!message.empty()) throw Failure{Status::kFailed, message};
 }

@@ -12,8 +12,11 @@
 
 namespace qps {
 
-// A notebook numbers its worksheets with one byte.
-constexpr std::uint64_t kMostSheets = 256;
+class Notebook;
+
+// Throws Failure for more worksheets, or more definitions in all of them, than a notebook has: what
+// it costs to open so many worksheets of it. Each reads the records before the first one again.
+void checkOpening(const Notebook& notebook, std::uint64_t worksheets, std::uint64_t fileBytes);
 
 // A worksheet has 65,536 rows; a file may give the height of each more than once.
 constexpr std::uint64_t kMostRowHeightsOfSheet = std::uint64_t{4} << 16;
@@ -22,13 +25,6 @@ constexpr std::uint64_t kMostRowHeightsOfSheet = std::uint64_t{4} << 16;
 // for each byte of the file, in which no row by itself takes less than eight.
 constexpr std::uint64_t mostRowHeights(std::uint64_t fileBytes) {
   return (std::uint64_t{32} << 16) + fileBytes;
-}
-
-// Records before the first worksheet, counted once for each worksheet, since each reads them again.
-// So 256 worksheets may have 32,768 of them (cells can refer to 8192 styles, 255 fonts and 143
-// formats), and four worksheets as many as the file has room for.
-constexpr std::uint64_t mostDefinitionsRead(std::uint64_t fileBytes) {
-  return (std::uint64_t{8} << 20) + fileBytes;
 }
 
 // Unless --max-output says something else. A cell takes at least ten bytes of the file, and what is

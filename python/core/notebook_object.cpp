@@ -220,7 +220,8 @@ PyObject* newNotebook(PyTypeObject* type, PyObject* arguments, PyObject*) {
 }
 
 PyMethodDef kMethods[] = {
-    {"names", names, METH_NOARGS, nullptr}, {"read", readSheet, METH_VARARGS, nullptr},
+    {"names", names, METH_NOARGS, nullptr},
+    {"read", readSheet, METH_VARARGS, nullptr},
     {"texts", texts, METH_NOARGS, nullptr},
     {"damage", messageOf<&Notebook::damage>, METH_NOARGS, nullptr},
     {"suspicion", messageOf<&Notebook::suspicion>, METH_NOARGS, nullptr},

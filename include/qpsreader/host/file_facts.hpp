@@ -38,7 +38,7 @@ struct NotebookFacts {
   std::uint32_t styleCount = 0;
   std::uint32_t namedStyleCount = 0;
   std::uint32_t userFormatCount = 0;
-  std::uint32_t definitionRecords = 0;  // all before the first worksheet; each sheet reads them again
+  std::uint32_t definitionRecords = 0;  // of all kinds; each worksheet reads them again
 };
 
 }  // namespace qps
