@@ -104,6 +104,10 @@ class Batch(ToolTest):
         self.assertEqual(len(damaged), 10)
         self.assertEqual({(line["outcome"], line["status"], line["cells"]) for line in damaged}, {("failed", 5, None)})
         self.assertEqual({line["pronom"] for line in found}, {"fmt/835"})
+        self.assertEqual({line["message"] for line in found if line["outcome"] == "done"}, {None})
+        pathlib.Path(self.path("odd.wb2")).write_bytes(notebook(sheet(), version=0x1234))
+        run("csv", "--manifest", self.path("odd.json"), self.path("odd.wb2"))
+        self.assertIsNone(lines(self.path("odd.json"))[0]["pronom"])
         self.assertEqual({line["cells"] for line in found if line["outcome"] == "done"}, {200, 400})
 
     def test_a_signal_leaves_no_temporary_file(self):
