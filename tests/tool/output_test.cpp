@@ -63,5 +63,19 @@ TEST_F(OutputFiles, NeverHaveTheTemporaryNameOfAnother) {
   EXPECT_NE(OutputFile(folder_, "b").temporary(), first);
 }
 
+TEST_F(OutputFiles, TakeNoNameThatIsThere) {
+  for (int number = 0; number < 100; ++number) {
+    const std::string name = ".qps-" + std::to_string(getpid()) + "-" + std::to_string(number);
+    fs::create_symlink("nowhere", folder_ / (name + ".tmp"));
+  }
+  OutputFile file(folder_, "a");
+  EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(file.temporary())));
+  EXPECT_FALSE(fs::exists(folder_ / "nowhere"));
+}
+
+TEST_F(OutputFiles, EndWhereNothingCanBeMade) {
+  EXPECT_THROW(OutputFile("/proc/self", "a"), WriteError);
+}
+
 }  // namespace
 }  // namespace qps
