@@ -25,10 +25,10 @@ std::string utf8Of(const wchar_t* text) {
 
 }  // namespace
 
-// For the C library: "*.wb2" is all files of that form, as nothing before has made of it.
+// Tells the C library to make names of files of "*.wb2": the shells of Windows do not.
 int _dowildcard = -1;
 
-// What is printed is UTF-8, for the time that it takes also to the console.
+// The console shows what is printed, UTF-8, as that, and is then left as it was.
 int wmain(int argc, wchar_t** argv) {
   std::vector<std::string> arguments;
   for (int i = 0; i < argc; ++i)
