@@ -1,19 +1,21 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# release.sh VERSION [--maintainer 'ROLE <ADDRESS>'] [--sign KEY]: makes what is handed out of the
+# release.sh VERSION [--maintainer 'ROLE <ADDRESS>'] [--corpus FILE] [--sign KEY]: makes what is handed out of the
 # committed tree, twice, in two folders, and keeps it in build/releases/VERSION when both are the same,
 # byte for byte: source, Debian packages, a ZIP for Windows, the page, the npm package, a bill of
-# materials of each, and SHA256SUMS. MAINTAINER in the environment does for --maintainer. With --sign, GnuPG
-# signs the sums with that key. docs/releasing.md has the steps around it.
+# materials of each, and SHA256SUMS. MAINTAINER in the environment does for --maintainer. --corpus adds the
+# fuzz targets' inputs as scripts/fuzz.sh --pack has made them. With --sign, GnuPG signs the sums with that
+# key. docs/releasing.md has the steps around it.
 # shellcheck source=scripts/lib.sh
 . "$(dirname "$0")/lib.sh"
 
-version=${1:-} maintainer=${MAINTAINER:-} key=
-[[ $version =~ ^[0-9]+\.[0-9]+\.[0-9]+$ ]] || die "usage: release.sh VERSION [--maintainer 'ROLE <ADDRESS>'] [--sign KEY]"
+version=${1:-} maintainer=${MAINTAINER:-} corpus='' key=
+[[ $version =~ ^[0-9]+\.[0-9]+\.[0-9]+$ ]] || die "usage: release.sh VERSION [--maintainer 'ROLE <ADDRESS>'] [--corpus FILE] [--sign KEY]"
 shift
 while [ $# -gt 0 ]; do
   case $1 in
     --maintainer) maintainer=${2:?} && shift 2 ;;
+    --corpus) corpus=$(cd "$calledFrom" && realpath "${2:?}") && shift 2 ;;
     --sign) key=${2:?} && shift 2 ;;
     *) die "no such option: $1" ;;
   esac
@@ -27,6 +29,7 @@ knows() {
 refuse() {
   [[ $maintainer =~ ^[^\<\>\|/\\]+\ \<[^@\ ]+@[^@\ ]+\>$ ]] ||
     die "who answers for the packages? --maintainer 'ROLE <ADDRESS>', a role's address and no person's"
+  [ -z "$corpus" ] || xz --test "$corpus" || die "no packed corpus: $corpus"
   [ -z "$(git status --porcelain)" ] || die "the tree has changes that are not committed"
   [ "$(projectVersion)" = "$version" ] || die "include/qpsreader/version.h says $(projectVersion)"
   local quoted=${version//./\\.}
@@ -100,6 +103,7 @@ make() {
   (
     cd "$1/out"
     "$1/tree/scripts/sbom.py" "$version" "$maintainer" ./*
+    [ -z "$corpus" ] || cp "$corpus" "qpsreader-fuzz-corpus-$version.tar.xz"
     sha256sum -- * > SHA256SUMS
   )
 }
