@@ -17,11 +17,11 @@
 #include "fuzz/output_checks.h"
 #include "tests/support/recording_host.h"
 #include "tool/inputs.h"
-#include "tool/limits.h"
 #include "tool/output.h"
 #include "tool/output_bound.h"
 #include "tool/output_names.h"
 #include "tool/progress.h"
+#include "tool/time_limit.h"
 
 namespace {
 

@@ -15,6 +15,7 @@
 #include "tool/progress.h"
 #include "tool/settings.h"
 #include "tool/text_forms.h"
+#include "tool/time_limit.h"
 
 namespace qps {
 namespace {

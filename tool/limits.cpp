@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tool/limits.h"
 
-#include <ctime>
 #include <string>
 
 #include <qpsreader/host/notebook.hpp>
@@ -20,17 +19,6 @@ constexpr std::uint64_t mostDefinitions(std::uint64_t fileBytes) {
   return (std::uint64_t{8} << 20) + fileBytes;
 }
 
-std::chrono::nanoseconds processorTime() {
-#if defined(_WIN32)
-  // There the C library's clock is one on the wall, which is the nearest that it offers.
-  return std::chrono::milliseconds(std::clock());
-#else
-  std::timespec now{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-  return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
-#endif
-}
-
 }  // namespace
 
 void checkOpening(const Notebook& notebook, std::uint64_t worksheets, std::uint64_t fileBytes) {
@@ -43,14 +31,6 @@ void checkOpening(const Notebook& notebook, std::uint64_t worksheets, std::uint6
   if (worksheets * definitions > mostDefinitions(fileBytes))
     refuse("has " + std::to_string(definitions) + " definitions for each of " +
            std::to_string(worksheets) + " worksheets");
-}
-
-TimeLimit::TimeLimit(std::chrono::milliseconds limit) : limit_(limit), start_(processorTime()) {}
-
-void TimeLimit::check() const {
-  if (limit_.count() != 0 && processorTime() - start_ > limit_)
-    throw Failure{Status::kLimit, "the time limit was reached: " + std::to_string(limit_.count()) +
-                                      " ms of the processor (--max-time)"};
 }
 
 }  // namespace qps

@@ -6,8 +6,6 @@
 #ifndef QPSREADER_TOOL_LIMITS_H
 #define QPSREADER_TOOL_LIMITS_H
 
-#include <chrono>
-#include <cstddef>
 #include <cstdint>
 
 namespace qps {
@@ -32,19 +30,6 @@ constexpr std::uint64_t mostRowHeights(std::uint64_t fileBytes) {
 constexpr std::uint64_t defaultMaxOutput(std::uint64_t fileBytes) {
   return (std::uint64_t{64} << 20) + 256 * fileBytes;
 }
-
-// The processor time that this process has spent since the construction.
-class TimeLimit {
- public:
-  explicit TimeLimit(std::chrono::milliseconds limit);
-
-  // Throws Failure when the limit is passed. A system call: not for each cell.
-  void check() const;
-
- private:
-  std::chrono::milliseconds limit_;  // 0 is none
-  std::chrono::nanoseconds start_;
-};
 
 }  // namespace qps
 

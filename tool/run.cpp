@@ -30,6 +30,7 @@
 #include "tool/progress.h"
 #include "tool/sandbox.h"
 #include "tool/text_forms.h"
+#include "tool/time_limit.h"
 
 namespace qps {
 namespace {

@@ -3,8 +3,8 @@
 // What the tool takes of its process and its system. A page has neither terminal nor processor
 // time; encodings that are not built in are those of JavaScript's TextDecoder.
 #include "tool/converter.h"
-#include "tool/limits.h"
 #include "tool/progress.h"
+#include "tool/time_limit.h"
 #include "viewer/module/host_calls.h"
 
 namespace qps {
