@@ -298,10 +298,11 @@ QPS_EXPORT(release) void release(void* block) {
 }
 
 // Opens the notebook in these bytes, which stay where they are, and describes it in JSON. Texts are
-// zero-terminated UTF-8 in this and the other calls; sheets count from 0.
+// zero-terminated UTF-8 in this and the other calls; sheets count from 0. The C library has an
+// `open`.
 QPS_EXPORT(open)
-void open(const std::byte* bytes, std::size_t size, const char* encoding, double memoryLimit,
-          std::uint32_t salvage) {
+void openNotebook(const std::byte* bytes, std::size_t size, const char* encoding,
+                  double memoryLimit, std::uint32_t salvage) {
   Settings settings;
   settings.encoding = encoding;
   settings.maxMemory = static_cast<std::uint64_t>(memoryLimit);
