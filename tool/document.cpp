@@ -121,7 +121,6 @@ void Loader::readSheet(const Sheet& sheet, std::string name) {
   data.startOffset = sheet.startOffset;
   inRows_ = true;
   rowHeightsOfSheet_ = 0;
-  time_.check();
 
   const Notebook& notebook = document_.notebook;
   const bool keepsShown = need_ != Need::kCounts && !values_;
@@ -132,6 +131,7 @@ void Loader::readSheet(const Sheet& sheet, std::string name) {
     takeAll<false>(items, data);
   if (const auto error = items.error()) meetDamage(*error);
   finish(data);
+  time_.check();
 }
 
 void Loader::meetDamage(const Error& error) {
@@ -345,7 +345,6 @@ Document readDocument(const std::string& file, OpenedFile& opened, const Command
   if (const auto damage = document.notebook.damage()) loader.meetDamage(*damage);
   for (const Sheet& sheet : sheets)
     if (chosen[sheet.index]) loader.readSheet(sheet, std::move(names[sheet.index]));
-  time.check();
   if (settings.strict) checkStrictly(document, undefinedBefore);
   return document;
 }

@@ -213,7 +213,7 @@ OpenedFile openInput(const std::string& name, const Settings& settings) {
   if (fs::is_fifo(status) && name != "/dev/stdin" && !name.starts_with("/dev/fd/"))
     throw Failure{Status::kFailed, "a named pipe, which is only read as standard input (-)"};
   const std::uintmax_t size = fs::is_regular_file(status) ? fs::file_size(path, error) : 0;
-  if (!error && !fs::is_directory(status)) {
+  if (!error) {
     if (auto bytes = openUnsized(name, size, settings)) return *std::move(bytes);
     checkSize(size);
   }

@@ -46,7 +46,6 @@ void Progress::show() {
   clear();
   width_ = line.size();
   std::fputs(("\r" + line).c_str(), stderr);
-  std::fflush(stderr);
 }
 
 void Progress::finish(const std::string& line) {
@@ -57,7 +56,6 @@ void Progress::finish(const std::string& line) {
 void Progress::clear() {
   if (width_ == 0) return;
   std::fprintf(stderr, "\r%*s\r", static_cast<int>(width_), "");
-  std::fflush(stderr);
   width_ = 0;
 }
 

@@ -7,8 +7,10 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -17,6 +19,8 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path cleanedBeforeLink;  // a folder in which another process looks for leftovers
+int lockError = 0;           // what the next lock fails with
+int locks = 0;               // how many were asked for
 
 }  // namespace
 
@@ -24,6 +28,14 @@ fs::path cleanedBeforeLink;  // a folder in which another process looks for left
 extern "C" int link(const char* from, const char* to) noexcept {
   if (!cleanedBeforeLink.empty()) qps::removeLeftovers(cleanedBeforeLink);
   return static_cast<int>(syscall(SYS_linkat, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
+// Named apart: a struct has the function's name.
+extern "C" int lockFile(int file, int operation) noexcept __asm__("flock");
+extern "C" int lockFile(int file, int operation) noexcept {
+  ++locks;
+  errno = std::exchange(lockError, 0);
+  return errno != 0 ? -1 : static_cast<int>(syscall(SYS_flock, file, operation));
 }
 
 namespace qps {
@@ -41,36 +53,49 @@ class OutputFiles : public testing::Test {
     fs::remove_all(folder_);
   }
 
+  const fs::path& folder() const { return folder_; }
+
+ private:
   fs::path folder_;
 };
 
 TEST_F(OutputFiles, AreNoLeftoversUntilTheyHaveTheirNames) {
-  cleanedBeforeLink = folder_;
-  OutputFile file(folder_, "book.csv");
+  cleanedBeforeLink = folder();
+  OutputFile file(folder(), "book.csv");
   file.out().write("1,2\n");
-  removeLeftovers(folder_);
+  removeLeftovers(folder());
   EXPECT_TRUE(file.finish(false));
-  EXPECT_EQ(fs::file_size(folder_ / "book.csv"), 4u);
+  EXPECT_EQ(fs::file_size(folder() / "book.csv"), 4u);
+}
+
+TEST_F(OutputFiles, AreGivenUpToOneWhoLockedThemFirst) {
+  for (const auto& [error, wanted] : {std::pair(EWOULDBLOCK, 2), std::pair(ENOLCK, 1)}) {
+    locks = 0;
+    lockError = error;
+    const OutputFile file(folder(), "a");
+    EXPECT_EQ(locks, wanted) << error;
+    EXPECT_TRUE(fs::exists(file.temporary()));
+  }
 }
 
 // A process that found one of them with its lock released would remove the next one.
 TEST_F(OutputFiles, NeverHaveTheTemporaryNameOfAnother) {
   fs::path first;
   {
-    OutputFile file(folder_, "a");
+    OutputFile file(folder(), "a");
     first = file.temporary();
   }
-  EXPECT_NE(OutputFile(folder_, "b").temporary(), first);
+  EXPECT_NE(OutputFile(folder(), "b").temporary(), first);
 }
 
 TEST_F(OutputFiles, TakeNoNameThatIsThere) {
   for (int number = 0; number < 100; ++number) {
     const std::string name = ".qps-" + std::to_string(getpid()) + "-" + std::to_string(number);
-    fs::create_symlink("nowhere", folder_ / (name + ".tmp"));
+    fs::create_symlink("nowhere", folder() / (name + ".tmp"));
   }
-  OutputFile file(folder_, "a");
+  OutputFile file(folder(), "a");
   EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(file.temporary())));
-  EXPECT_FALSE(fs::exists(folder_ / "nowhere"));
+  EXPECT_FALSE(fs::exists(folder() / "nowhere"));
 }
 
 TEST_F(OutputFiles, EndWhereNothingCanBeMade) {

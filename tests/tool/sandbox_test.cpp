@@ -106,6 +106,7 @@ TEST_F(SandboxTest, FilesAreWrittenInTheFolderOfOutputOnly) {
   if (::syscall(SYS_landlock_create_ruleset, nullptr, 0, 1) < 0)
     GTEST_SKIP() << "this kernel has no Landlock";
   EXPECT_EQ(inside(out(), [](const Sandbox& sandbox) { return sandbox.files; }), 1);
+  EXPECT_EQ(inside(out() + "/none", [](const Sandbox& sandbox) { return sandbox.files; }), 0);
   const Attempt allowed[] = {
       {"make a file", [this] { return opens(out() + "/a", O_WRONLY | O_CREAT | O_EXCL); }},
       {"replace one",

@@ -149,7 +149,8 @@ class Failures(ToolTest):
             self.assertEqual(len(run(command, "--max-output", str(size), path).stdout), size)
             self.assert_fails(run(command, "--max-output", str(size - 1), path), path, 6, "limit of output")
         self.assertIn(b"warning: 2 bytes", run("csv", "--max-output", "1000", self.file(UNDEFINED)).stderr)
-        name = os.path.join(os.path.dirname(path), "./" * 1000, os.path.basename(path))  # in every line of json
+        path = self.file(notebook(sheet(*[integer(0, n, n) for n in range(1000)])))
+        name = os.path.join(os.path.dirname(path), "./" * 1900, os.path.basename(path))  # in every line of json
         size = len(run("json", name).stdout)
         self.assert_fails(run("json", "--max-output", str(size - 1), name), name, 6, "limit of output")
         result = run("csv", "--output-dir", out, "--max-output", "10", self.file(TWO))

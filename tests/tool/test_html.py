@@ -118,8 +118,8 @@ class Html(Page):
         self.assertEqual((root.find(".//h1").text, root.find(".//p").text), ("<i>&.wb2", "<b>"))
         self.assertNotIn("<", root.find(".//style").text)
         self.assertIn('"x\\22 }\\3c /style\\3e \\3c script\\3e \u240a\\5c "', root.find(".//style").text)
-        upper = run("html", "--encoding", "ISO-8859-1", self.file(notebook(sheet(label(0, 0, b"\x9b1m"))))).stdout
-        self.assertIn(b">&lt;U+009B&gt;1m<", upper)
+        upper = run("html", "--encoding", "ISO-8859-1", self.file(notebook(sheet(label(0, 0, b"\x80\x9b1m"))))).stdout
+        self.assertIn(b">&lt;U+0080&gt;&lt;U+009B&gt;1m<", upper)
 
     def test_corner_cells_make_a_small_page(self):
         far = [sheet(label(0, 0, b"a"), label(255, 65535, b"z"), number=n) for n in range(50)]
