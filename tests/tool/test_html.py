@@ -128,6 +128,11 @@ class Html(Page):
         self.assertLess(len(result.stdout), 50 * 40000)
         self.assertIn('data-n="2\u201365535"'.encode(), result.stdout)
 
+    def test_sizes_have_hundredths_of_a_point(self):
+        widths = [record(216, struct.pack("<HH", column, 2000 + column)) for column in range(4)]
+        page = self.page(self.file(notebook(sheet(*widths, label(3, 0, b"x"), columns=4)))).decode()
+        self.assertEqual(re.findall(r"<col style=\"width:(100[\d.]*)pt", page), ["100", "100.05", "100.1", "100.15"])
+
     def test_gaps_make_few_rows(self):
         page = self.page(self.file(notebook(sheet(*[label(0, 90 * n, b"x") for n in range(300)]))))
         self.assertLess(page.count(b"<tr"), 3500)
